@@ -1,0 +1,72 @@
+#pragma once
+
+// Packed rows: the first pixel is the highest bit of the first byte. Work rows
+// are 64-bit words whose highest bit is the first pixel, whatever the host.
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace tilepress {
+
+inline std::uint64_t swapBytes(std::uint64_t v) { return __builtin_bswap64(v); }
+
+/// Eight bytes as a word, first byte highest.
+inline std::uint64_t loadWord(const unsigned char* p) {
+    std::uint64_t v;
+    std::memcpy(&v, p, sizeof v);
+    return std::endian::native == std::endian::little ? swapBytes(v) : v;
+}
+
+inline void storeWord(unsigned char* p, std::uint64_t v) {
+    if (std::endian::native == std::endian::little) v = swapBytes(v);
+    std::memcpy(p, &v, sizeof v);
+}
+
+/// As loadWord for the `count` < 8 bytes that are there; the rest reads as 0.
+inline std::uint64_t loadPartialWord(const unsigned char* p, std::size_t count) {
+    std::uint64_t v = 0;
+    for (std::size_t i = 0; i < count; ++i) v |= std::uint64_t{p[i]} << (56 - 8 * i);
+    return v;
+}
+
+inline void storePartialWord(unsigned char* p, std::uint64_t v, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) p[i] = static_cast<unsigned char>(v >> (56 - 8 * i));
+}
+
+/// The first n bits of a word, 0 <= n <= 64.
+inline std::uint64_t firstBits(unsigned n) { return n == 0 ? 0 : ~std::uint64_t{0} << (64 - n); }
+
+/// The bits from n on, 0 <= n < 64.
+inline std::uint64_t bitsFrom(unsigned n) { return ~std::uint64_t{0} >> n; }
+
+/// Bytes and words that hold `width` packed pixels.
+inline std::size_t packedBytes(std::uint64_t width) { return static_cast<std::size_t>((width + 7) / 8); }
+inline std::size_t packedWords(std::uint64_t width) { return static_cast<std::size_t>((width + 63) / 64); }
+
+/// Sets the bits [from, to) of a work row.
+inline void fillSpan(std::uint64_t* words, std::size_t from, std::size_t to) {
+    if (from >= to) return;
+    const std::size_t first = from >> 6, last = (to - 1) >> 6;
+    const std::uint64_t head = bitsFrom(from & 63), tail = ~std::uint64_t{0} << (63 - ((to - 1) & 63));
+    if (first == last) {
+        words[first] |= head & tail;
+        return;
+    }
+    words[first] |= head;
+    for (std::size_t w = first + 1; w < last; ++w) words[w] = ~std::uint64_t{0};
+    words[last] |= tail;
+}
+
+/// ORs the first `bytes` bytes of a work row into packed bytes.
+inline void orWords(unsigned char* dst, const std::uint64_t* words, std::size_t bytes) {
+    std::size_t k = 0;
+    for (; k + 8 <= bytes; k += 8) {
+        const std::uint64_t v = words[k / 8];
+        if (v) storeWord(dst + k, loadWord(dst + k) | v);
+    }
+    if (k < bytes) storePartialWord(dst + k, loadPartialWord(dst + k, bytes - k) | words[k / 8], bytes - k);
+}
+
+}  // namespace tilepress
