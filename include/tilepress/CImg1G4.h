@@ -116,23 +116,27 @@ private:
     ImgErr decode_scanline();
     void SendIncompleteStatus(int row);
     void advanceRow();
+    void walkFailed();
     template <class OnTile> ImgErr decodeRow(OnTile onTile);
     template <class OnRun> ImgErr decodeRuns(const G4ScaleInfo& info, OnRun onRun);
-    bool isDecodable(const ImgRect& rect) const;
     void settleBackground(uint64_t black, uint64_t pixels);
     // g4image/uncompress.cpp
     ImgErr decode_scanline_and_sum(ImgULong& count);
     ImgErr decode_copy_scanline(unsigned char* row, G4ScaleInfo* info);
     ImgULong calculateBackground();
     CImg1* expanded(const ImgRect& rect);
-    // g4image/scale.cpp
+    // g4image/scale.cpp, reduce.cpp
     CImg1* Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg1* Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg1* Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg32* Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     ImgErr decode_enlarge_scanline(unsigned char* row, G4ScaleInfo* info);
     ImgErr decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info);
-    ImgErr decode_reduce_scanline_grey(ImgULong* row, G4ScaleInfo* info, ImgULong* sums);
+    ImgErr decode_reduce_scanline_grey(G4ScaleInfo* info);
+    CImg1* reducedByCounts(CImg1* result, const ImgRect& rect);
+    CImg1* reducedBySpans(CImg1* result, const ImgRect& rect);
+    CImg1* emptyResult(ImgULong newWidth, ImgULong newHeight);
+    template <class OnRow, class OnBand> bool walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onBand);
     // g4image/turn.cpp
     CImg1* mirrorX();
     CImg1* mirrorY();

@@ -28,6 +28,12 @@ public:
 
     explicit operator bool() const { return block_ != nullptr; }
     T* get() const { return block_; }
+    /// `count` zeroed elements instead of what it holds; false when memory runs out.
+    bool reserve(std::uint64_t count) {
+        std::free(block_);
+        block_ = allocate<T>(count);
+        return block_ != nullptr;
+    }
     T& operator[](std::size_t i) const { return block_[i]; }
     T* release() {
         T* block = block_;

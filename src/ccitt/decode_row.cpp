@@ -1,0 +1,310 @@
+#include "ccitt/decode_row.h"
+
+#include "foundation/line.h"
+
+#include <algorithm>
+#include <cstring>
+
+// There are two decoders. The exact one defines what every stream gives, however
+// damaged. The fast one handles rows whose positions increase all the way, against
+// a reference that does, and gives up on anything else before it could differ; the
+// row is then decoded again by the exact one.
+
+namespace tilepress::g4 {
+namespace {
+
+// --- the exact decoder ----------------------------------------------------------
+
+class ExactRow {
+public:
+    ExactRow(const DecodeTables& tables, const CodedData& in, std::int64_t bit, RowList reference, std::int32_t width,
+             std::int32_t* coding)
+        : tables_(tables), in_(in), bit_(bit), ref_(reference.elements), limit_(reference.count - 3), width_(width),
+          coding_(coding) {}
+
+    RowStatus decode() {
+        coding_[0] = 0;
+        while (coding_[last_] <= width_)
+            if (const RowStatus status = step(); status != kRowDecoded) return status;
+        if (coding_[last_] > width_ + 1) return kRowPastEnd;
+        // A row that an end-of-block ended is white, whatever was decoded.
+        if (endOfBlock_) {
+            last_ = 1;
+            coding_[0] = 0;
+            coding_[1] = width_ + 1;
+        }
+        coding_[++last_] = width_ + 1;
+        coding_[++last_] = width_ + 1;
+        return kRowDecoded;
+    }
+    std::int64_t position() const { return bit_; }
+    std::int32_t count() const { return last_ + 1; }
+
+private:
+    RowStatus step() {
+        const ModeEntry mode = tables_.mode[in_.peek(bit_, kModeBits)];
+        switch (mode.mode) {
+        case kEndOfBlock: return skipEndOfBlock();
+        case kExtension: return kRowExtension;
+        case kHorizontal:
+            bit_ += mode.length;
+            if (const RowStatus status = run(); status != kRowDecoded) return status;
+            return run();
+        case kPass:
+            bit_ += mode.length;
+            findB1();
+            a0_ = ref_[cursor_ + 1];
+            return kRowDecoded;
+        default:
+            bit_ += mode.length;
+            findB1();
+            a0_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(ref_[cursor_]) +
+                                            static_cast<std::uint32_t>(mode.delta));
+            black_ = !black_;
+            return append(a0_);
+        }
+    }
+
+    // The search goes on from the last b1 in either direction and stays in the list.
+    void findB1() {
+        if (ref_[cursor_] <= a0_)
+            while (cursor_ < limit_ && ref_[cursor_] <= a0_) ++cursor_;
+        else
+            while (cursor_ > 0 && ref_[cursor_ - 1] > a0_) --cursor_;
+        if ((cursor_ & 1) == static_cast<int>(black_) && cursor_ < limit_) ++cursor_;
+    }
+
+    RowStatus append(std::int32_t position) {
+        if (last_ > width_) return kRowPastEnd;
+        coding_[++last_] = position;
+        return kRowDecoded;
+    }
+
+    RowStatus run() {
+        const std::int32_t from = a0_;
+        RunEntry code;
+        do {
+            code = tables_.run[black_][in_.peek(bit_, kRunBits)];
+            if (code.run < 0) return kRowInvalidRun;
+            bit_ += code.length;
+            // Columns count from 1. The sum of make-up codes is held just past the row, not refused: a later
+            // invalid code has a status of its own.
+            a0_ = static_cast<std::int32_t>(
+                std::min<std::int64_t>(std::int64_t{a0_} + code.run + (a0_ == 0), std::int64_t{width_} + 2));
+        } while (code.run > 63);
+        // Kept: a run that moves nothing appends nothing, yet the colour changes.
+        const RowStatus status = a0_ != from ? append(a0_) : kRowDecoded;
+        black_ = !black_;
+        return status;
+    }
+
+    RowStatus skipEndOfBlock() {
+        if (in_.peek(bit_ + 7, 5) != 1) return kRowInvalidMode;
+        // Kept: the first four bits of the second end-of-line are not checked.
+        if ((in_.peek(bit_ + 12, 12) & 0xFF) != 1) return kRowInvalidMode;
+        bit_ += 24;
+        while ((bit_ & 7) != 0 && in_.peek(bit_, 1) == 0) ++bit_;
+        while (in_.peek(bit_, 8) == 0) {
+            // The word order reads whole words; without a length there is nothing to skip.
+            if (in_.length < 0 || (bit_ >> 3) >= ((in_.length + 1) & ~std::int64_t{1})) return kRowPastEnd;
+            bit_ += 8;
+        }
+        endOfBlock_ = true;
+        if (coding_[last_] > width_) return kRowDecoded;
+        // Kept: decoding of the row goes on behind the end-of-block.
+        if (black_) return append(width_);
+        coding_[last_] = width_;
+        return kRowDecoded;
+    }
+
+    const DecodeTables& tables_;
+    const CodedData& in_;
+    std::int64_t bit_;
+    const std::int32_t* ref_;
+    std::int32_t limit_;  // the reference's last change: the cursor never passes it
+    std::int32_t width_;
+    std::int32_t* coding_;
+    std::int32_t last_ = 0;
+    std::int32_t cursor_ = 0;
+    std::int32_t a0_ = 0;
+    bool black_ = false;
+    bool endOfBlock_ = false;
+};
+
+// --- the fast decoder -----------------------------------------------------------
+
+/// Whether the list increases from 0 to width + 1 and is closed by two more of it.
+bool increases(RowList list, std::int32_t width) {
+    const std::int32_t* c = list.elements;
+    const std::int32_t last = list.count - 3;
+    int bad = (c[0] != 0) | (c[last] != width + 1) | (c[last + 1] != width + 1) | (c[last + 2] != width + 1);
+    for (std::int32_t k = 0; k < last; ++k) bad |= c[k] >= c[k + 1];
+    return bad == 0;
+}
+
+/// Where the row lives: between padded lines every access may run a few elements
+/// over, in a caller's arrays none may.
+struct PaddedLists {
+    static constexpr bool kExact = false;
+};
+struct CallersLists {
+    static constexpr bool kExact = true;
+};
+
+/// Refills unless that would read past `readEnd`; padded data need no such test.
+template <class Lists, class Bits>
+inline bool refill(Bits& bits, const unsigned char* readEnd) {
+    if (Lists::kExact && bits.p > readEnd) return false;
+    bits.refill();
+    return true;
+}
+
+/// A run of make-up codes and its terminating code; negative for the exact decoder.
+template <class Lists, class Bits>
+inline std::int32_t readRun(Bits& bits, const unsigned char* readEnd,
+                            const std::array<RunEntry, 1 << kRunBits>& table, std::int32_t limit) {
+    std::int32_t sum = 0;
+    for (;;) {
+        const RunEntry code = table[bits.top(kRunBits)];
+        if (code.run < 0) return -1;
+        bits.drop(code.length);
+        sum += code.run;
+        if (code.run <= 63) return sum;
+        if (sum > limit || !refill<Lists>(bits, readEnd)) return -1;
+    }
+}
+
+/// The count of the decoded list, or 0 to leave the row to the exact decoder.
+///
+/// a0 increases with every code and the cursor i is the first element of the right
+/// parity past it: after a vertical code that is one of i - 1, i + 1, i + 3, i + 5, so
+/// their elements are loaded together and chosen without branches. Behind the last
+/// change, at index `last`, the list repeats width + 1, which ends every search.
+template <class Lists, class Bits>
+std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned char* readEnd, RowList reference,
+                        std::int32_t width, std::int32_t* coding) {
+    const std::int32_t* const ref = reference.elements;
+    const std::int32_t last = reference.count - 3, end = width + 1;
+    const auto at = [&](std::int32_t i) { return ref[Lists::kExact ? std::min(i, last + 2) : i]; };
+    std::int32_t i = 1, n = 1, a0 = 0;
+    coding[0] = 0;
+    for (;;) {
+        if (!refill<Lists>(bits, readEnd)) return 0;
+        int room = Bits::kRefilled - 8;
+        do {
+            if (static_cast<std::int64_t>(bits.acc) < 0) {  // codes "directly below": copy reference elements
+                std::int32_t k = std::min({std::countl_zero(~bits.acc), 8, std::max(last - i + 1, 1)});
+                if (!Lists::kExact || (i + 8 <= reference.count && n + 8 <= width + 4))
+                    std::memcpy(coding + n, ref + i, 8 * sizeof *ref);
+                else
+                    for (std::int32_t j = 0; j < k; ++j) coding[n + j] = at(i + j);
+                n += k;
+                i += k;
+                room -= k;
+                bits.drop(static_cast<unsigned>(k));
+                a0 = coding[n - 1];
+                if (a0 >= end) return n;
+                if (room < 0) break;
+                if (k == 8) continue;
+            }
+            const ModeEntry mode = tables.mode[bits.top(kModeBits)];
+            if (mode.mode == kHorizontal) [[unlikely]] {
+                if (!refill<Lists>(bits, readEnd)) return 0;
+                bits.drop(3);
+                const std::int32_t a1 = a0 + (a0 == 0) + readRun<Lists>(bits, readEnd, tables.run[~n & 1], width);
+                if (!refill<Lists>(bits, readEnd)) return 0;
+                const std::int32_t length = readRun<Lists>(bits, readEnd, tables.run[n & 1], width);
+                const std::int32_t a2 = a1 + length;
+                if (a1 <= a0 || length < 0 || a2 > end) return 0;
+                coding[n] = a1;
+                if (a1 == end) return n + 1;
+                if (length == 0) return 0;
+                coding[n + 1] = a2;
+                n += 2;
+                a0 = a2;
+                if (a0 == end) return n;
+                while (at(i) <= a0) i += 2;
+                break;
+            }
+            if (mode.length == 0) [[unlikely]]
+                return 0;
+            bits.drop(mode.length);
+            room -= mode.length;
+            const std::int32_t before = ref[i - 1], here = at(i), after1 = at(i + 1), after3 = at(i + 3);
+            if (mode.pass) {
+                a0 = after1;
+                i += 2;
+                if (a0 >= end) return 0;
+            } else {
+                const std::int32_t a1 = here + mode.delta;
+                if (a1 <= a0) return 0;
+                a0 = a1;
+                coding[n++] = a1;
+                i += 1 - 2 * (before > a1) + 2 * (after1 <= a1) + 2 * (after3 <= a1);
+                if (a0 >= end) return a0 == end ? n : 0;
+            }
+        } while (room >= 0);
+    }
+}
+
+// Sums of a position and a code stay within 32 bits below these.
+constexpr std::int32_t kMaxWidth = 0x7FFFFFFF - 8, kMaxFastWidth = 0x3FFFFFFF;
+
+}  // namespace
+
+RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
+                    std::int32_t width, std::int32_t* coding, std::int32_t& codingCount) {
+    if (width < 0 || width > kMaxWidth || reference.count < 4) return kRowPastEnd;
+    const std::int64_t wordsEnd = in.length & ~std::int64_t{1};
+    if (in.wordOrder && width <= kMaxFastWidth && bit >= 0 && (bit >> 4) * 2 + 16 <= wordsEnd &&
+        increases(reference, width)) {
+        WordBits bits(in.bytes, bit);
+        const unsigned char* readEnd = in.bytes + wordsEnd - 8;
+        const std::int32_t n = decodeFast<CallersLists>(tables, bits, readEnd, reference, width, coding);
+        if (n != 0) {
+            coding[n] = coding[n + 1] = width + 1;
+            codingCount = n + 2;
+            bit = bits.position(in.bytes);
+            return kRowDecoded;
+        }
+    }
+    ExactRow row(tables, in, bit, reference, width, coding);
+    const RowStatus status = row.decode();
+    if (status != kRowDecoded) return status;
+    codingCount = row.count();
+    bit = row.position();
+    return kRowDecoded;
+}
+
+RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
+                     std::int32_t width, std::int32_t* coding, std::int32_t& codingCount) {
+    if (width < 0 || width > kMaxWidth || reference.count < 4) return kRowPastEnd;
+    if (width <= kMaxFastWidth && reference.elements[kLineIrregular] == 0 && bit >= 0 && bit >> 3 <= in.length) {
+        PlainBits bits(in.bytes, bit);
+        const std::int32_t n = decodeFast<PaddedLists>(tables, bits, nullptr, reference, width, coding);
+        if (n != 0) {
+            std::fill_n(coding + n, kLineRepeats, width + 1);
+            coding[kLineIrregular] = 0;
+            codingCount = n + 2;
+            bit = bits.position(in.bytes);
+            return kRowDecoded;
+        }
+    }
+    ExactRow row(tables, in, bit, reference, width, coding);
+    const RowStatus status = row.decode();
+    if (status != kRowDecoded) return status;
+    codingCount = row.count();
+    bit = row.position();
+    std::fill_n(coding + codingCount, kLineRepeats, width + 1);
+    coding[kLineIrregular] = !increases({coding, codingCount}, width);
+    return kRowDecoded;
+}
+
+std::int32_t whiteLine(std::int32_t* line, std::int32_t width) {
+    line[0] = 0;
+    std::fill_n(line + 1, kLineRepeats + 2, width + 1);
+    line[kLineIrregular] = 0;
+    return 4;
+}
+
+}  // namespace tilepress::g4

@@ -1,0 +1,42 @@
+#pragma once
+
+// One row of a Group 4 stream into its changing-element list.
+
+#include "ccitt/bit_reader.h"
+#include "ccitt/decode_tables.h"
+
+#include <cstdint>
+
+namespace tilepress::g4 {
+
+enum RowStatus : std::int16_t {
+    kRowDecoded = 0,
+    kRowPastEnd = 1,
+    kRowInvalidRun = 2,
+    kRowExtension = 5,
+    kRowInvalidMode = 6
+};
+
+/// A row list as the caller holds it.
+struct RowList {
+    const std::int32_t* elements;
+    std::int32_t count;
+};
+
+/// Decodes the row at `bit` of `in` against `reference` into `coding`, which has
+/// room for width + 4 elements and no more is written; reads of the reference stay within its count.
+/// `bit` and `codingCount` change only on success.
+RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
+                    std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
+
+/// The same between lines of foundation/line.h, for plain data followed by at
+/// least kCodedPadding zero bytes.
+RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
+                     std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
+
+/// Makes a line the all-white row; the result is its count.
+std::int32_t whiteLine(std::int32_t* line, std::int32_t width);
+
+inline constexpr int kCodedPadding = 32;
+
+}  // namespace tilepress::g4
