@@ -35,6 +35,23 @@ inline void storePartialWord(unsigned char* p, std::uint64_t v, std::size_t coun
     for (std::size_t i = 0; i < count; ++i) p[i] = static_cast<unsigned char>(v >> (56 - 8 * i));
 }
 
+/// Copies bytes with those of each 16-bit pair exchanged; the missing partner of an odd last byte is 0, so
+/// count + count % 2 bytes are written.
+inline void exchangePairs(unsigned char* dst, const unsigned char* src, std::size_t count) {
+    constexpr std::uint64_t high = 0xFF00FF00FF00FF00;
+    std::size_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+        std::uint64_t v;
+        std::memcpy(&v, src + i, sizeof v);
+        v = (v & high) >> 8 | (v << 8 & high);
+        std::memcpy(dst + i, &v, sizeof v);
+    }
+    for (; i < count; i += 2) {
+        dst[i] = i + 1 < count ? src[i + 1] : 0;
+        dst[i + 1] = src[i];
+    }
+}
+
 /// The first n bits of a word, 0 <= n <= 64.
 inline std::uint64_t firstBits(unsigned n) { return n == 0 ? 0 : ~std::uint64_t{0} << (64 - n); }
 
