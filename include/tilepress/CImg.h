@@ -66,7 +66,8 @@ public:
     int* makeRotationYShearRoth(double angle);
 
 protected:
-    explicit CImg(ImageType kind);
+    /// Every field but the kind reads `unset`, until a header is set up.
+    CImg(ImageType kind, ImgULong unset);
     CImg(const CImg&) = default;
     CImg& operator=(const CImg&) = default;
 
