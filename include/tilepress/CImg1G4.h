@@ -108,7 +108,8 @@ private:
                     ImgULong backgroundInterpretation, ImgULong foregroundInterpretation,
                     ImgAlignmentEnum alignment);
     bool verifyHeader(ImgULong length) const;
-    void forgetData();
+    bool allocateGrid();
+    void freeGrid();
 
     // g4image/walk.cpp
     int PrepForDecode(const ImgRect& rect);
