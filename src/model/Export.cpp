@@ -1,0 +1,245 @@
+#include "tilepress/Export.h"
+
+#include "foundation/bits.h"
+#include "model/dither.h"
+#include "model/kinds.h"
+#include "tilepress/CImg1G4.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+using namespace tilepress;
+
+// --- rows ---
+
+/// Eight palette pixels for each byte of bits: 0 for a set bit, 255 for a clear one.
+static constexpr std::array<std::uint64_t, 256> kExpanded = [] {
+    std::array<std::uint64_t, 256> table{};
+    for (unsigned byte = 0; byte < 256; ++byte)
+        for (unsigned bit = 0; bit < 8; ++bit)
+            if (!(byte >> bit & 1)) table[byte] |= std::uint64_t{0xFF} << 8 * bit;
+    return table;
+}();
+
+static void expandRow(unsigned char* dst, const unsigned char* bits, std::size_t width) {
+    for (; width >= 8; width -= 8, dst += 8) storeWord(dst, kExpanded[*bits++]);
+    if (width > 0) storePartialWord(dst, kExpanded[*bits], width);
+}
+
+/// Four RGB pixels for each four bits.
+struct Quads {
+    ImgULong pixels[16][4];
+
+    Quads(ImgULong zero, ImgULong one) {
+        for (unsigned bits = 0; bits < 16; ++bits)
+            for (unsigned i = 0; i < 4; ++i) pixels[bits][i] = bits & 8u >> i ? one : zero;
+    }
+};
+
+static void expandRow(ImgULong* dst, const unsigned char* bits, std::size_t width, const Quads& quads) {
+    for (; width >= 8; width -= 8, dst += 8, ++bits) {
+        std::memcpy(dst, quads.pixels[*bits >> 4], 16);
+        std::memcpy(dst + 4, quads.pixels[*bits & 15], 16);
+    }
+    for (unsigned i = 0; i < width; ++i) dst[i] = quads.pixels[*bits >> 4 * (i < 4) & 15][i % 4];
+}
+
+static ImgULong withEndsExchanged(ImgULong pixel) {
+    return (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
+}
+
+// --- colours of a palette image ---
+
+/// The map's colour for a pixel, components in 0 to 255; black past its entries.
+struct Palette {
+    const ColorMapEntry* entries;
+    unsigned count;
+
+    explicit Palette(const CImg8& image) : entries(nullptr), count(0) {
+        const ColorMap* map = image.getColorMap();
+        if (!map || !map->entries) return;
+        entries = map->entries;
+        count = static_cast<unsigned>(std::max(0, std::min(map->count, map->capacity)));
+    }
+    /// of(red, green, blue) for each of the 256 pixel values.
+    template <class T, class Of>
+    void tabulate(T (&table)[256], Of of) const {
+        const auto clamped = [](int32_t component) { return static_cast<unsigned>(std::clamp(component, 0, 255)); };
+        for (unsigned i = 0; i < 256; ++i) {
+            const ColorMapEntry colour = i < count ? entries[i] : ColorMapEntry{0, 0, 0};
+            table[i] = of(clamped(colour.red), clamped(colour.green), clamped(colour.blue));
+        }
+    }
+};
+
+// --- one function for each pair that can be converted ---
+
+static bool sameSize(const CImg& a, const CImg& b) {
+    return a.getWidth() == b.getWidth() && a.getHeight() == b.getHeight();
+}
+
+static bool convert(CImg1& to, const CImg1& from) {
+    if (!sameSize(to, from) || to.getTotalBytes() != from.getTotalBytes() ||
+        to.getBytesPerLine() != from.getBytesPerLine())
+        return false;
+    // Kept: the alignments must be the same value, whether or not they lead to different rows.
+    if (alignmentOf(to) != alignmentOf(from)) return false;
+    std::memmove(to.peekData(), from.peekData(), from.getTotalBytes());
+    return true;
+}
+
+static bool convert(CImg8& to, const CImg1& from) {
+    if (!sameSize(to, from)) return false;
+    const std::size_t width = from.getWidth(), height = from.getHeight(), stride = from.getBytesPerLine();
+    for (std::size_t y = 0; y < height; ++y) expandRow(to.peekDataArray()[y], from.peekData() + y * stride, width);
+    return true;
+}
+
+static bool convert(CImg32& to, const CImg1& from) {
+    if (!sameSize(to, from)) return false;
+    const Quads quads(from.getBackgroundInterpretation(), from.getForegroundInterpretation());
+    const std::size_t width = from.getWidth(), height = from.getHeight(), stride = from.getBytesPerLine();
+    for (std::size_t y = 0; y < height; ++y)
+        expandRow(to.peekDataArray()[y], from.peekData() + y * stride, width, quads);
+    return true;
+}
+
+static bool convert(CImg1& to, const CImg8& from) {
+    if (!sameSize(to, from)) return false;
+    unsigned char tones[256];
+    Palette(from).tabulate(tones, toneOf);
+    const std::size_t width = from.getWidth();
+    return dither(to.peekData(), to.getTotalBytes(), std::uint64_t{width} + to.getPadBits(), width, from.getHeight(),
+                  [&](int* line, std::size_t y) {
+                      const unsigned char* row = from.peekDataArray()[y];
+                      for (std::size_t x = 0; x < width; ++x) line[x] = tones[row[x]];
+                  });
+}
+
+static bool convert(CImg32& to, const CImg8& from) {
+    const Palette palette(from);
+    if (!sameSize(to, from) || palette.count == 0) return false;
+    const bool redFirst = to.getRGBOrder() == RGBOrderRGB;
+    ImgULong pixels[256];
+    palette.tabulate(pixels, [redFirst](unsigned red, unsigned green, unsigned blue) {
+        return static_cast<ImgULong>(redFirst ? red | green << 8 | blue << 16 : blue | green << 8 | red << 16);
+    });
+    const std::size_t width = from.getWidth(), height = from.getHeight();
+    for (std::size_t y = 0; y < height; ++y) {
+        const unsigned char* row = from.peekDataArray()[y];
+        ImgULong* out = to.peekDataArray()[y];
+        // Kept: in the order red first the colour is ORed into what the pixel holds.
+        if (redFirst)
+            for (std::size_t x = 0; x < width; ++x) out[x] |= pixels[row[x]];
+        else
+            for (std::size_t x = 0; x < width; ++x) out[x] = pixels[row[x]];
+    }
+    return true;
+}
+
+static bool convert(CImg1& to, const CImg32& from) {
+    // Kept: the sizes may differ; the source's counts, and bits past the destination's block are dropped.
+    const std::size_t width = from.getWidth();
+    return dither(to.peekData(), to.getTotalBytes(), std::uint64_t{width} + to.getPadBits(), width, from.getHeight(),
+                  [&](int* line, std::size_t y) {
+                      const ImgULong* row = from.peekDataArray()[y];
+                      // Kept: byte 2 counts as red whatever the image's order.
+                      for (std::size_t x = 0; x < width; ++x)
+                          line[x] = toneOf(row[x] >> 16 & 0xFF, row[x] >> 8 & 0xFF, row[x] & 0xFF);
+                  });
+}
+
+static bool convert(CImg32& to, const CImg32& from) {
+    if (!sameSize(to, from) || to.getTotalBytes() != from.getTotalBytes()) return false;
+    const ImgULong* pixels = from.peekData();
+    const std::size_t count = from.getTotalBytes() / 4;
+    if (to.getRGBOrder() == from.getRGBOrder())
+        std::memmove(to.peekData(), pixels, 4 * count);
+    else
+        std::transform(pixels, pixels + count, to.peekData(), withEndsExchanged);
+    return true;
+}
+
+// --- dispatch ---
+
+// Neither the kind nor the expansion of an image is asked through const members.
+static IImg& unconst(const IImg& image) { return const_cast<IImg&>(image); }
+
+template <class To, class From>
+static bool converted(IImg& to, const IImg& from) {
+    To& destination = static_cast<To&>(to);
+    const From& source = static_cast<const From&>(from);
+    return hasPixels(destination) && hasPixels(source) && convert(destination, source);
+}
+
+static bool fromBilevel(IImg& to, const IImg& from) {
+    switch (to.getType()) {
+        case ImageTypeBilevel:
+            return converted<CImg1, CImg1>(to, from);
+        case ImageTypePalette:
+            return converted<CImg8, CImg1>(to, from);
+        case ImageTypeRGB:
+            return converted<CImg32, CImg1>(to, from);
+        default:
+            return false;
+    }
+}
+
+static bool fromPalette(IImg& to, const IImg& from) {
+    switch (to.getType()) {
+        case ImageTypeBilevel:
+            return converted<CImg1, CImg8>(to, from);
+        case ImageTypeRGB:
+            return converted<CImg32, CImg8>(to, from);
+        default:
+            return false;
+    }
+}
+
+static bool fromRGB(IImg& to, const IImg& from) {
+    switch (to.getType()) {
+        case ImageTypeBilevel:
+            return converted<CImg1, CImg32>(to, from);
+        case ImageTypeRGB:
+            return converted<CImg32, CImg32>(to, from);
+        default:
+            return false;
+    }
+}
+
+static bool fromCompressed(IImg& to, const IImg& from) {
+    if (to.getType() != ImageTypeBilevel) return false;
+    return static_cast<CImg1G4&>(unconst(from)).uncompress(static_cast<CImg1*>(&to), from.getRect());
+}
+
+bool Export::xfm(IImg* destination, const IImg* source) {
+    if (!destination || !source) return false;
+    switch (unconst(*source).getType()) {
+        case ImageTypeBilevel:
+            return fromBilevel(*destination, *source);
+        case ImageTypeBilevelG4:
+            return fromCompressed(*destination, *source);
+        case ImageTypePalette:
+            return fromPalette(*destination, *source);
+        case ImageTypeRGB:
+            return fromRGB(*destination, *source);
+    }
+    return false;
+}
+
+bool Export::xfm(IImg& destination, const IImg& source) { return xfm(&destination, &source); }
+
+bool Export::copy24To32(ImgULong* destination, unsigned char* source, ImgULong width, ImgULong height,
+                        ImgAlignmentEnum alignment, RGBOrder, RGBOrder) {
+    // Kept: the orders are ignored; bytes stay in the order in which they come.
+    const std::size_t bytes = std::size_t{width} * 3;
+    const std::size_t padding = alignment == ImgAlignDword ? (4 - bytes % 4) % 4 : 0;
+    for (std::size_t y = 0; y < height; ++y, source += padding)
+        for (std::size_t x = 0; x < width; ++x, source += 3)
+            *destination++ = static_cast<ImgULong>(source[0] | source[1] << 8 | source[2] << 16);
+    return true;
+}
+
+Export::Export() = default;
+Export::~Export() = default;
