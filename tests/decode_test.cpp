@@ -1,0 +1,198 @@
+#include "ccitt/decode_row.h"
+#include "foundation/line.h"
+#include "support/coded.h"
+#include "tilepress/ccitt.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+using namespace support;
+using namespace tilepress;
+using namespace tilepress::g4;
+
+namespace {
+
+using List = std::vector<std::int32_t>;
+
+List whiteRow(std::int32_t width) { return {0, width + 1, width + 1, width + 1}; }
+
+struct Decoded {
+    int status = -1;
+    List list;
+    std::int32_t byte = 0, bit = 1;
+    int bits() const { return 8 * byte + bit - 1; }
+};
+
+Decoded decode(std::int32_t width, Bytes plain, List reference = {}, std::int32_t byte = 0, std::int32_t bit = 1) {
+    Bytes data = exchanged(std::move(plain));
+    if (reference.empty()) reference = whiteRow(width);
+    Decoded result;
+    result.byte = byte;
+    result.bit = bit;
+    std::int32_t count = -7;
+    List coding(static_cast<std::size_t>(width) + 4, -1);
+    result.status = CCITT_G4Decode(reference.data(), static_cast<std::int32_t>(reference.size()), width,
+                                   reinterpret_cast<std::uint16_t*>(data.data()), &result.byte, &result.bit, nullptr,
+                                   coding.data(), &count, static_cast<std::int32_t>(data.size()));
+    if (result.status == 0)
+        result.list.assign(coding.begin(), coding.begin() + count);
+    else
+        EXPECT_EQ(count, -7) << "a failing row keeps the count";
+    return result;
+}
+
+class G4Decode : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(CCITT_EnableG4Decode(), ImgErrNone); }
+    void TearDown() override { CCITT_DisableG4Decode(); }
+};
+
+}  // namespace
+
+TEST(G4Tables, LifeCycleOfTheClassFamily) {
+    CCITT_DisableG4Decode();
+    EXPECT_EQ(decode(8, hex("80")).status, 6) << "without tables";
+    EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
+    EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
+    EXPECT_EQ(decode(8, hex("80")).status, 0);
+    EXPECT_EQ(cit_enable_decode_gr4(), 1);
+    cit_disable_decode_gr4();
+    cit_disable_decode_gr4();
+    EXPECT_EQ(decode(8, hex("80")).status, 0) << "the other family's disable";
+    CCITT_DisableG4Decode();
+    EXPECT_EQ(decode(8, hex("80")).status, 6);
+}
+
+TEST_F(G4Decode, StatusesAndListsOfSingleRows) {
+    struct Case {
+        const char* coded;
+        int status;
+        List list;
+        int bits;
+        List reference;
+    };
+    const Case cases[] = {
+        {"80", 0, {0, 9, 9, 9}, 1, {}},
+        {"26 BC", 0, {0, 1, 3, 9, 9, 9}, 14, {}},
+        {"3E 80", 0, {0, 8, 9, 9, 9}, 10, {}},
+        {"33 0D C0", 0, {0, 9, 9, 9}, 18, {}},
+        {"33 40", 1, {}, 0, {}},
+        {"34 00", 2, {}, 0, {}},  // past the end and invalid
+        {"60", 1, {}, 0, {}},
+        {"02", 5, {}, 0, {}},
+        {"00 10 01 C0", 0, {0, 9, 9, 9}, 25, {}},
+        {"00 1F 01 80", 0, {0, 9, 9, 9}, 25, {}},
+        {"00 10 01 00", 1, {}, 0, {}},
+        {"00 20", 6, {}, 0, {}},
+        {"90 DD F0", 0, {0, 3, 5, 6, 9, 9, 9}, 20, {0, 3, 6, 9, 9, 9}},
+        {"18", 0, {0, 9, 9, 9}, 5, {}},  // pass, then below: the search stays in the list
+        {"05", 6, {}, 0, {0, 1, 3, 9, 9, 9}},
+        {"04 08 10 20 40 81 02 04 08 10 20 40", 1, {}, 0, {}},  // three left, again and again
+    };
+    for (const Case& c : cases) {
+        const Decoded row = decode(8, hex(c.coded), c.reference);
+        EXPECT_EQ(row.status, c.status) << c.coded;
+        EXPECT_EQ(row.list, c.list) << c.coded;
+        EXPECT_EQ(row.bits(), c.bits) << c.coded;
+    }
+}
+
+TEST_F(G4Decode, SearchesBackwardStopAtTheListsStart) {
+    // Two left of column 1, then directly below what is left of that.
+    EXPECT_EQ(decode(8, bits("000010 1 1 1 1"), {0, 1, 3, 9, 9, 9}).status, 0);
+}
+
+TEST_F(G4Decode, PositionsCountWithinCodedBytes) {
+    EXPECT_EQ(decode(8, hex("00 80 00 00"), {}, 1, 1).bits(), 9);
+    EXPECT_EQ(decode(8, hex("FF FF 20 00"), {}, 2, 3).bits(), 19);
+    const Decoded odd = decode(8, hex("FF 00 80 00"), {}, 1, 3), even = decode(8, hex("FF FF 00 00"), {}, 2, 3);
+    EXPECT_EQ(odd.status, 5);
+    EXPECT_EQ(odd.byte, 1);
+    EXPECT_EQ(odd.bit, 11) << "Kept: rewritten within the word, also on failure";
+    EXPECT_EQ(even.byte, 2);
+    EXPECT_EQ(even.bit, 3);
+}
+
+TEST_F(G4Decode, RefusesWhatItCannotHold) {
+    EXPECT_EQ(decode(8, hex("80"), {0, 9, 9}).status, 1);
+    Bytes data = exchanged(hex("80 00"));
+    auto* words = reinterpret_cast<std::uint16_t*>(data.data());
+    List reference = whiteRow(8), coding(12);
+    std::int32_t byte = 0, bit = 1, count = 0;
+    EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, -1, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
+    EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 0x7FFFFFF8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
+    EXPECT_EQ(CCITT_G4Decode(nullptr, 4, 8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
+    EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 0);
+}
+
+// A make-up chain far beyond 32 bits must not wrap into a valid position.
+TEST_F(G4Decode, HoldsEndlessMakeUpCodes) {
+    std::string text = "001";
+    for (int i = 0; i < 900000; ++i) text += "000000011111";
+    EXPECT_EQ(decode(8, bits(text + "00110101" + "0000110111")).status, 1);
+    EXPECT_EQ(decode(8, bits(text + "00000000000000")).status, 2);
+}
+
+// Rows of random codes: the fast decoder, between padded lines and between a caller's
+// arrays, must give what the exact one gives, or leave the row to it.
+TEST_F(G4Decode, FastAndExactAgreeOnRandomCodes) {
+    std::mt19937 random(7);
+    const char* const modes[] = {"1", "1", "1", "1", "011", "010", "000011", "000010", "0000011", "0000010", "0001"};
+    int decodedRows = 0;
+    for (int round = 0; round < 3000; ++round) {
+        const auto width = static_cast<std::int32_t>(1 + random() % (round % 3 ? 40 : 3000));
+        std::string text;
+        const auto longest = static_cast<unsigned>(std::max(width / 4, 2));
+        while (text.size() < 3000) {
+            const unsigned pick = random() % 16;
+            if (pick < 11)
+                text += modes[pick];
+            else if (pick < 15 || random() % 8)
+                text += "001" + runText(static_cast<int>(random() % longest), false) +
+                        runText(static_cast<int>(random() % longest), true);
+            else
+                text += random() % 4 ? kEndOfBlockText : "0000001";
+        }
+        Bytes plain = bits(text);
+        const auto length = static_cast<std::int64_t>(plain.size());
+        Bytes words = exchanged(plain);
+        plain.resize(plain.size() + kCodedPadding);
+        std::int32_t* lines[4];
+        for (auto& line : lines) line = allocateLine(static_cast<std::uint32_t>(width));
+        std::int32_t count = whiteLine(lines[0], width), exactCount = whiteLine(lines[2], width);
+        List reference = whiteRow(width), coding(static_cast<std::size_t>(width) + 4);
+        std::int64_t bit = 0, exactBit = 0, wordBit = 0;
+        for (int row = 0; row < 60; ++row) {
+            std::int32_t nextCount = 0, nextExact = 0, nextWord = 0;
+            lines[2][kLineIrregular] = 1;
+            const int exact = decodeLine(kDecodeTables, {plain.data(), length, false}, exactBit,
+                                         {lines[2], exactCount}, width, lines[3], nextExact);
+            const int fast = decodeLine(kDecodeTables, {plain.data(), length, false}, bit, {lines[0], count}, width,
+                                        lines[1], nextCount);
+            const int word = decodeRow(kDecodeTables, {words.data(), length, true}, wordBit,
+                                       {reference.data(), static_cast<std::int32_t>(reference.size())}, width,
+                                       coding.data(), nextWord);
+            ASSERT_EQ(fast, exact);
+            ASSERT_EQ(word, exact);
+            if (exact != 0) {  // go on from a bit further
+                bit = exactBit = wordBit = exactBit + 1 + static_cast<int>(random() % 40);
+                continue;
+            }
+            ++decodedRows;
+            ASSERT_EQ(bit, exactBit);
+            ASSERT_EQ(wordBit, exactBit);
+            const List list(lines[3], lines[3] + nextExact);
+            ASSERT_EQ(List(lines[1], lines[1] + nextCount), list);
+            ASSERT_EQ(List(coding.begin(), coding.begin() + nextWord), list);
+            reference = list;
+            std::swap(lines[0], lines[1]);
+            std::swap(lines[2], lines[3]);
+            count = nextCount;
+            exactCount = nextExact;
+        }
+        for (auto* line : lines) freeLine(line);
+    }
+    EXPECT_GT(decodedRows, 5000);
+}
