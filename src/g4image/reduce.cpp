@@ -1,0 +1,230 @@
+#include "g4image/painters.h"
+
+#include "foundation/heap.h"
+#include "tilepress/CImg1.h"
+#include "tilepress/CImg32.h"
+#include "tilepress/ccitt.h"
+#include "transform/grey.h"
+
+#include <algorithm>
+#include <cstring>
+
+using namespace tilepress;
+using namespace tilepress::g4;
+
+// The reductions take black runs only: white ones overlap where tiles meet. An image
+// whose background is not known is counted, and its polarity settled after the walk,
+// so that one walk is enough.
+
+/// Walks `height` rows that fold into `bands` destination rows: onRow(k) decodes a row of band k, onBand(k, rows)
+/// ends it. False, with the code raised, when a tile is corrupt; its band is ended before.
+template <class OnRow, class OnBand>
+bool CImg1G4::walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onBand) {
+    for (ImgULong band = 0, y = 0; band < bands; ++band) {
+        const ImgULong top = y, end = markPosition(band + 1, height, bands);
+        for (; y < end; ++y) {
+            if (onRow(band, y - top) != ImgErrNone) {
+                onBand(band, end - top);
+                walkFailed();
+                return false;
+            }
+            advanceRow();
+        }
+        onBand(band, end - top);
+    }
+    return true;
+}
+
+/// Sets the destination pixels whose cells a black pixel of the row touches.
+ImgErr CImg1G4::decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info) {
+    const ImgULong* const columns = info->columns;
+    const ImgErr status = decodeRuns(*info, [&](std::size_t from, std::size_t to) {
+        fillSpan(info->words, columns[from], std::size_t{columns[to - 1]} + 1);
+    });
+    flushRow(row, *info);
+    return status;
+}
+
+/// Counts the row's black pixels by cells.
+ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
+    CellCounter& cells = *info->cells;
+    return decodeRuns(*info, [&](std::size_t from, std::size_t to) { cells.add(from, to); });
+}
+
+/// Ink for a background known to be 0; null when memory runs out.
+CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
+    const ImgULong width = r.getWidth(), newWidth = result->getWidth();
+    Heap<ImgULong> columns{std::uint64_t{width}};
+    Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
+    if (!columns || !words) return nullptr;
+    for (ImgULong cell = 0, x = 0; cell < newWidth; ++cell)
+        for (const ImgULong end = markPosition(cell + 1, width, newWidth); x < end; ++x) columns[x] = cell;
+    G4ScaleInfo info(r);
+    info.columns = columns.get();
+    info.words = words.get();
+    info.rowBytes = packedBytes(newWidth);
+    unsigned char* const pixels = result->peekData();
+    const std::size_t bytesPerRow = result->getBytesPerLine();
+    walkBands(
+        r.getHeight(), result->getHeight(),
+        [&](ImgULong band, ImgULong) { return decode_reduce_scanline(pixels + band * bytesPerRow, &info); },
+        [](ImgULong, ImgULong) {});
+    return result;
+}
+
+/// Ink by counting: a cell is foreground when it holds a black pixel, or, with background 1, a white one.
+/// Null when memory runs out.
+CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
+    const ImgULong newWidth = result->getWidth();
+    const std::size_t bytesPerRow = result->getBytesPerLine();
+    const bool wasKnown = backgroundKnown;
+    CellCounter cells;
+    Heap<ImgULong> counts{std::uint64_t{newWidth}};
+    // The picture for background 1, until the background is known.
+    Heap<unsigned char> whiteInk(wasKnown ? 0 : std::uint64_t{result->getTotalBytes()});
+    if (!counts || !whiteInk || !cells.prepare(r.getWidth(), newWidth)) return nullptr;
+    G4ScaleInfo info(r);
+    info.cells = &cells;
+    std::uint64_t black = 0;
+    const bool whole = walkBands(
+        r.getHeight(), result->getHeight(),
+        [&](ImgULong, ImgULong row) {
+            if (row > 0 && cells.mustFold(row)) black += cells.fold(counts.get());
+            return decode_reduce_scanline_grey(&info);
+        },
+        [&](ImgULong band, ImgULong rows) {
+            black += cells.fold(counts.get());
+            unsigned char* const ink = result->peekData() + band * bytesPerRow;
+            unsigned char* const white = wasKnown ? ink : whiteInk.get() + band * bytesPerRow;
+            for (ImgULong x = 0; x < newWidth; ++x) {
+                const unsigned shift = 7 - (x & 7);
+                const bool hasBlack = counts[x] != 0, hasWhite = counts[x] < std::uint64_t{rows} * cells.width(x);
+                if (!wasKnown) ink[x / 8] = static_cast<unsigned char>(ink[x / 8] | hasBlack << shift);
+                white[x / 8] = static_cast<unsigned char>(white[x / 8] | hasWhite << shift);
+            }
+            std::fill_n(counts.get(), newWidth, 0);
+        });
+    if (whole && !wasKnown) {
+        settleBackground(black, std::uint64_t{r.getWidth()} * r.getHeight());
+        if (backgroundColor == 1) std::memcpy(result->peekData(), whiteInk.get(), result->getTotalBytes());
+    }
+    return result;
+}
+
+CImg1* CImg1G4::Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
+    if (newWidth == 0 || newHeight == 0 || newWidth > r.getWidth() || newHeight > r.getHeight()) {
+        imgRaise(ImgErrBadArgument);
+        return nullptr;
+    }
+    CImg1* const result = emptyResult(newWidth, newHeight);
+    if (!result) return nullptr;
+    result->setBackgroundColor(0);
+    if (!PrepForDecode(r)) {
+        walkFailed();
+        return result;
+    }
+    const bool blackIsInk = backgroundKnown && backgroundColor == 0;
+    if (blackIsInk ? reducedBySpans(result, r) : reducedByCounts(result, r)) return result;
+    delete result;
+    imgRaise(ImgErrCreate);
+    return nullptr;
+}
+
+/// Every destination pixel is its cell's top left one, in the source's polarity. No dispatcher asks for it.
+CImg1* CImg1G4::Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
+    const ImgULong width = r.getWidth();
+    if (newWidth == 0 || newHeight == 0 || newWidth > width || newHeight > r.getHeight()) {
+        imgRaise(ImgErrBadArgument);
+        return nullptr;
+    }
+    CImg1* const result = emptyResult(newWidth, newHeight);
+    if (!result) return nullptr;
+    const unsigned char padding = getBackgroundColor() == 1 ? 0xFF : 0;
+    std::memset(result->peekData(), padding, result->getTotalBytes());
+    Heap<ImgULong> firstCell(std::uint64_t{width} + 1);  // of those that begin at a column or after it
+    Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
+    if (!firstCell || !words || CCITT_EnableG4Decode() != ImgErrNone) {
+        delete result;
+        imgRaise(ImgErrCreate);
+        return nullptr;
+    }
+    for (ImgULong cell = 0, x = 0; cell <= newWidth; ++cell)
+        for (const ImgULong start = markPosition(cell, width, newWidth); x <= start; ++x) firstCell[x] = cell;
+    if (!PrepForDecode(r)) {
+        walkFailed();
+        return result;
+    }
+    G4ScaleInfo info(r);
+    const std::size_t bytesPerRow = result->getBytesPerLine();
+    const ImgULong pad = result->getPadBits();
+    walkBands(
+        r.getHeight(), newHeight,
+        [&](ImgULong band, ImgULong row) {
+            if (row > 0) return decode_scanline();
+            const ImgErr status = decodeRuns(info, [&](std::size_t from, std::size_t to) {
+                fillSpan(words.get(), firstCell[from], firstCell[to]);
+            });
+            if (padding) fillSpan(words.get(), newWidth, std::size_t{newWidth} + pad);
+            unsigned char* const pixels = result->peekData() + band * bytesPerRow;
+            std::memset(pixels, 0, bytesPerRow);
+            orWords(pixels, words.get(), bytesPerRow);
+            std::fill_n(words.get(), packedWords(newWidth), 0);
+            return status;
+        },
+        [](ImgULong, ImgULong) {});
+    return result;
+}
+
+CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
+    if (newWidth == 0 || newHeight == 0 || newWidth > r.getWidth() || newHeight > r.getHeight()) {
+        imgRaise(ImgErrBadArgument);
+        return nullptr;
+    }
+    CellCounter cells;
+    GreyMaps maps;
+    CImg32* const result = CImg32::create(newWidth, newHeight, RGBOrderRGB);
+    if (!result || !cells.prepare(r.getWidth(), newWidth) ||
+        !maps.prepare(r.getWidth(), r.getHeight(), newWidth, newHeight)) {
+        delete result;
+        imgRaise(ImgErrCreate);
+        return nullptr;
+    }
+    ImgULong** const rows = result->peekDataArray();
+    // Counts of black pixels, in place, to grey pixels; damaged tiles can count a pixel twice.
+    const auto toGrey = [&](ImgULong band, ImgULong height) {
+        for (ImgULong x = 0; x < newWidth; ++x) {
+            const ImgULong area = height * cells.width(x), count = std::min(rows[band][x], area);
+            const bool blackIsInk = !backgroundKnown || backgroundColor == 0;
+            rows[band][x] = greyPixel(maps.grey(height, cells.width(x), blackIsInk ? count : area - count));
+        }
+    };
+    const bool wasKnown = backgroundKnown;
+    G4ScaleInfo info(r);
+    info.cells = &cells;
+    std::uint64_t black = 0;
+    ImgULong reached = 0;
+    bool whole = PrepForDecode(r) != 0;
+    if (!whole)
+        walkFailed();
+    else
+        whole = walkBands(
+            r.getHeight(), newHeight,
+            [&](ImgULong band, ImgULong row) {
+                if (row > 0 && cells.mustFold(row)) black += cells.fold(rows[band]);
+                return decode_reduce_scanline_grey(&info);
+            },
+            [&](ImgULong band, ImgULong height) {
+                black += cells.fold(rows[band]);
+                if (wasKnown) toGrey(band, height);
+                reached = band + 1;
+            });
+    if (whole && !wasKnown) settleBackground(black, std::uint64_t{r.getWidth()} * r.getHeight());
+    if (!wasKnown)
+        for (ImgULong band = 0, top = 0; band < reached; ++band) {
+            const ImgULong end = markPosition(band + 1, r.getHeight(), newHeight);
+            toGrey(band, end - top);
+            top = end;
+        }
+    for (ImgULong band = reached; band < newHeight; ++band) std::fill_n(rows[band], newWidth, 0x00FFFFFF);
+    return result;
+}

@@ -1,0 +1,74 @@
+#include "tilepress/CImg1.h"
+#include "tilepress/CImg1G4.h"
+
+#include "model/kinds.h"
+
+#include <cmath>
+
+// Cutting and turning expand what they need, once, and leave the rest to the
+// bilevel image.
+
+/// Turns an expanded picture and ends it.
+template <class Turn>
+static CImg1* turned(CImg1* source, Turn turn) {
+    if (!source) return nullptr;
+    CImg1* result = turn(*source);
+    delete source;
+    if (result) result->setBackgroundColor(0);
+    return result;
+}
+
+/// The rectangle as a bilevel image with this image's colours and alignment, or null.
+CImg1* CImg1G4::expanded(const ImgRect& r) {
+    CImg1* result =
+        CImg1::create(r.getWidth(), r.getHeight(), backgroundInterpretation, foregroundInterpretation, alignment);
+    if (!result) {
+        imgRaise(ImgErrCreate);
+        return nullptr;
+    }
+    if (uncompress(result, r)) return result;
+    delete result;
+    return nullptr;
+}
+
+IImg* CImg1G4::getSubImage(const ImgRect& r) {
+    if (!tilepress::inside(*this, r)) {
+        imgRaise(ImgErrBadArgument);
+        return nullptr;
+    }
+    return expanded(r);
+}
+
+CImg1* CImg1G4::mirrorX() {
+    return turned(expanded(getRect()), [](CImg1& image) { return image.mirrorX(); });
+}
+CImg1* CImg1G4::mirrorY() {
+    return turned(expanded(getRect()), [](CImg1& image) { return image.mirrorY(); });
+}
+CImg1* CImg1G4::rotate90() {
+    return turned(expanded(getRect()), [](CImg1& image) { return image.rotate90(); });
+}
+CImg1* CImg1G4::rotateMinus90() {
+    return turned(expanded(getRect()), [](CImg1& image) { return image.rotateMinus90(); });
+}
+CImg1* CImg1G4::rotate180() {
+    return turned(expanded(getRect()), [](CImg1& image) { return image.rotate180(); });
+}
+
+IImg* CImg1G4::mirror(ImgMirT direction) {
+    switch (direction) {
+    case ImgMirX: return mirrorX();
+    case ImgMirY: return mirrorY();
+    default: return this;
+    }
+}
+
+IImg* CImg1G4::rotate(double angle) {
+    if (!std::isfinite(angle)) return nullptr;
+    snap90(angle, 0.001);
+    if (angle == 0) return expanded(getRect());  // not clone(), which is an empty grid here
+    if (angle == 90) return rotate90();
+    if (angle == 180) return rotate180();
+    if (angle == 270) return rotateMinus90();
+    return turned(expanded(getRect()), [angle](CImg1& image) { return image.rotateGeneric(angle); });
+}

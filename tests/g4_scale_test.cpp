@@ -1,0 +1,162 @@
+#include "support/g4_images.h"
+#include "tilepress/CImg32.h"
+
+#include <gtest/gtest.h>
+
+using namespace support;
+
+namespace {
+
+enum Known { kUnknown, kWhiteKnown, kBlackKnown };
+
+std::unique_ptr<IImg> scaled(IImg& image, const ImgRect& r, ImgULong width, ImgULong height, ImgULong depth) {
+    ImgScaleAttr attr{depth};
+    return std::unique_ptr<IImg>(image.scale(r, width, height, attr));
+}
+
+std::vector<ImgULong> pixelsOf(const CImg32& image) {
+    return {image.peekData(), image.peekData() + image.getTotalBytes() / 4};
+}
+
+/// The rectangle as a bilevel image whose foreground is ink, as a first expansion gives it.
+std::unique_ptr<CImg1> inkOf(const Picture& picture, const ImgRect& r, Known known) {
+    Picture part = cut(picture, r);
+    std::size_t black = 0, all = 0;
+    for (const std::string& row : part) {
+        all += row.size();
+        for (char c : row) black += c == '1';
+    }
+    if (known == kBlackKnown || (known == kUnknown && 100 * black > 55 * all)) part = complement(part);
+    std::unique_ptr<CImg1> image(CImg1::create(r.getWidth(), r.getHeight(), 0xFFFFFF, 0xFF000000, ImgAlignNone));
+    for (ImgULong y = 0; y < r.getHeight(); ++y)
+        for (ImgULong x = 0; x < r.getWidth(); ++x)
+            if (part[y][x] == '1')
+                image->peekData()[y * image->getBytesPerLine() + x / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
+    image->setBackgroundColor(0);
+    return image;
+}
+
+}  // namespace
+
+// Every request, of every polarity, must be what expanding and then scaling gives.
+TEST(ScaleWhileDecoding, EqualsExpandingAndThenScaling) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 600; ++round) {
+        const auto width = static_cast<ImgULong>(1 + random() % 120), height = static_cast<ImgULong>(1 + random() % 50);
+        const Picture picture = randomPicture(random, width, height, round % 4 == 0 ? 85 : random() % 50);
+        G4Image image = compressed(picture, static_cast<ImgULong>(1 + random() % (width + 10)),
+                                   static_cast<ImgULong>(1 + random() % (height + 5)));
+        const int left = static_cast<int>(random() % width), top = static_cast<int>(random() % height);
+        const ImgRect r(left, top, left + static_cast<int>(random() % (width - left)),
+                        top + static_cast<int>(random() % (height - top)));
+        const ImgULong w = r.getWidth(), h = r.getHeight();
+        const bool enlarge = round % 3 == 0;
+        const auto newWidth = static_cast<ImgULong>(enlarge ? w + random() % (2 * w + 1) : 1 + random() % w);
+        const auto newHeight = static_cast<ImgULong>(enlarge ? h + random() % (2 * h + 1) : 1 + random() % h);
+        if (newWidth == w && newHeight == h) continue;
+        const ImgULong depth = round % 2 ? 32 : 1;
+        // An enlargement judges an unknown background by a rule of its own, and white runs are offset.
+        const Known known = enlarge ? kWhiteKnown : static_cast<Known>(round % 5 % 3);
+        if (known != kUnknown) image->setBackgroundColor(known == kBlackKnown);
+        const auto result = scaled(*image, r, newWidth, newHeight, depth);
+        const auto expected = scaled(*inkOf(picture, r, known), ImgRect(0, 0, static_cast<int>(w) - 1, static_cast<int>(h) - 1),
+                                     newWidth, newHeight, depth);
+        ASSERT_TRUE(result);
+        ASSERT_TRUE(expected);
+        ASSERT_EQ(result->getType(), expected->getType());
+        if (result->getType() == ImageTypeRGB) {
+            EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*result)), pixelsOf(static_cast<CImg32&>(*expected)));
+        } else {
+            EXPECT_EQ(pictureOf(static_cast<CImg1&>(*result)), pictureOf(static_cast<CImg1&>(*expected)))
+                << width << "x" << height << " to " << newWidth << "x" << newHeight << " known " << known;
+            EXPECT_TRUE(static_cast<CImg1&>(*result).isBackgroundKnown());
+            EXPECT_EQ(result->getBackgroundColor(), 0u);
+        }
+        EXPECT_EQ(image->isBackgroundKnown(), true);
+    }
+}
+
+TEST(ScaleWhileDecoding, OneDimensionUpTheOtherDown) {
+    std::mt19937 random(4);
+    const Picture picture = randomPicture(random, 40, 30, 20);
+    for (ImgULong depth : {1, 32}) {
+        for (auto [w, h] : {std::pair<ImgULong, ImgULong>{20, 60}, {60, 20}}) {
+            G4Image image = compressed(picture, 16, 16);
+            image->setBackgroundColor(0);
+            const auto result = scaled(*image, image->getRect(), w, h, depth);
+            const auto expected = scaled(*inkOf(picture, image->getRect(), kWhiteKnown), image->getRect(), w, h, depth);
+            ASSERT_TRUE(result);
+            EXPECT_EQ(result->getWidth(), w);
+            EXPECT_EQ(result->getHeight(), h);
+            ASSERT_EQ(result->getType(), expected->getType());
+            if (depth == 32) {
+                EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*result)), pixelsOf(static_cast<CImg32&>(*expected)));
+            } else {
+                EXPECT_EQ(pictureOf(static_cast<CImg1&>(*result)), pictureOf(static_cast<CImg1&>(*expected)));
+            }
+        }
+    }
+}
+
+TEST(ScaleWhileDecoding, EnlargesRunsAndRepeatsRows) {
+    const auto twice = [](const char* row) {
+        G4Image image = compressed({row}, 4, 1);
+        image->setBackgroundColor(0);
+        const auto result = scaled(*image, image->getRect(), 8, 2, 1);
+        return pictureOf(static_cast<CImg1&>(*result));
+    };
+    EXPECT_EQ(twice("1100"), Picture(2, "11110000"));
+    EXPECT_EQ(twice("0001"), Picture(2, "00000011"));
+    EXPECT_EQ(twice("0111"), Picture(2, "00111111"));
+}
+
+TEST(ScaleWhileDecoding, KeptAnUnchangedSizeCopiesTheWholeImage) {
+    const Picture picture{"0110", "0001", "1000"};
+    G4Image image = compressed(picture, 2, 2);
+    const auto result = scaled(*image, ImgRect(1, 1, 2, 2), 2, 2, 1);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(pictureOf(static_cast<CImg1&>(*result)), picture);
+}
+
+TEST(ScaleWhileDecoding, RefusalsAndCorruptTiles) {
+    G4Image image = compressed(Picture(8, "00110000"), 4, 4);
+    for (const ImgRect& r : {ImgRect(0, 0, 8, 7), ImgRect(4, 4, 8, 8), ImgRect(7, 0, 0, 7)}) {
+        CImgErr::sm_errcode = ImgErrNone;
+        EXPECT_EQ(scaled(*image, r, 3, 3, 1), nullptr);
+        EXPECT_EQ(CImgErr::get(), ImgErrBadArgument);
+    }
+    EXPECT_EQ(scaled(*image, image->getRect(), 0, 4, 32), nullptr);
+    std::vector<Bytes> tiles(4, exchanged(hex("02 00")));
+    G4Image corrupt = makeG4(8, 8, 4, 4, tiles);
+    for (ImgULong depth : {1, 32}) {
+        const auto result = scaled(*corrupt, corrupt->getRect(), 4, 4, depth);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(CImgErr::get(), ImgErrDecode);
+        if (depth != 32) continue;
+        // The row that failed holds no count either.
+        EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*result)), std::vector<ImgULong>(16, 0x00FFFFFF));
+    }
+    EXPECT_TRUE(scaled(*corrupt, corrupt->getRect(), 16, 16, 1));
+}
+
+// Nothing that a tile holds may read or write outside a buffer, or hang.
+TEST(ScaleWhileDecoding, DamagedTilesEndInAStatus) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 2500; ++round) {
+        const auto width = static_cast<ImgULong>(1 + random() % 90), height = static_cast<ImgULong>(1 + random() % 20);
+        const auto tileWidth = static_cast<ImgULong>(1 + random() % 64), tileHeight = static_cast<ImgULong>(1 + random() % 16);
+        std::vector<Bytes> tiles = tilesOf(randomPicture(random, width, height, random() % 60), tileWidth, tileHeight);
+        for (Bytes& tile : tiles) {
+            for (unsigned n = random() % 4; n > 0; --n) tile[random() % tile.size()] ^= static_cast<unsigned char>(1 << random() % 8);
+            if (random() % 4 == 0) tile.resize(random() % tile.size());
+        }
+        G4Image image = makeG4(width, height, tileWidth, tileHeight, tiles);
+        ASSERT_TRUE(image);
+        if (random() % 2) image->setBackgroundColor(random() % 2);
+        scaled(*image, image->getRect(), static_cast<ImgULong>(1 + random() % (2 * width)),
+               static_cast<ImgULong>(1 + random() % (2 * height)), random() % 2 ? 32 : 1);
+        std::unique_ptr<CImg1> whole(CImg1::create(width, height, 0, 0, ImgAlignNone));
+        image->uncompress(whole.get(), image->getRect());
+        EXPECT_TRUE(CImgErr::get() == ImgErrNone || CImgErr::get() == ImgErrDecode || CImgErr::get() == ImgErrCreate);
+    }
+}
