@@ -1,0 +1,36 @@
+#pragma once
+
+// Sixteen bytes at once, written once for every processor: what the compiler
+// makes of its vector types is SSE2 where there is SSE2, and plain words elsewhere.
+
+#include <cstdint>
+#include <cstring>
+
+namespace tilepress {
+
+/// Two words; shifts and masks act within each.
+typedef std::uint64_t Words2 __attribute__((vector_size(16)));
+typedef std::uint32_t Words4 __attribute__((vector_size(16)));
+typedef unsigned char Bytes16 __attribute__((vector_size(16)));
+
+template <class Lanes>
+inline Lanes loadLanes(const void* p) {
+    Lanes v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+template <class Lanes>
+inline void storeLanes(void* p, Lanes v) {
+    std::memcpy(p, &v, sizeof v);
+}
+
+/// `byte` in each of a word's eight bytes.
+constexpr std::uint64_t everyByte(unsigned byte) { return 0x0101010101010101u * (byte & 0xFFu); }
+
+/// `word` in both halves.
+inline Words2 bothWords(std::uint64_t word) { return Words2{word, word}; }
+
+inline bool isZero(Words2 v) { return (v[0] | v[1]) == 0; }
+
+}  // namespace tilepress
