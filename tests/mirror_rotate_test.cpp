@@ -1,0 +1,168 @@
+#include "support/pictures.h"
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace tilepress::test {
+namespace {
+
+template <class Image>
+class RightAngles : public ::testing::Test {};
+TYPED_TEST_SUITE(RightAngles, PixelKinds);
+
+struct Turn {
+    const char* name;
+    bool turned;
+    std::function<std::pair<std::size_t, std::size_t>(std::size_t w, std::size_t h, std::size_t i, std::size_t j)> source;
+    std::function<IImg*(IImg&)> apply;
+};
+
+const std::vector<Turn>& turns() {
+    static const std::vector<Turn> all = {
+        {"mirrorX", false, [](auto, auto h, auto i, auto j) { return std::pair(i, h - 1 - j); },
+         [](IImg& image) { return image.mirror(ImgMirX); }},
+        {"mirrorY", false, [](auto w, auto, auto i, auto j) { return std::pair(w - 1 - i, j); },
+         [](IImg& image) { return image.mirror(ImgMirY); }},
+        {"90", true, [](auto w, auto, auto i, auto j) { return std::pair(w - 1 - j, i); },
+         [](IImg& image) { return image.rotate(90); }},
+        {"180", false, [](auto w, auto h, auto i, auto j) { return std::pair(w - 1 - i, h - 1 - j); },
+         [](IImg& image) { return image.rotate(180); }},
+        {"270", true, [](auto, auto h, auto i, auto j) { return std::pair(j, h - 1 - i); },
+         [](IImg& image) { return image.rotate(270); }},
+    };
+    return all;
+}
+
+Picture model(const Turn& turn, const Picture& source) {
+    const std::size_t w = source.width, h = source.height;
+    Picture result(turn.turned ? h : w, turn.turned ? w : h);
+    for (std::size_t j = 0; j < result.height; ++j)
+        for (std::size_t i = 0; i < result.width; ++i) {
+            const auto [x, y] = turn.source(w, h, i, j);
+            result.at(i, j) = source.at(x, y);
+        }
+    return result;
+}
+
+TYPED_TEST(RightAngles, PixelsComeFromTheirPlaces) {
+    for (std::size_t w : {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 33, 63, 64, 65, 70, 127, 129, 140})
+        for (std::size_t h : {1, 2, 7, 8, 9, 16, 17, 33, 66})
+            for (ImgAlignmentEnum alignment : kAlignments) {
+                const Picture picture = randomPicture<TypeParam>(w, h);
+                const auto image = imageOf<TypeParam>(picture, alignment);
+                for (const Turn& turn : turns()) {
+                    const auto result = owned<TypeParam>(turn.apply(*image));
+                    ASSERT_EQ(pictureOf(result.get()), model(turn, picture)) << turn.name << ' ' << w << " x " << h;
+                }
+                ASSERT_EQ(pictureOf(image.get()), picture);
+            }
+}
+
+TYPED_TEST(RightAngles, PositiveAnglesTurnCounterClockwise) {
+    const auto image = imageOf<TypeParam>(Picture(3, {1, 0, 0, 0, 1, 1}), ImgAlignDword);
+    const auto turned = [&](double angle) { return pictureOf(owned<TypeParam>(image->rotate(angle)).get()); };
+    EXPECT_EQ(turned(90), Picture(2, {0, 1, 0, 1, 1, 0}));
+    EXPECT_EQ(turned(270), Picture(2, {0, 1, 1, 0, 1, 0}));
+    EXPECT_EQ(turned(180), Picture(3, {1, 1, 0, 0, 0, 1}));
+    EXPECT_EQ(turned(450), turned(90));
+}
+
+TYPED_TEST(RightAngles, NearlyRightAnglesAreRight) {
+    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5), ImgAlignNone);
+    const auto turned = [&](double angle) { return pictureOf(owned<TypeParam>(image->rotate(angle)).get()); };
+    for (double off : {0.0005, -0.0005}) {
+        EXPECT_EQ(turned(90 + off), turned(90));
+        EXPECT_EQ(turned(180 + off), turned(180));
+        EXPECT_EQ(turned(270 + off), turned(270));
+    }
+    EXPECT_EQ(turned(90.002).width, 9u);  // sheared
+}
+
+TYPED_TEST(RightAngles, NoTurnIsAClone) {
+    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5), ImgAlignNone);
+    const auto clone = owned<TypeParam>(image->clone());
+    for (double angle : {0.0, -0.0, 0.0004, 359.9995, 720.0})
+        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(angle)).get()), pictureOf(clone.get())) << angle;
+}
+
+TYPED_TEST(RightAngles, KeptOtherDirectionsGiveTheImageItself) {
+    const auto image = imageOf<TypeParam>(Picture(2, 2), ImgAlignNone);
+    EXPECT_EQ(image->mirror(static_cast<ImgMirT>(0)), image.get());
+    EXPECT_EQ(image->mirror(static_cast<ImgMirT>(3)), image.get());
+}
+
+TYPED_TEST(RightAngles, AnglesThatAreNoneGiveNull) {
+    const auto image = imageOf<TypeParam>(Picture(2, 2), ImgAlignNone);
+    EXPECT_EQ(image->rotate(std::nan("")), nullptr);
+    EXPECT_EQ(image->rotate(std::numeric_limits<double>::infinity()), nullptr);
+}
+
+TYPED_TEST(RightAngles, ImagesWithoutPixelsAreRefused) {
+    const auto image = imageOf<TypeParam>(Picture(2, 2), ImgAlignNone);
+    std::free(image->ownData());
+    for (const Turn& turn : turns()) {
+        imgRaise(ImgErrNone);
+        EXPECT_EQ(turn.apply(*image), nullptr) << turn.name;
+        EXPECT_EQ(image->getLastError(), ImgErrBadArgument) << turn.name;
+    }
+}
+
+TEST(BilevelRightAngles, PadBitsOfTheResultAreClear) {
+    for (const Turn& turn : turns()) {
+        const auto image = blank(static_cast<CImg1*>(nullptr), 13, 5, ImgAlignDword);
+        std::memset(image->peekData(), 0xFF, image->getTotalBytes());
+        const auto result = owned<CImg1>(turn.apply(*image));
+        const auto expected = imageOf<CImg1>(Picture(turn.turned ? 5 : 13, turn.turned ? 13 : 5, 1), ImgAlignDword);
+        ASSERT_EQ(result->getTotalBytes(), expected->getTotalBytes());
+        EXPECT_EQ(std::memcmp(result->peekData(), expected->peekData(), expected->getTotalBytes()), 0) << turn.name;
+    }
+}
+
+TEST(BilevelRightAngles, ColoursAndAlignmentAreTheSources) {
+    const auto image = blank(static_cast<CImg1*>(nullptr), 13, 5, ImgAlignDword);
+    const auto result = owned<CImg1>(image->rotate(90));
+    EXPECT_EQ(result->getBackgroundInterpretation(), 0x112233u);
+    EXPECT_EQ(result->getForegroundInterpretation(), 0x445566u);
+    EXPECT_EQ(result->getAlignment(), ImgAlignDword);
+    EXPECT_FALSE(result->isBackgroundKnown());
+}
+
+TEST(RgbRightAngles, ChannelOrderIsTheSources) {
+    const auto image = imageOf<CImg32>(Picture(2, 2), ImgAlignNone);
+    EXPECT_EQ(owned<CImg32>(image->mirror(ImgMirX))->getRGBOrder(), RGBOrderBGR);
+}
+
+struct Snapping : CImg {
+    static double snap(double angle) {
+        snap90(angle, 0.001);
+        return angle;
+    }
+};
+
+TEST(Snap90, BringsAnglesNearRightOnesOntoThem) {
+    EXPECT_EQ(Snapping::snap(0.0004), 0);
+    EXPECT_EQ(Snapping::snap(0.001), 0.001);
+    EXPECT_EQ(Snapping::snap(90.0005), 90);
+    EXPECT_EQ(Snapping::snap(89.9995), 90);
+    EXPECT_EQ(Snapping::snap(90.002), 90.002);
+    EXPECT_EQ(Snapping::snap(359.9995), 0);
+    EXPECT_EQ(Snapping::snap(359.999), 359.999);
+    EXPECT_EQ(Snapping::snap(360.0005), 0);
+    EXPECT_EQ(Snapping::snap(450), 90);
+    EXPECT_EQ(Snapping::snap(809.9999), 90);
+    EXPECT_EQ(Snapping::snap(720), 0);
+    EXPECT_EQ(Snapping::snap(-720), 0);
+}
+
+TEST(Snap90, KeptNegativeAnglesAnd360Stay) {
+    EXPECT_EQ(Snapping::snap(-90), -90);
+    EXPECT_EQ(Snapping::snap(-450), -90);
+    EXPECT_EQ(Snapping::snap(-0.0005), -0.0005);
+    EXPECT_NEAR(Snapping::snap(-360.0005), -0.0005, 1e-9);
+    EXPECT_EQ(Snapping::snap(-360), -360);
+    EXPECT_EQ(Snapping::snap(360), 360);
+}
+
+}  // namespace
+}  // namespace tilepress::test
