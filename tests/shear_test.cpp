@@ -1,0 +1,205 @@
+#include "support/pictures.h"
+
+#include <cmath>
+#include <limits>
+
+namespace tilepress::test {
+namespace {
+
+constexpr double kRadians = 0.017453292522222223;
+
+/// A table of shifts, mark by mark.
+std::vector<long long> tableModel(long long total, long long positions, std::size_t entries, bool downwards) {
+    const long long n = total == 0 ? 1 : std::abs(total), half = n / 2;
+    std::vector<bool> marked(static_cast<std::size_t>(positions), n >= positions);
+    for (long long k = 0; n < positions && k < n; ++k) marked[static_cast<std::size_t>((k * positions + n - 1) / n)] = true;
+    std::vector<long long> table{-half};
+    long long down = half, up = -half;
+    for (std::size_t i = 1; i < entries; ++i) {
+        if (marked[i % marked.size()]) --down, ++up;
+        table.push_back(downwards ? down : up);
+    }
+    return table;
+}
+
+Picture shearModelX(const Picture& source, const std::vector<long long>& table, std::uint32_t background) {
+    Picture result(source.width, source.height, background);
+    for (std::size_t y = 0; y < source.height; ++y)
+        for (std::size_t x = 0; x < source.width; ++x) {
+            const long long nx = static_cast<long long>(x) + table[source.height - 1 - y];
+            if (nx >= 0 && nx < static_cast<long long>(source.width)) result.at(static_cast<std::size_t>(nx), y) = source.at(x, y);
+        }
+    return result;
+}
+
+Picture shearModelY(const Picture& source, const std::vector<long long>& table, std::uint32_t background) {
+    Picture result(source.width, source.height, background);
+    for (std::size_t y = 0; y < source.height; ++y)
+        for (std::size_t x = 0; x < source.width; ++x) {
+            const long long ny = static_cast<long long>(y) - table[x];
+            if (ny >= 0 && ny < static_cast<long long>(source.height)) result.at(x, static_cast<std::size_t>(ny)) = source.at(x, y);
+        }
+    return result;
+}
+
+Picture rotateModel(Picture source, double degrees, std::uint32_t background) {
+    if (degrees > 270) {
+        degrees -= 360;
+    } else if (degrees > 90) {
+        std::reverse(source.pixels.begin(), source.pixels.end());
+        degrees -= 180;
+    }
+    const double w = static_cast<double>(source.width), h = static_cast<double>(source.height);
+    const double radians = degrees * kRadians;
+    const auto sx = static_cast<long long>(h * std::tan(radians / 2)), sy = static_cast<long long>(w * std::sin(radians));
+    const auto x = tableModel(sx, static_cast<long long>(h), source.height, sx >= 0);
+    const auto y = tableModel(sy, static_cast<long long>(w), source.width, sy < 0);
+    return shearModelX(shearModelY(shearModelX(source, x, background), y, background), x, background);
+}
+
+template <class Image>
+class Shears : public ::testing::Test {};
+TYPED_TEST_SUITE(Shears, PixelKinds);
+
+TYPED_TEST(Shears, ThreeShearsMoveEveryPixelAsTheTablesSay) {
+    int n = 0;
+    for (std::size_t w = 1; w <= 70; ++w)
+        for (std::size_t h : {1, 5, 33, 70, 131}) {
+            const double degrees = std::fmod(7.3 * ++n, 370) - 10;
+            const Picture picture = randomPicture<TypeParam>(w, h);
+            const auto image = imageOf<TypeParam>(picture, kAlignments[n % 3]);
+            image->setBackgroundColor(0);
+            ASSERT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), rotateModel(picture, degrees, 0))
+                << degrees << " degrees, " << w << " x " << h;
+        }
+}
+
+TYPED_TEST(Shears, WidePicturesMoveAsTheTablesSay) {
+    const Picture picture = randomPicture<TypeParam>(700, 150);
+    const auto image = imageOf<TypeParam>(picture, ImgAlignDword);
+    image->setBackgroundColor(0);
+    for (double degrees : {2.0, 45.0, 88.0, 123.0, 200.0, 300.0, -5.0, -100.0})
+        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), rotateModel(picture, degrees, 0)) << degrees;
+}
+
+TYPED_TEST(Shears, PicturesTurnCounterClockwiseAboutTheirCentre) {
+    for (double degrees : {10.0, 45.0, 80.0, 100.0, 170.0, 190.0, 260.0, 300.0, 350.0}) {
+        Picture picture(101, 101);
+        picture.at(75, 50) = 1;
+        const auto image = imageOf<TypeParam>(picture, ImgAlignNone);
+        image->setBackgroundColor(0);
+        const Picture turned = pictureOf(owned<TypeParam>(image->rotate(degrees)).get());
+        const auto found = std::find(turned.pixels.begin(), turned.pixels.end(), 1u) - turned.pixels.begin();
+        ASSERT_LT(found, 101 * 101);
+        EXPECT_NEAR(static_cast<double>(found % 101), 50 + 25 * std::cos(degrees * kRadians), 2.3) << degrees;
+        EXPECT_NEAR(static_cast<double>(found / 101), 50 - 25 * std::sin(degrees * kRadians), 2.3) << degrees;
+    }
+}
+
+TYPED_TEST(Shears, AnglesWithoutAShiftGiveThePictureBack) {
+    const Picture picture = randomPicture<TypeParam>(100, 100);
+    const auto image = imageOf<TypeParam>(picture, ImgAlignByte);
+    for (double degrees : {0.5, 360.0, -0.0004})
+        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), picture) << degrees;
+}
+
+TYPED_TEST(Shears, ShiftsBeyondEverySizeLeaveBackground) {
+    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(20, 20), ImgAlignNone);
+    image->setBackgroundColor(0);
+    EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(-180)).get()), Picture(20, 20));
+}
+
+TYPED_TEST(Shears, ImagesWithoutPixelsAreRefused) {
+    const auto image = imageOf<TypeParam>(Picture(20, 20), ImgAlignNone);
+    std::free(image->ownData());
+    for (double degrees : {10.0, 100.0}) {
+        imgRaise(ImgErrNone);
+        EXPECT_EQ(image->rotate(degrees), nullptr);
+        EXPECT_EQ(image->getLastError(), ImgErrBadArgument);
+    }
+}
+
+TEST(Shears, UncoveredPlacesTakeTheBackground) {
+    const auto palette = imageOf<CImg8>(Picture(20, 20, 3), ImgAlignDword);
+    palette->setBackgroundColor(7);
+    const auto turned = owned<CImg8>(palette->rotate(145));
+    EXPECT_EQ(pictureOf(turned.get()), rotateModel(Picture(20, 20, 3), 145, 7));
+    EXPECT_EQ(turned->getBackgroundColor(), 7u);
+}
+
+TEST(Shears, KeptBilevelImagesStayClearWhereNothingCovers) {
+    const auto image = imageOf<CImg1>(Picture(40, 40, 1), ImgAlignDword);
+    image->setBackgroundColor(1);
+    const auto turned = owned<CImg1>(image->rotate(45));
+    EXPECT_EQ(pictureOf(turned.get()), rotateModel(Picture(40, 40, 1), 45, 0));
+    EXPECT_EQ(getPixel(*turned, 0, 0), 0u);
+    EXPECT_EQ(turned->getBackgroundColor(), 1u);
+    EXPECT_EQ(turned->getBackgroundInterpretation(), 0u);
+    EXPECT_EQ(turned->getForegroundInterpretation(), 0xFF000000u);
+    EXPECT_EQ(turned->getAlignment(), ImgAlignNone);
+}
+
+TEST(Shears, PadBitsOfTheSourceAreNoPixels) {
+    const auto image = imageOf<CImg1>(Picture(13, 13), ImgAlignDword);
+    std::memset(image->peekData(), 0xFF, image->getTotalBytes());
+    const auto turned = owned<CImg1>(image->rotate(30));
+    const auto expected = imageOf<CImg1>(rotateModel(Picture(13, 13, 1), 30, 0), ImgAlignNone);
+    EXPECT_EQ(std::memcmp(turned->peekData(), expected->peekData(), expected->getTotalBytes()), 0);
+}
+
+TEST(Shears, FiveByFive) {
+    Picture picture(5, 5);
+    for (std::uint32_t i = 0; i < 25; ++i) picture.pixels[i] = i / 5 * 10 + i % 5 + 1;
+    const auto image = imageOf<CImg8>(picture, ImgAlignNone);
+    const auto turned = [&](double degrees) { return pictureOf(owned<CImg8>(image->rotate(degrees)).get()); };
+    EXPECT_EQ(turned(45), Picture(5, {0, 0, 3, 4, 15, 1, 2, 13, 14, 24, 0, 11, 12, 22, 23,
+                                      0, 0, 21, 32, 33, 31, 44, 45, 0, 0}));
+    EXPECT_EQ(turned(100), Picture(5, {0, 0, 23, 33, 43, 0, 12, 22, 32, 42, 2, 11, 21, 31, 0,
+                                       1, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+}
+
+// --- public tables --------------------------------------------------------------------
+
+std::vector<int> tableOf(int* table, std::size_t count) {
+    std::vector<int> entries;
+    if (table) entries.assign(table, table + count);
+    std::free(table);
+    return entries;
+}
+
+TEST(ShearTables, KeptTheFirstEntryIsAtTheLowEnd) {
+    const auto image = imageOf<CImg32>(Picture(10, 10), ImgAlignNone);
+    const double r = 45 * kRadians;
+    EXPECT_EQ(tableOf(image->makeRotationXShearRoth(r), 10), (std::vector{-2, 2, 2, 1, 1, 0, 0, 0, -1, -1}));
+    EXPECT_EQ(tableOf(image->makeRotationYShearRoth(r), 10), (std::vector{-3, -3, -2, -1, -1, 0, 1, 1, 2, 3}));
+    EXPECT_EQ(tableOf(image->makeRotationXShearRoth(-r), 10), (std::vector{-2, -2, -2, -1, -1, 0, 0, 0, 1, 1}));
+    EXPECT_EQ(tableOf(image->makeRotationYShearRoth(-r), 10), (std::vector{-3, 3, 2, 1, 1, 0, -1, -1, -2, -3}));
+}
+
+TEST(ShearTables, KeptTheFactorIsSlightlyMoreThanADegree) {
+    const auto image = imageOf<CImg32>(Picture(100, 100), ImgAlignNone);
+    EXPECT_EQ(tableOf(image->makeRotationYShearRoth(30 * kRadians), 1), std::vector{-25});
+}
+
+TEST(ShearTables, KeptOblongImagesRepeatTheCodeOfTheOtherDimension) {
+    for (auto [w, h] : {std::pair{30, 100}, {100, 30}, {7, 90}}) {
+        const auto image = imageOf<CImg32>(Picture(static_cast<std::size_t>(w), static_cast<std::size_t>(h)), ImgAlignNone);
+        const double r = 0.7;
+        const std::size_t entries = static_cast<std::size_t>(std::max(w, h));
+        const auto same = [&](int* table, const std::vector<long long>& model) {
+            const auto real = tableOf(table, entries);
+            EXPECT_EQ(std::vector<long long>(real.begin(), real.end()), model) << w << " x " << h;
+        };
+        same(image->makeRotationXShearRoth(r), tableModel(static_cast<long long>(h * std::tan(r / 2)), w, entries, true));
+        same(image->makeRotationYShearRoth(r), tableModel(static_cast<long long>(w * std::sin(r)), h, entries, false));
+    }
+}
+
+TEST(ShearTables, AnglesThatAreNoneGiveNull) {
+    const auto image = imageOf<CImg32>(Picture(10, 10), ImgAlignNone);
+    EXPECT_EQ(image->makeRotationXShearRoth(std::nan("")), nullptr);
+    EXPECT_EQ(image->makeRotationYShearRoth(std::numeric_limits<double>::infinity()), nullptr);
+}
+
+}  // namespace
+}  // namespace tilepress::test
