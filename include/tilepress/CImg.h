@@ -50,6 +50,7 @@ public:
     bool writeTIFF() override;
 
     // Written once for every kind (transform/scale.cpp).
+    using IImg::scale;
     IImg* scale(double factor, ImgScaleAttr& attr) override;
     IImg* scale(const ImgRect& source, const ImgRect& destination, ImgScaleAttr& attr) override;
 

@@ -6,7 +6,7 @@
 #include "ccitt/decode_family.h"
 #include "ccitt/decode_row.h"
 #include "foundation/bits.h"
-#include "g4image/cell_counter.h"
+#include "transform/cell_counter.h"
 #include "tilepress/CImg1G4.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ public:
     std::uint64_t* words = nullptr;        ///< work row of the destination, clear between rows
     std::size_t rowBytes = 0;              ///< destination bytes that the work row covers
     const ImgULong* columns = nullptr;     ///< destination column of every source column
-    tilepress::g4::CellCounter* cells = nullptr;
+    tilepress::CellCounter* cells = nullptr;
     std::uint64_t blackCount = 0;          ///< pixels painted in the last row
 };
 

@@ -5,6 +5,7 @@
 #include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
 #include "transform/grey.h"
+#include "transform/runs.h"
 
 #include <algorithm>
 #include <cstring>
@@ -54,11 +55,9 @@ ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
 /// Ink for a background known to be 0; null when memory runs out.
 CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
     const ImgULong width = r.getWidth(), newWidth = result->getWidth();
-    Heap<ImgULong> columns{std::uint64_t{width}};
+    Heap<ImgULong> columns;
     Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
-    if (!columns || !words) return nullptr;
-    for (ImgULong cell = 0, x = 0; cell < newWidth; ++cell)
-        for (const ImgULong end = markPosition(cell + 1, width, newWidth); x < end; ++x) columns[x] = cell;
+    if (!words || !ownerTable(columns, width, newWidth)) return nullptr;
     G4ScaleInfo info(r);
     info.columns = columns.get();
     info.words = words.get();

@@ -5,6 +5,7 @@
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
+#include "transform/runs.h"
 
 #include <cstring>
 
@@ -67,9 +68,9 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
     }
     CImg1* result = emptyResult(newWidth, newHeight);
     if (!result) return nullptr;
-    Heap<ImgULong> columns(std::uint64_t{width} + 1);
+    Heap<ImgULong> columns;
     Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
-    if (!columns || !words) {
+    if (!words || !markTable(columns, newWidth, width)) {
         delete result;
         imgRaise(ImgErrCreate);
         return nullptr;
@@ -78,8 +79,6 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
         walkFailed();
         return result;
     }
-    for (ImgULong x = 0; x < width; ++x) columns[x] = markPosition(x, newWidth, width);
-    columns[width] = newWidth;
     G4ScaleInfo info(r);
     info.paintWhite = backgroundKnown && backgroundColor == 1;
     info.columns = columns.get();

@@ -22,6 +22,24 @@ inline void forEachMark(std::uint32_t positions, std::uint32_t marks, Group grou
     }
 }
 
+/// Where each mark lies, and `positions` after the last; false when memory runs out.
+inline bool markTable(Heap<ImgULong>& table, std::uint32_t positions, std::uint32_t marks) {
+    if (!table.reserve(std::uint64_t{marks} + 1)) return false;
+    forEachMark(positions, marks,
+                [&table](std::uint32_t first, std::uint32_t, std::uint32_t mark) { table[mark] = first; });
+    table[marks] = positions;
+    return true;
+}
+
+/// Which mark owns each position; false when memory runs out.
+inline bool ownerTable(Heap<ImgULong>& table, std::uint32_t positions, std::uint32_t marks) {
+    if (!table.reserve(positions)) return false;
+    forEachMark(positions, marks, [&table](std::uint32_t first, std::uint32_t size, std::uint32_t mark) {
+        for (std::uint32_t i = first; i < first + size; ++i) table[i] = mark;
+    });
+    return true;
+}
+
 /// A run table of `positions` entries, or null.
 inline ImgULong* runTable(std::uint32_t positions, std::uint32_t marks) {
     ImgULong* runs = allocate<ImgULong>(positions);

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace tilepress::g4 {
+namespace tilepress {
 
 /// The cell that a source column lies in, and the pixels from there to its end.
 struct CellEdge {
@@ -78,4 +78,4 @@ private:
     std::uint32_t foldEvery_ = 1;
 };
 
-}  // namespace tilepress::g4
+}  // namespace tilepress
