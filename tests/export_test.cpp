@@ -1,0 +1,250 @@
+#include "tilepress/Export.h"
+#include "model/dither.h"
+#include "support/g4_images.h"
+#include "tilepress/CImg1.h"
+#include "tilepress/CImg1G4.h"
+#include "tilepress/CImg32.h"
+#include "tilepress/CImg8.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+using Bytes = std::vector<unsigned char>;
+using Pixels = std::vector<ImgULong>;
+
+static std::unique_ptr<CImg1> bilevel(ImgULong width, ImgULong height, ImgAlignmentEnum alignment = ImgAlignNone) {
+    return std::unique_ptr<CImg1>(CImg1::create(width, height, 0x00FFFFFF, 0xFF000000, alignment));
+}
+static std::unique_ptr<CImg8> palette(ImgULong width, ImgULong height, ColorMap* map = nullptr) {
+    return std::unique_ptr<CImg8>(CImg8::create(width, height, map, ImgAlignNone));
+}
+static std::unique_ptr<CImg32> rgb(ImgULong width, ImgULong height, RGBOrder order = RGBOrderRGB) {
+    return std::unique_ptr<CImg32>(CImg32::create(width, height, order));
+}
+static Bytes bytesOf(const CImg1& image) { return Bytes(image.peekData(), image.peekData() + image.getTotalBytes()); }
+static Pixels pixelsOf(const CImg32& image) {
+    return Pixels(image.peekData(), image.peekData() + image.getTotalBytes() / 4);
+}
+
+// --- what is converted at all ---
+
+TEST(Export, RefusedPairsChangeNothing) {
+    auto one = bilevel(8, 8), other = bilevel(8, 8);
+    auto eight = palette(8, 8), otherEight = palette(8, 8);
+    auto thirtyTwo = rgb(8, 8);
+    std::unique_ptr<CImg1G4> compressed(CImg1G4::create(8, 8, 8, 8, 0, 1, ImgAlignNone));
+    std::memset(otherEight->peekData(), 9, 64);
+    EXPECT_FALSE(Export::xfm(*eight, *otherEight));
+    EXPECT_FALSE(Export::xfm(*eight, *thirtyTwo));
+    EXPECT_FALSE(Export::xfm(*eight, *compressed));
+    EXPECT_FALSE(Export::xfm(*thirtyTwo, *compressed));
+    for (IImg* source : {static_cast<IImg*>(one.get()), static_cast<IImg*>(eight.get()),
+                         static_cast<IImg*>(thirtyTwo.get()), static_cast<IImg*>(compressed.get())})
+        EXPECT_FALSE(Export::xfm(*compressed, *source));
+    EXPECT_FALSE(Export::xfm(nullptr, one.get()));
+    EXPECT_FALSE(Export::xfm(one.get(), nullptr));
+    EXPECT_EQ(eight->peekData()[0], 0);
+    compressed->releaseData();
+}
+
+TEST(Export, SizesMustMatchAndPixelsBeThere) {
+    auto one = bilevel(8, 8), low = bilevel(8, 7);
+    auto narrow = palette(7, 8);
+    auto thirtyTwo = rgb(8, 8), small = rgb(7, 8);
+    EXPECT_FALSE(Export::xfm(*one, *low));
+    EXPECT_FALSE(Export::xfm(*narrow, *one));
+    EXPECT_FALSE(Export::xfm(*small, *one));
+    EXPECT_FALSE(Export::xfm(*one, *narrow));
+    EXPECT_FALSE(Export::xfm(*thirtyTwo, *narrow));
+    EXPECT_FALSE(Export::xfm(*small, *thirtyTwo));
+    one->setExtents(100, 100);
+    auto large = palette(100, 100);
+    EXPECT_FALSE(Export::xfm(*large, *one));
+    std::free(thirtyTwo->ownData());
+    EXPECT_FALSE(Export::xfm(*thirtyTwo, *bilevel(8, 8)));
+    EXPECT_FALSE(Export::xfm(*bilevel(8, 8), *thirtyTwo));
+}
+
+// --- from bits ---
+
+TEST(Export, BitsNeedEqualAlignmentValuesKept) {
+    auto from = bilevel(32, 1, ImgAlignByte), same = bilevel(32, 1, ImgAlignByte), other = bilevel(32, 1);
+    std::memset(from->peekData(), 0x5A, 4);
+    EXPECT_TRUE(Export::xfm(*same, *from));
+    EXPECT_EQ(bytesOf(*same), Bytes(4, 0x5A));
+    EXPECT_FALSE(Export::xfm(*other, *from));
+    EXPECT_EQ(bytesOf(*other), Bytes(4));
+}
+
+TEST(Export, BitsBecomePaletteAndRgbPixels) {
+    std::mt19937 random(2);
+    for (ImgAlignmentEnum alignment : {ImgAlignNone, ImgAlignDword})
+        for (ImgULong width = 1; width <= 40; ++width) {
+            auto from = bilevel(width, 3, alignment);
+            for (ImgULong i = 0; i < from->getTotalBytes(); ++i)
+                from->peekData()[i] = static_cast<unsigned char>(random());
+            std::unique_ptr<CImg8> eight(CImg8::create(*from, nullptr, alignment));
+            auto thirtyTwo = rgb(width, 3);
+            ASSERT_TRUE(Export::xfm(*thirtyTwo, *from));
+            for (ImgULong y = 0; y < 3; ++y)
+                for (ImgULong x = 0; x < width; ++x) {
+                    const bool set = from->peekData()[y * from->getBytesPerLine() + x / 8] >> (7 - x % 8) & 1;
+                    ASSERT_EQ(eight->peekDataArray()[y][x], set ? 0 : 255) << width << ": " << x << ", " << y;
+                    ASSERT_EQ(thirtyTwo->peekDataArray()[y][x], set ? 0xFF000000 : 0x00FFFFFF)
+                        << width << ": " << x << ", " << y;
+                }
+        }
+}
+
+// --- from colours ---
+
+TEST(Export, PalettePixelsBecomeRgb) {
+    ColorMap map(4, 255);
+    map.entries[1] = {0x11, 0x22, 0x33};
+    map.entries[2] = {-5, 300, 255};
+    map.entries[3] = {0x77, 0x77, 0x77};
+    map.count = 3;  // 3 is past the entries in use
+    auto from = palette(4, 1, &map);
+    std::memcpy(from->peekData(), "\1\2\3\0", 4);
+    auto red = rgb(4, 1), blue = rgb(4, 1, RGBOrderBGR);
+    std::fill_n(blue->peekData(), 4, 0xFFFFFFFF);
+    EXPECT_TRUE(Export::xfm(*red, *from));
+    EXPECT_TRUE(Export::xfm(*blue, *from));
+    EXPECT_EQ(pixelsOf(*red), (Pixels{0x332211, 0xFFFF00, 0, 0}));
+    EXPECT_EQ(pixelsOf(*blue), (Pixels{0x112233, 0x00FFFF, 0, 0}));
+}
+
+TEST(Export, PaletteIntoRedFirstIsOredKept) {
+    ColorMap map(1, 255);
+    map.entries[0] = {0x0F, 0, 0};
+    auto from = palette(1, 1, &map);
+    auto to = rgb(1, 1);
+    to->peekData()[0] = 0xF0;
+    EXPECT_TRUE(Export::xfm(*to, *from));
+    EXPECT_EQ(to->peekData()[0], 0xFFu);
+    map.count = 0;
+    EXPECT_FALSE(Export::xfm(*to, *palette(1, 1, &map))) << "a map without entries";
+    EXPECT_TRUE(Export::xfm(*bilevel(1, 1), *palette(1, 1, &map)));
+}
+
+TEST(Export, ACompressedImageExpands) {
+    std::unique_ptr<CImg1G4, support::ReleaseG4> from(CImg1G4::create(8, 2, 8, 2, 0, 1, ImgAlignNone));
+    from->setBackgroundColor(0);
+    auto to = bilevel(8, 2), small = bilevel(8, 1);
+    EXPECT_TRUE(Export::xfm(*to, *from));
+    EXPECT_EQ(bytesOf(*to), Bytes(2));
+    EXPECT_FALSE(Export::xfm(*small, *from));
+}
+
+TEST(Export, OrdersThatDifferExchangeBytes) {
+    ImgULong pixels[] = {0x44332211};
+    std::unique_ptr<CImg32> from(CImg32::create(1, 1, pixels, 4, RGBOrderBGR));
+    auto to = rgb(1, 1, static_cast<RGBOrder>(2));
+    EXPECT_TRUE(Export::xfm(*to, *from));
+    EXPECT_EQ(to->peekData()[0], 0x44112233u);
+}
+
+// --- dithering ---
+
+TEST(Dither, ToneCurve) {
+    const auto grey = [](unsigned l) { return int{tilepress::toneOf(l, l, l)}; };
+    for (const auto& [l, tone] :
+         {std::pair{0, 0}, {20, 0}, {21, 1}, {100, 82}, {128, 127}, {150, 163}, {239, 254}, {240, 255}, {255, 255}})
+        EXPECT_EQ(grey(static_cast<unsigned>(l)), tone) << l;
+    for (unsigned l = 21; l <= 240; ++l) EXPECT_GT(grey(l), grey(l - 1)) << l;
+    EXPECT_EQ(tilepress::toneOf(255, 0, 0), grey(76));
+    EXPECT_EQ(tilepress::toneOf(0, 255, 0), grey(149));
+    EXPECT_EQ(tilepress::toneOf(0, 0, 255), grey(28));
+}
+
+static const struct {
+    unsigned grey;
+    Bytes rows;
+} kDithered[] = {{100, {0xDD, 0x6B, 0xDE, 0xB5}},
+                 {128, {0xAA, 0x55, 0xAA, 0x55}},
+                 {150, {0x49, 0x24, 0x92, 0x55}},
+                 {0, {0xFF, 0xFF, 0xFF, 0xFF}},
+                 {255, {0, 0, 0, 0}}};
+
+TEST(Dither, EqualGreysGiveTheirPatterns) {
+    ColorMap map(256, 255);
+    for (int i = 0; i < 256; ++i) map.entries[i] = {i, i, i};
+    for (const auto& [grey, rows] : kDithered) {
+        auto eight = palette(8, 4, &map);
+        std::memset(eight->peekData(), static_cast<int>(grey), 32);
+        std::unique_ptr<CImg1> fromPalette(CImg1::create(*eight, 0, 1, ImgAlignNone));
+        EXPECT_EQ(bytesOf(*fromPalette), rows) << grey;
+        auto thirtyTwo = rgb(8, 4);
+        std::fill_n(thirtyTwo->peekData(), 32, 0xAA000000 | grey * 0x010101);
+        std::unique_ptr<CImg1> fromRgb(CImg1::create(*thirtyTwo, 0, 1, ImgAlignNone));
+        EXPECT_EQ(bytesOf(*fromRgb), rows) << grey;
+    }
+}
+
+TEST(Dither, ByteTwoIsRedWhateverTheOrderKept) {
+    const auto dithered = [](ImgULong pixel, RGBOrder order) {
+        auto from = rgb(64, 32, order);
+        std::fill_n(from->peekData(), 64 * 32, pixel);
+        return bytesOf(*std::unique_ptr<CImg1>(CImg1::create(*from, 0, 1, ImgAlignNone)));
+    };
+    for (RGBOrder order : {RGBOrderRGB, RGBOrderBGR})
+        for (const auto& [pixel, luminance] : {std::pair{0x0000FFu, 28u}, {0x00FF00u, 149u}, {0xFF0000u, 76u}})
+            EXPECT_EQ(dithered(pixel, order), dithered(luminance * 0x010101, order)) << std::hex << pixel;
+    EXPECT_NE(dithered(0x0000FF, RGBOrderRGB), dithered(0xFF0000, RGBOrderRGB));
+}
+
+/// The rule written out over a whole picture of tones.
+static std::vector<bool> modelDither(std::vector<int> tones, int width, int height) {
+    std::vector<bool> black(tones.size());
+    const auto give = [&](int x, int y, int share) {
+        if (x >= 0 && x < width && y < height) tones[static_cast<std::size_t>(y * width + x)] += share;
+    };
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const std::size_t i = static_cast<std::size_t>(y * width + x);
+            black[i] = tones[i] < 128;
+            const int error = black[i] ? tones[i] : tones[i] - 255;
+            give(x + 1, y, error * 7 >> 4);
+            give(x - 1, y + 1, error * 3 >> 4);
+            give(x, y + 1, error * 5 >> 4);
+            give(x + 1, y + 1, error >> 4);
+        }
+    return black;
+}
+
+TEST(Dither, ErrorsSpreadAsTheRuleSays) {
+    std::mt19937 random(3);
+    for (int width = 1; width <= 40; ++width) {
+        const int height = 9;
+        std::unique_ptr<CImg32> from = rgb(width, height);
+        std::vector<int> tones;
+        for (int i = 0; i < width * height; ++i) {
+            const unsigned grey = random() % 256;
+            from->peekData()[i] = grey * 0x010101;
+            tones.push_back(tilepress::toneOf(grey, grey, grey));
+        }
+        const auto expected = modelDither(tones, width, height);
+        // Into an image wider by two: the source's rows run on with the destination's padding.
+        auto to = bilevel(width, height, ImgAlignDword), wider = bilevel(width + 2, height);
+        ASSERT_TRUE(Export::xfm(*to, *from));
+        ASSERT_TRUE(Export::xfm(*wider, *from));
+        const auto bit = [](const CImg1& image, ImgULong at) { return image.peekData()[at / 8] >> (7 - at % 8) & 1; };
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const bool black = expected[static_cast<std::size_t>(y * width + x)];
+                ASSERT_EQ(bit(*to, y * 8 * to->getBytesPerLine() + x), black) << width << ": " << x << ", " << y;
+                ASSERT_EQ(bit(*wider, y * (width + wider->getPadBits()) + x), black) << width << ": " << x << ", " << y;
+            }
+    }
+}
+
+TEST(Dither, BitsPastASmallerImageAreDropped) {
+    auto from = rgb(100, 100);  // black
+    auto to = bilevel(8, 1);
+    EXPECT_TRUE(Export::xfm(*to, *from));
+    EXPECT_EQ(to->peekData()[0], 0xFF);
+}
