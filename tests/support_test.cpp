@@ -19,7 +19,7 @@ TEST(Blocks, AnEmptyBlockIsABlock) {
 
 TEST(Blocks, FailureIsTold) {
     void* block = nullptr;
-    EXPECT_NE(MemAllocate(0, SIZE_MAX / 2, 0, &block), 0);
+    EXPECT_NE(MemAllocate(0, SIZE_MAX - 64, 0, &block), 0);
 }
 
 TEST(ColorMaps, StartWithAllEntriesBlackAndInUse) {
