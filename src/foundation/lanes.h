@@ -11,6 +11,7 @@ namespace tilepress {
 /// Two words; shifts and masks act within each.
 typedef std::uint64_t Words2 __attribute__((vector_size(16)));
 typedef std::uint32_t Words4 __attribute__((vector_size(16)));
+typedef std::uint16_t Halves8 __attribute__((vector_size(16)));
 typedef unsigned char Bytes16 __attribute__((vector_size(16)));
 
 template <class Lanes>
@@ -30,6 +31,15 @@ constexpr std::uint64_t everyByte(unsigned byte) { return 0x0101010101010101u * 
 
 /// `word` in both halves.
 inline Words2 bothWords(std::uint64_t word) { return Words2{word, word}; }
+
+/// The sixteen bytes in reverse order.
+inline Words2 swapBytes(Words2 v) {
+    Halves8 pairs = reinterpret_cast<Halves8>(v);
+    pairs = (pairs << 8) | (pairs >> 8);
+    pairs = __builtin_shufflevector(pairs, pairs, 3, 2, 1, 0, 7, 6, 5, 4);
+    const Words2 words = reinterpret_cast<Words2>(pairs);
+    return __builtin_shufflevector(words, words, 1, 0);
+}
 
 inline bool isZero(Words2 v) { return (v[0] | v[1]) == 0; }
 

@@ -67,8 +67,9 @@ inline void copyBits(unsigned char* dst, std::size_t count, const unsigned char*
         dst[to] = static_cast<unsigned char>(src[end - 1] << shift);
 }
 
-/// Exchanges the bits within each byte: first for last.
-constexpr std::uint64_t reverseInBytes(std::uint64_t v) {
+/// Exchanges the bits within each byte, first for last, of a word or of two.
+template <class Bits>
+inline Bits reverseInBytes(Bits v) {
     v = (v >> 1 & everyByte(0x55)) | (v & everyByte(0x55)) << 1;
     v = (v >> 2 & everyByte(0x33)) | (v & everyByte(0x33)) << 2;
     return (v >> 4 & everyByte(0x0F)) | (v & everyByte(0x0F)) << 4;
@@ -77,19 +78,18 @@ constexpr std::uint64_t reverseInBytes(std::uint64_t v) {
 /// Bit i of dst takes bit width - 1 - i of src, for whole bytes; bits from `width` on become 0.
 inline void reverseBits(unsigned char* dst, const unsigned char* src, std::size_t width) {
     const unsigned pad = static_cast<unsigned>(-width & 7), back = 8 - pad;
-    const std::uint64_t front = everyByte(0xFFu >> pad), rest = everyByte(0xFFu << back);
+    const Words2 front = bothWords(everyByte(0xFFu >> pad)), rest = bothWords(everyByte(0xFFu << back));
     std::size_t end = packedBytes(width);  // of the source bytes still to come
-    // Eight source bytes, moved right by the pad bits and reversed.
-    for (; end >= 9; end -= 8, dst += 8) {
-        std::uint64_t here, before;
-        std::memcpy(&here, src + end - 8, 8);
-        std::memcpy(&before, src + end - 9, 8);
-        const std::uint64_t v = swapBytes(reverseInBytes((here >> pad & front) | (before << back & rest)));
-        std::memcpy(dst, &v, 8);
+    // Sixteen source bytes, moved right by the pad bits and reversed.
+    for (; end >= 17; end -= 16, dst += 16) {
+        const Words2 moved = (loadLanes<Words2>(src + end - 16) >> pad & front) |
+                             (loadLanes<Words2>(src + end - 17) << back & rest);
+        storeLanes(dst, swapBytes(reverseInBytes(moved)));
     }
     for (; end > 0; --end) {
         const unsigned before = end > 1 ? src[end - 2] : 0u;
-        *dst++ = static_cast<unsigned char>(reverseInBytes((before << 8 | src[end - 1]) >> pad & 0xFFu));
+        const std::uint64_t moved = (before << 8 | src[end - 1]) >> pad & 0xFFu;
+        *dst++ = static_cast<unsigned char>(reverseInBytes(moved));
     }
 }
 

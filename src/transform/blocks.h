@@ -18,6 +18,7 @@ namespace tilepress {
 
 /// One of four rounds that together turn 16 x 16 bytes: rows i and i + 8 interleave into rows 2i and 2i + 1.
 inline void interleaveBytes(Bytes16* to, const Bytes16* from) {
+#pragma GCC unroll 8
     for (int i = 0; i < 8; ++i) {
         to[2 * i] = __builtin_shufflevector(from[i], from[i + 8], 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
         to[2 * i + 1] =
@@ -34,33 +35,6 @@ inline void transposeBytes(Bytes16 (&rows)[16]) {
     interleaveBytes(rows, other);
 }
 
-/// The block of one pixel type: `side` rows of `side` pixels, 16 bytes a row.
-template <std::size_t PixelBytes>
-struct Block;
-
-template <>
-struct Block<1> {
-    static constexpr std::size_t side = 16;
-    Bytes16 rows[16];
-    void transpose() { transposeBytes(rows); }
-};
-
-template <>
-struct Block<4> {
-    static constexpr std::size_t side = 4;
-    Words4 rows[4];
-    void transpose() {
-        const Words4 a = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
-        const Words4 b = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
-        const Words4 c = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
-        const Words4 d = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
-        rows[0] = __builtin_shufflevector(a, b, 0, 1, 4, 5);
-        rows[1] = __builtin_shufflevector(a, b, 2, 3, 6, 7);
-        rows[2] = __builtin_shufflevector(c, d, 0, 1, 4, 5);
-        rows[3] = __builtin_shufflevector(c, d, 2, 3, 6, 7);
-    }
-};
-
 /// Rows reached through a table, from its first entry on or, with step -1, backwards.
 template <class Pixel>
 struct TableRows {
@@ -70,88 +44,141 @@ struct TableRows {
     Pixel* operator[](std::size_t row) const { return first[static_cast<std::ptrdiff_t>(row) * step]; }
 };
 
+/// to[x + r][y + c] = from[y + c][x + r] for the 16 bytes that a register holds of each row.
+inline void turnBlock(const TableRows<unsigned char>& to, const TableRows<unsigned char>& from, std::size_t x,
+                      std::size_t y) {
+    Bytes16 rows[16];
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < 16; ++i) rows[i] = loadLanes<Bytes16>(from[y + i] + x);
+    transposeBytes(rows);
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < 16; ++i) storeLanes(to[x + i] + y, rows[i]);
+}
+
+template <class Pixel>
+inline void turnBlock(const TableRows<Pixel>& to, const TableRows<Pixel>& from, std::size_t x, std::size_t y) {
+    static_assert(sizeof(Pixel) == 4);
+    const Words4 row0 = loadLanes<Words4>(from[y] + x), row1 = loadLanes<Words4>(from[y + 1] + x);
+    const Words4 row2 = loadLanes<Words4>(from[y + 2] + x), row3 = loadLanes<Words4>(from[y + 3] + x);
+    const Words4 left01 = __builtin_shufflevector(row0, row1, 0, 4, 1, 5);
+    const Words4 left23 = __builtin_shufflevector(row2, row3, 0, 4, 1, 5);
+    const Words4 right01 = __builtin_shufflevector(row0, row1, 2, 6, 3, 7);
+    const Words4 right23 = __builtin_shufflevector(row2, row3, 2, 6, 3, 7);
+    storeLanes(to[x] + y, __builtin_shufflevector(left01, left23, 0, 1, 4, 5));
+    storeLanes(to[x + 1] + y, __builtin_shufflevector(left01, left23, 2, 3, 6, 7));
+    storeLanes(to[x + 2] + y, __builtin_shufflevector(right01, right23, 0, 1, 4, 5));
+    storeLanes(to[x + 3] + y, __builtin_shufflevector(right01, right23, 2, 3, 6, 7));
+}
+
 /// to[x][y] = from[y][x] for every pixel of `width` by `height` source pixels.
+///
+/// In tiles of a cache line's width and of as many rows as leave the processor's address tables room for the
+/// destination's, each on a page of its own; while a tile is turned, the lines of the next one are fetched.
 template <class Pixel>
 inline void transposePixels(const TableRows<Pixel>& to, const TableRows<Pixel>& from, std::size_t width,
                             std::size_t height) {
-    using Square = Block<sizeof(Pixel)>;
-    constexpr std::size_t side = Square::side;
-    constexpr std::size_t tile = 64 / sizeof(Pixel);  // a cache line
+    constexpr std::size_t side = 16 / sizeof(Pixel), tileWidth = 4 * side, tileHeight = 256;
     const std::size_t wholeColumns = width / side * side, wholeRows = height / side * side;
-
-    const auto turnBlock = [&](std::size_t x, std::size_t y) {
-        Square square;
-        for (std::size_t i = 0; i < side; ++i) std::memcpy(&square.rows[i], from[y + i] + x, 16);
-        square.transpose();
-        for (std::size_t i = 0; i < side; ++i) std::memcpy(to[x + i] + y, &square.rows[i], 16);
+    const auto turnTile = [&](std::size_t left, std::size_t top) {
+        const std::size_t next = std::min(left + tileWidth, width - 1);
+        for (std::size_t x = left; x < std::min(left + tileWidth, wholeColumns); x += side)
+            for (std::size_t y = top; y < std::min(top + tileHeight, wholeRows); y += side) {
+                const std::size_t ahead = y + (x - left) / 4;  // a quarter of the rows for each of four columns
+                for (std::size_t n = 0; n < side / 4; ++n) __builtin_prefetch(from[ahead + n] + next);
+                turnBlock(to, from, x, y);
+            }
     };
-    for (std::size_t left = 0; left < wholeColumns; left += tile)
-        for (std::size_t top = 0; top < wholeRows; top += tile)
-            for (std::size_t x = left; x < std::min(left + tile, wholeColumns); x += side)
-                for (std::size_t y = top; y < std::min(top + tile, wholeRows); y += side) turnBlock(x, y);
+    for (std::size_t top = 0; top < wholeRows; top += tileHeight)
+        for (std::size_t left = 0; left < wholeColumns; left += tileWidth) turnTile(left, top);
 
     for (std::size_t y = 0; y < height; ++y)
         for (std::size_t x = y < wholeRows ? wholeColumns : 0; x < width; ++x) to[x][y] = from[y][x];
 }
 
 /// Bit n is the highest bit of byte n.
-inline unsigned highBits(Bytes16 v) {
+inline std::uint64_t highBits(Words2 v) {
 #ifdef __SSE2__
     return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(v)));
 #else
-    unsigned bits = 0;
-    for (unsigned n = 0; n < 16; ++n) bits |= static_cast<unsigned>(v[n] >> 7) << n;
+    std::uint64_t bits = 0;
+    for (unsigned n = 0; n < 16; ++n) bits |= (v[n / 8] >> (n % 8 * 8 + 7) & 1) << n;
     return bits;
 #endif
 }
 
-/// 128 columns by 16 rows, missing ones 0. Row n stands at n ^ 7: packed bytes begin with their highest bit.
+/// Bits of 128 columns and 16 rows: of whole rows as they are, then of columns of 16 bytes.
 struct BitBlock {
     Bytes16 rows[16];
-    std::size_t bytes, height;
+    bool blank;
 
-    /// False when all bits are 0.
-    bool load(const PackedRows& from, std::size_t firstByte, std::size_t top) {
+    /// Row n goes to n ^ 7, since packed bytes begin with their highest bit. Missing rows and bytes are 0.
+    void load(const PackedRows& from, std::size_t firstByte, std::size_t bytes, std::size_t top, std::size_t height) {
         Words2 any = bothWords(0);
-        for (std::size_t n = 0; n < 16; ++n) {
-            Words2 row = bothWords(0);
-            if (n < height) {
-                if (bytes == 16) std::memcpy(&row, from[top + n] + firstByte, 16);
-                else std::memcpy(&row, from[top + n] + firstByte, bytes);
+        if (bytes == 16 && height == 16) {
+            const unsigned char* src = from[top] + firstByte;
+#pragma GCC unroll 16
+            for (unsigned n = 0; n < 16; ++n, src += from.stride) any |= put(n, loadLanes<Words2>(src));
+        } else {
+            for (unsigned n = 0; n < 16; ++n) {
+                Words2 row = bothWords(0);
+                if (n < height) std::memcpy(&row, from[top + n] + firstByte, bytes);
+                any |= put(n, row);
             }
-            any |= row;
-            std::memcpy(&rows[n ^ 7], &row, 16);
         }
-        return !isZero(any);
+        blank = isZero(any);
+        if (!blank) transposeBytes(rows);
+    }
+    Words2 column(std::size_t byte) const { return reinterpret_cast<Words2>(rows[byte]); }
+
+private:
+    Words2 put(unsigned n, Words2 row) {
+        rows[n ^ 7] = reinterpret_cast<Bytes16>(row);
+        return row;
     }
 };
 
-/// Writes 8 columns of 16 rows, one byte each in `column`, as 16 bits of each of `count` rows.
-inline void storeColumns(const PackedRows& to, Bytes16 column, std::size_t x, std::size_t count, std::size_t byte,
-                         std::size_t height) {
-    Words2 bits = reinterpret_cast<Words2>(column);
-    if (isZero(bits)) return;
-    for (std::size_t n = 0; n < count; ++n, bits <<= 1) {
-        const unsigned row = highBits(reinterpret_cast<Bytes16>(bits));
-        unsigned char* dst = to[x + n] + byte;
-        dst[0] = static_cast<unsigned char>(row);
-        if (height > 8) dst[1] = static_cast<unsigned char>(row >> 8);
+/// Four blocks, one below the other: their columns are words of destination rows.
+struct BitTower {
+    BitBlock blocks[4];
+
+    /// False when all bits are 0.
+    bool load(const PackedRows& from, std::size_t firstByte, std::size_t bytes, std::size_t top, std::size_t height) {
+        bool blank = true;
+        for (std::size_t k = 0; k < 4; ++k) {
+            blocks[k].load(from, firstByte, bytes, top + 16 * k, std::clamp<std::size_t>(height, 16 * k, 16 * k + 16) - 16 * k);
+            blank = blank && blocks[k].blank;
+        }
+        return !blank;
     }
-}
+
+    /// Eight columns, from the one at a byte's highest bit on, as `bytes` bytes of `count` rows each.
+    void store(const PackedRows& to, std::size_t byte, std::size_t x, std::size_t count, std::size_t toByte,
+               std::size_t bytes) const {
+        Words2 a = blocks[0].column(byte), b = blocks[1].column(byte);
+        Words2 c = blocks[2].column(byte), d = blocks[3].column(byte);
+        if (isZero(a | b | c | d)) return;
+        unsigned char* dst = to[x] + toByte;
+        for (std::size_t n = 0; n < count; ++n, dst += to.stride) {
+            const std::uint64_t bits = highBits(a) | highBits(b) << 16 | highBits(c) << 32 | highBits(d) << 48;
+            if (bytes == 8) storeWord(dst, swapBytes(bits));
+            else storePartialWord(dst, swapBytes(bits), bytes);
+            a <<= 1, b <<= 1, c <<= 1, d <<= 1;
+        }
+    }
+};
 
 /// Bit y of to[x] = bit x of from[y] for every pixel of `width` by `height` source pixels; `to` is clear.
 inline void transposeBits(const PackedRows& to, const PackedRows& from, std::size_t width, std::size_t height) {
     const std::size_t rowBytes = packedBytes(width);
     for (std::size_t left = 0; left < rowBytes; left += 16)
-        for (std::size_t top = 0; top < height; top += 16) {
-            BitBlock block;
-            block.bytes = std::min<std::size_t>(16, rowBytes - left);
-            block.height = std::min<std::size_t>(16, height - top);
-            if (!block.load(from, left, top)) continue;
-            transposeBytes(block.rows);
-            for (std::size_t n = 0; n < block.bytes; ++n) {
+        for (std::size_t top = 0; top < height; top += 64) {
+            const std::size_t bytes = std::min<std::size_t>(16, rowBytes - left);
+            const std::size_t rows = std::min<std::size_t>(64, height - top);
+            BitTower tower;
+            if (!tower.load(from, left, bytes, top, rows)) continue;
+            for (std::size_t n = 0; n < bytes; ++n) {
                 const std::size_t x = (left + n) * 8;
-                storeColumns(to, block.rows[n], x, std::min<std::size_t>(8, width - x), top / 8, block.height);
+                tower.store(to, n, x, std::min<std::size_t>(8, width - x), top / 8, packedBytes(rows));
             }
         }
 }

@@ -10,6 +10,7 @@
 #include "transform/marks.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -61,25 +62,17 @@ int* spreadShifts(double total, ImgULong positions, ImgULong entries, Direction 
 double totalAlongRows(const CImg& image, double radians) { return image.getHeight() * std::tan(radians / 2); }
 double totalAlongColumns(const CImg& image, double radians) { return image.getWidth() * std::sin(radians); }
 
-/// The part of `size` places that is covered when `size` pixels move by `shift`.
+/// The part of `size` places that is covered when as many pixels, or `count` ones, move by `shift`.
 struct Covered {
     std::size_t from, to;
 
-    Covered(std::size_t size, std::int64_t shift) {
+    Covered(std::size_t size, std::int64_t shift) : Covered(size, shift, size) {}
+    Covered(std::size_t size, std::int64_t shift, std::size_t count) {
         const std::int64_t all = static_cast<std::int64_t>(size);
         from = static_cast<std::size_t>(std::clamp<std::int64_t>(shift, 0, all));
-        to = static_cast<std::size_t>(std::clamp<std::int64_t>(all + shift, 0, all));
+        to = static_cast<std::size_t>(std::clamp<std::int64_t>(static_cast<std::int64_t>(count) + shift, 0, all));
     }
 };
-
-/// Calls each(first, end, shift) for the runs of equal shifts among the columns [from, to).
-template <class Each>
-void forRuns(const int* table, std::size_t from, std::size_t to, Each each) {
-    for (std::size_t x = from, end; x < to; x = end) {
-        for (end = x + 1; end < to && table[end] == table[x];) ++end;
-        each(x, end, std::int64_t{table[x]});
-    }
-}
 
 // --- packed pixels ------------------------------------------------------------------
 
@@ -94,40 +87,73 @@ void moveRow(const CImg1& dst, const CImg1& src, std::size_t y, std::int64_t shi
     clearFrom(row, bytes, Covered(src.getWidth(), shift).to);
 }
 
-void orMasked(std::uint64_t* dst, const std::uint64_t* src, std::size_t count, std::uint64_t mask) {
+/// How the columns of a strip move up: all by `base` rows, and those of masks[k] by 2^k rows more.
+struct StripShifts {
+    std::int64_t base;
+    unsigned steps;
+    std::uint64_t masks[34] = {};
+
+    StripShifts(const int* table, std::size_t count, std::size_t rows) {
+        // What moves by all rows is out of sight; further makes no difference.
+        const std::int64_t limit = static_cast<std::int64_t>(rows);
+        const auto shift = [&](std::size_t x) { return std::clamp<std::int64_t>(table[x], -limit, limit); };
+        base = shift(0);
+        std::int64_t most = base;
+        for (std::size_t x = 1; x < count; ++x) {
+            base = std::min(base, shift(x));
+            most = std::max(most, shift(x));
+        }
+        steps = static_cast<unsigned>(std::bit_width(static_cast<std::uint64_t>(most - base)));
+        for (unsigned k = 0; k < steps; ++k)
+            for (std::size_t x = 0; x < count; ++x)
+                masks[k] |= static_cast<std::uint64_t>((shift(x) - base) >> k & 1) << (63 - x);
+    }
+
+    /// Rows that must be there for `rows` rows to come out.
+    std::size_t rowsFor(std::size_t rows) const { return rows + (std::size_t{1} << steps) - 1; }
+};
+
+/// The columns of `mask` take the rows `distance` further down.
+void moveUp(std::uint64_t* rows, std::size_t count, std::size_t distance, std::uint64_t mask) {
     const Words2 both = bothWords(mask);
-    std::size_t i = 0;
-    for (; i + 2 <= count; i += 2)
-        storeLanes(dst + i, loadLanes<Words2>(dst + i) | (loadLanes<Words2>(src + i) & both));
-    for (; i < count; ++i) dst[i] |= src[i] & mask;
+    std::size_t y = 0;
+    for (; y + 2 <= count; y += 2) {
+        const Words2 here = loadLanes<Words2>(rows + y), below = loadLanes<Words2>(rows + y + distance);
+        storeLanes(rows + y, here ^ ((here ^ below) & both));
+    }
+    for (; y < count; ++y) rows[y] ^= (rows[y] ^ rows[y + distance]) & mask;
 }
 
-/// In strips of 64 columns, taken out of the picture so that a column's step is one word.
+/// In strips of 64 columns, taken out of the picture so that a row of a strip is one word.
 bool moveColumns(const CImg1& result, const CImg1& source, const int* table) {
     const std::size_t width = source.getWidth(), height = source.getHeight(), rowBytes = packedBytes(width);
     const PackedRows dst = packedRows(result), src = packedRows(source);
-    const Heap<std::uint64_t> strips(std::uint64_t{height} * 2);
-    if (!strips) return false;
-    std::uint64_t *before = strips.get(), *after = before + height;
+    const Heap<std::uint64_t> strip(std::uint64_t{height} * 5);  // the shifts of a strip span at most twice the height
+    if (!strip) return false;
     for (std::size_t left = 0; left < rowBytes; left += 8) {
         const std::size_t bytes = std::min<std::size_t>(8, rowBytes - left);
+        const std::size_t columns = std::min<std::size_t>(64, width - left * 8);
+        const StripShifts shifts(table + left * 8, columns, height);
+        const std::uint64_t pixels = firstBits(static_cast<unsigned>(columns));
+
+        std::size_t count = shifts.rowsFor(height);
+        const Covered there(count, -shifts.base, height);
+        std::fill(strip.get(), strip.get() + there.from, std::uint64_t{0});
         std::uint64_t any = 0;
-        for (std::size_t y = 0; y < height; ++y) {
-            before[y] = bytes == 8 ? loadWord(src[y] + left) : loadPartialWord(src[y] + left, bytes);
-            any |= before[y];
+        for (std::size_t i = there.from; i < there.to; ++i) {
+            const unsigned char* row = src[static_cast<std::size_t>(static_cast<std::int64_t>(i) + shifts.base)] + left;
+            strip[i] = (bytes == 8 ? loadWord(row) : loadPartialWord(row, bytes)) & pixels;
+            any |= strip[i];
         }
         if (any == 0) continue;
-        std::fill_n(after, height, std::uint64_t{0});
-        forRuns(table, left * 8, std::min(left * 8 + 64, width), [&](std::size_t x, std::size_t end, std::int64_t up) {
-            const Covered rows(height, -up);
-            const std::uint64_t mask = bitsFrom(x & 63) & firstBits(static_cast<unsigned>(end - left * 8));
-            if (rows.from < rows.to)
-                orMasked(after + rows.from, before + (static_cast<std::int64_t>(rows.from) + up), rows.to - rows.from,
-                         mask);
-        });
+        std::fill(strip.get() + there.to, strip.get() + count, std::uint64_t{0});
+        for (unsigned k = 0; k < shifts.steps; ++k) {
+            count -= std::size_t{1} << k;
+            moveUp(strip.get(), count, std::size_t{1} << k, shifts.masks[k]);
+        }
         for (std::size_t y = 0; y < height; ++y) {
-            if (bytes == 8) storeWord(dst[y] + left, after[y]);
-            else storePartialWord(dst[y] + left, after[y], bytes);
+            if (bytes == 8) storeWord(dst[y] + left, strip[y]);
+            else storePartialWord(dst[y] + left, strip[y], bytes);
         }
     }
     return true;
@@ -157,6 +183,15 @@ inline void copyShort(void* to, const void* from, std::size_t count) {
     for (; count > 0; --count) *dst++ = *src++;
 }
 
+/// Calls each(first, end, shift) for the runs of equal shifts among `count` columns.
+template <class Each>
+void forRuns(const int* table, std::size_t count, Each each) {
+    for (std::size_t x = 0, end; x < count; x = end) {
+        for (end = x + 1; end < count && table[end] == table[x];) ++end;
+        each(x, end, std::int64_t{table[x]});
+    }
+}
+
 /// In bands of rows that stay in the cache while all columns are moved.
 template <class Image>
 bool moveColumns(const Image& result, const Image& source, const int* table) {
@@ -165,7 +200,7 @@ bool moveColumns(const Image& result, const Image& source, const int* table) {
     auto dst = result.peekDataArray();
     const auto src = source.peekDataArray();
     for (std::size_t top = 0; top < height; top += band)
-        forRuns(table, 0, source.getWidth(), [&](std::size_t x, std::size_t end, std::int64_t up) {
+        forRuns(table, source.getWidth(), [&](std::size_t x, std::size_t end, std::int64_t up) {
             const Covered rows(height, -up);
             const std::size_t bottom = std::min(rows.to, top + band);
             for (std::size_t y = std::max(rows.from, top); y < bottom; ++y)
