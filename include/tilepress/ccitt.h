@@ -66,7 +66,7 @@ TILEPRESS_API void TILEPRESS_CALL cit_disable_detect_changes_tmp(void);
 
 /**
  * Turns a packed row (first pixel in bit 7, 1 black) into its changing-element list.
- * The byte just after the row's last is overwritten during the call and restored.
+ * The byte just after the row's last must be writable; after the call it is as before.
  *
  * \param maxChanges  room in `changes`: width + 4 always suffices
  * \param count       receives the count, or 0 when the list does not fit
@@ -87,7 +87,7 @@ TILEPRESS_API void TILEPRESS_CALL cit_disable_encode_gr4_tmp(void);
 /**
  * Codes one row against the previous one into 16-bit words, first bit in bit 15: the form that the decoder reads.
  * At most 7 bits a pixel and 18 more are written, rounded up to whole words. `bits` receives their number; 0 for
- * a list of fewer than 4 elements or when the tables are missing.
+ * lists that are not rows of one width, or when the tables are missing.
  */
 TILEPRESS_API void TILEPRESS_CALL cit_encode_gr4(int32_t* referenceLine, int32_t referenceCount, int32_t* codingLine,
                                                  int32_t codingCount, uint16_t* words, int32_t* bits);

@@ -1,0 +1,85 @@
+#include "ccitt/encode_row.h"
+
+#include <algorithm>
+
+namespace tilepress::g4 {
+namespace {
+
+constexpr CodeWord kPassCode = {0b0001u << 12, 4}, kHorizontalCode = {0b001u << 13, 3};
+/// Vertical modes by a1 - b1 + 3.
+constexpr CodeWord kVerticalCodes[7] = {{0b0000010u << 9, 7}, {0b000010u << 10, 6}, {0b010u << 13, 3}, {0b1u << 15, 1},
+                                        {0b011u << 13, 3},    {0b000011u << 10, 6}, {0b0000011u << 9, 7}};
+
+template <class Writer>
+inline void putRun(const EncodeTables& tables, int colour, Writer& out, std::int32_t run) {
+    for (; run >= kLongestMakeUp; run -= kLongestMakeUp) {
+        out.put(tables.makeUp[colour][kLongestMakeUp / 64]);
+        out.flush();
+    }
+    const auto length = static_cast<std::uint32_t>(run);
+    out.put(tables.makeUp[colour][length / 64]);
+    out.put(tables.terminating[colour][length % 64]);
+}
+
+/// Every code has a1 = coding[n] and b1 = reference[i], the first reference element of
+/// the right parity past a0. After a vertical code the next is one of i - 1, i + 1,
+/// i + 3, i + 5, chosen without branches as in the decoder.
+template <bool Padded, class Writer>
+inline void encode(const EncodeTables& tables, Writer& writer, RowList reference, RowList coding) {
+    const std::int32_t* const ref = reference.elements;
+    const std::int32_t* const cur = coding.elements;
+    const std::int32_t refLast = reference.count - 1, end = ref[refLast];
+    const auto at = [&](std::int32_t k) { return ref[Padded ? k : std::min(k, refLast)]; };
+    Writer out = writer;
+    std::int32_t i = 1, n = 1, a0 = 0;
+    for (;;) {
+        const std::int32_t a1 = cur[n], b1 = at(i), b2 = at(i + 1), d = a1 - b1;
+        if (b2 < a1) {
+            out.put(kPassCode);
+            a0 = b2;
+            i += 2;
+        } else if (static_cast<std::uint32_t>(d + 3) <= 6) [[likely]] {
+            out.put(kVerticalCodes[d + 3]);
+            if (a1 == end) break;
+            const std::int32_t before = ref[i - 1], after3 = at(i + 3);
+            a0 = a1;
+            ++n;
+            i += 1 - 2 * (before > a1) + 2 * (b2 <= a1) + 2 * (after3 <= a1);
+        } else {
+            const std::int32_t a2 = cur[n + 1];
+            const int black = ~n & 1;
+            out.put(kHorizontalCode);
+            putRun(tables, black, out, a1 - a0 - (a0 == 0));  // columns count from 1
+            putRun(tables, !black, out, a2 - a1);
+            if (a2 == end) break;
+            a0 = a2;
+            n += 2;
+            while (ref[i] <= a0) i += 2;
+        }
+        out.flush();
+    }
+    out.flush();
+    writer = out;
+}
+
+}  // namespace
+
+bool isRow(RowList list, std::int32_t end) {
+    const std::int32_t* c = list.elements;
+    if (!c || list.count < 4) return false;
+    const std::int32_t last = list.count - 3;
+    int bad = (c[0] != 0) | (c[last] != end) | (c[last + 1] != end) | (c[last + 2] != end);
+    for (std::int32_t k = 0; k < last; ++k) bad |= c[k] >= c[k + 1];
+    return bad == 0;
+}
+
+void encodeLine(const EncodeTables& tables, PlainWriter& out, RowList reference, RowList coding) {
+    encode<true>(tables, out, reference, coding);
+}
+
+void encodeRow(const EncodeTables& tables, WordWriter& out, RowList reference, RowList coding) {
+    encode<false>(tables, out, reference, coding);
+    out.finish();
+}
+
+}  // namespace tilepress::g4

@@ -1,0 +1,120 @@
+#include "ccitt/strip.h"
+
+#include "ccitt/detect_changes.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace tilepress::g4 {
+namespace {
+
+/// What a flush writes past the last coded byte, and the end-of-block.
+constexpr std::size_t kReserve = 8 + 8;
+constexpr CodeWord kEndOfLine = {0x0010, 12};
+
+}  // namespace
+
+bool StripWriter::begin(std::int32_t width) {
+    if (width < 0 || static_cast<std::uint32_t>(width) > kMaxListWidth) return false;
+    if (width != width_) {
+        width_ = -1;
+        for (Heap<std::int32_t>& block : lines_) {
+            std::int32_t* fresh = allocateLine(static_cast<std::uint32_t>(width));
+            if (!fresh) return false;
+            std::free(block.release());
+            *block.out() = fresh - kLineFront;
+        }
+        width_ = width;
+    }
+    referenceCount_ = whiteLine(line(reference_), width);
+    out_ = PlainWriter{buffer_.get()};
+    return makeRoom(maxRowBits(width));
+}
+
+bool StripWriter::makeRoom(std::int64_t bits) {
+    const std::uint64_t used = length(), needed = used + static_cast<std::uint64_t>(bits / 8) + kReserve;
+    if (needed <= capacity_) return true;
+    const std::uint64_t size = std::max(needed, std::uint64_t{capacity_} * 2);
+    if (size > SIZE_MAX) return false;
+    void* block = std::realloc(buffer_.get(), static_cast<std::size_t>(size));
+    if (!block) return false;
+    *buffer_.out() = static_cast<unsigned char*>(block);
+    capacity_ = static_cast<std::size_t>(size);
+    out_.p = buffer_.get() + used;
+    return true;
+}
+
+RowResult StripWriter::codeRow(std::int32_t count) {
+    if (!makeRoom(maxRowBits(width_))) return RowResult::kNoMemory;
+    const int coding = 1 - reference_;
+    std::fill_n(line(coding) + count, kLineRepeats, width_ + 1);
+    encodeLine(tables_, out_, {line(reference_), referenceCount_}, {line(coding), count});
+    reference_ = coding;
+    referenceCount_ = count;
+    return RowResult::kAdded;
+}
+
+RowResult StripWriter::addRow(RowList row) {
+    if (!isRow(row, width_ + 1)) return RowResult::kRefused;
+    std::copy_n(row.elements, row.count, line(1 - reference_));
+    return codeRow(row.count);
+}
+
+RowResult StripWriter::addPackedRow(const unsigned char* row, std::int32_t maxElements) {
+    const auto room = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{width_} + 4, maxElements));
+    const std::int32_t count = detectChanges(row, static_cast<std::uint32_t>(width_), line(1 - reference_), room);
+    return count == 0 ? RowResult::kRefused : codeRow(count);
+}
+
+Stream StripWriter::finish() {
+    out_.put(kEndOfLine);
+    out_.put(kEndOfLine);
+    out_.flush();
+    const Stream stream{buffer_.get(), length() + (out_.count != 0)};
+    return stream;
+}
+
+unsigned char* StripWriter::release() {
+    capacity_ = 0;
+    out_ = PlainWriter{nullptr};
+    return buffer_.release();
+}
+
+std::int32_t createStrip(const StripFamily& family, const unsigned char* rows, unsigned char** output,
+                         std::int32_t width, std::int32_t bytesPerRow, std::int32_t rowCount) {
+    constexpr char kNoBuffer[] = "ERROR: Unable to allocate compressed buffer\n";
+    constexpr char kTooLong[] = "Compressed output exceeded buffer length\n";
+    constexpr std::int32_t kMaxElements = 8000;
+    const auto fail = [&](const char* message) {
+        if (family.say) family.say(message);
+        return 0;
+    };
+    if (!output) return 0;
+    *output = nullptr;
+    if (!family.encode || !family.detects || width < 0 || bytesPerRow < 0 || rowCount < 0 ||
+        (std::int64_t{width} + 7) / 8 > bytesPerRow || (rowCount > 0 && !rows))
+        return fail(kNoBuffer);
+    // Kept: a row's maximum is held in 16 bits, so that it wraps from 4096 bytes a row on.
+    const std::int32_t rowMaximum = static_cast<std::int16_t>(8 * static_cast<std::uint32_t>(bytesPerRow));
+    const std::int64_t maximum = std::int64_t{rowMaximum} * rowCount;
+    StripWriter writer(*family.encode);
+    if ((rowMaximum <= 0 && rowCount > 0) || maximum > std::int64_t{PTRDIFF_MAX} || !writer.begin(width))
+        return fail(kNoBuffer);
+
+    for (std::int32_t y = 0; y < rowCount; ++y) {
+        const std::size_t before = writer.length();
+        const RowResult added = writer.addPackedRow(
+            rows + static_cast<std::size_t>(y) * static_cast<std::size_t>(bytesPerRow), kMaxElements);
+        if (added == RowResult::kNoMemory) return fail(kNoBuffer);
+        if (added == RowResult::kRefused || writer.length() - before > static_cast<std::size_t>(rowMaximum))
+            return fail(kTooLong);
+        // Kept: close to the maximum the strip ends early, without error; below 4096 bytes a row no row comes so close.
+        if (static_cast<std::int64_t>(writer.length()) >= maximum - rowMaximum) break;
+    }
+    const Stream stream = writer.finish();
+    if (stream.length > INT32_MAX) return fail(kNoBuffer);
+    *output = writer.release();
+    return static_cast<std::int32_t>(stream.length);
+}
+
+}  // namespace tilepress::g4

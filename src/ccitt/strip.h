@@ -1,0 +1,68 @@
+#pragma once
+
+// Rows into one Group 4 stream: the codes of all rows and the end-of-block.
+
+#include "ccitt/encode_row.h"
+#include "foundation/heap.h"
+#include "foundation/line.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tilepress::g4 {
+
+struct Stream {
+    const unsigned char* bytes;
+    std::size_t length;
+};
+
+enum class RowResult { kAdded, kRefused, kNoMemory };
+
+/// Codes strips of any size, one after another: begin, rows, finish.
+class StripWriter {
+public:
+    explicit StripWriter(const EncodeTables& tables = kEncodeTables) : tables_(tables) {}
+    StripWriter(const StripWriter&) = delete;
+    StripWriter& operator=(const StripWriter&) = delete;
+
+    /// Starts a strip of rows of `width` pixels; false for a negative width, one too large for a list, or no memory.
+    bool begin(std::int32_t width);
+    /// Appends a row given as its changing-element list; refuses a list that is not a row of this width.
+    RowResult addRow(RowList row);
+    /// Appends a packed row, of which only the bytes that hold pixels are read; refuses one whose list takes more than
+    /// `maxElements`.
+    RowResult addPackedRow(const unsigned char* row, std::int32_t maxElements = INT32_MAX);
+    /// Whole bytes so far.
+    std::size_t length() const { return static_cast<std::size_t>(out_.p - buffer_.get()); }
+    /// Ends the strip. The stream stays until the next begin.
+    Stream finish();
+    /// Hands the finished stream to the caller, who frees it.
+    unsigned char* release();
+
+private:
+    std::int32_t* line(int which) const { return lines_[which].get() + kLineFront; }
+    bool makeRoom(std::int64_t bits);
+    RowResult codeRow(std::int32_t count);
+
+    const EncodeTables& tables_;
+    std::int32_t width_ = -1;
+    Heap<std::int32_t> lines_[2];  // lines of foundation/line.h: the row before and the row to come
+    int reference_ = 0;            // index of the row before
+    std::int32_t referenceCount_ = 0;
+    Heap<unsigned char> buffer_;
+    std::size_t capacity_ = 0;
+    PlainWriter out_{nullptr};
+};
+
+/// What one family of strip builders uses.
+struct StripFamily {
+    const EncodeTables* encode;  // null: not enabled
+    bool detects;
+    void (*say)(const char* message);  // may be null
+};
+
+/// The exported strip builder; ccitt.h describes it.
+std::int32_t createStrip(const StripFamily& family, const unsigned char* rows, unsigned char** output,
+                         std::int32_t width, std::int32_t bytesPerRow, std::int32_t rowCount);
+
+}  // namespace tilepress::g4
