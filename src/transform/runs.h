@@ -15,11 +15,8 @@ namespace tilepress {
 template <class Group>
 inline void forEachMark(std::uint32_t positions, std::uint32_t marks, Group group) {
     if (marks == 0 || marks > positions) marks = positions;
-    for (std::uint32_t k = 0, first = 0; k < marks; ++k) {
-        const std::uint32_t next = markPosition(k + 1, positions, marks);
-        group(first, next - first, k);
-        first = next;
-    }
+    MarkWalk mark(positions, marks ? marks : 1);
+    for (std::uint32_t k = 0; k < marks; ++k, mark.advance()) group(mark.position(), mark.run(), k);
 }
 
 /// Where each mark lies, and `positions` after the last; false when memory runs out.

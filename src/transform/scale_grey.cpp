@@ -1,43 +1,83 @@
-// Reduction of bilevel images to grey.
+// Bilevel images reduced to grey ones: every cell's share of ink.
 
-#include "model/kinds.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
-#include "transform/cell_counter.h"
+#include "transform/cells.h"
 #include "transform/grey.h"
-#include "transform/ink_rows.h"
 #include "transform/runs.h"
+#include "transform/scale.h"
 
 #include <algorithm>
 
+namespace tilepress {
+namespace {
+
+/// Counts the ink of the cells of one destination row after the other.
+class InkCounter {
+public:
+    InkCounter(const CImg1& source, const ImgRect& part, bool whiteIsInk)
+        : rows_(source, part, whiteIsInk), width_(part.getWidth()), shift_(part.getLeft() % 8) {}
+
+    /// False when memory runs out.
+    bool prepare(ImgULong cells) {
+        cells_ = cells;
+        return markTable(starts_, width_, cells) && counts_.reserve(cells) &&
+               sums_.reserve(8 * std::max<std::uint64_t>(rows_.bytes, 16) + 8);
+    }
+
+    /// Calls take(cell, width, count) for the cells on `count` rows from `first` on.
+    template <class Take>
+    void count(ImgULong first, ImgULong count, Take take) {
+        if (count <= kRowsAtOnce) {
+            forEachCell(first, count, take);
+            return;
+        }
+        std::fill_n(counts_.get(), cells_, 0);
+        for (std::uint64_t done = 0; done < count; done += kRowsAtOnce)
+            forEachCell(first + done, std::min<std::uint64_t>(count - done, kRowsAtOnce),
+                        [this](ImgULong k, ImgULong, std::uint32_t ink) { counts_[k] += ink; });
+        for (ImgULong k = 0; k < cells_; ++k) take(k, starts_[k + 1] - starts_[k], counts_[k]);
+    }
+
+private:
+    template <class Take>
+    void forEachCell(std::uint64_t first, std::uint64_t count, Take take) {
+        addRows(sums_.get(), rows_, static_cast<std::size_t>(first), static_cast<std::size_t>(count));
+        const unsigned char* const sums = sums_.get() + shift_;
+        for (ImgULong k = 0, start = 0; k < cells_; ++k) {
+            const ImgULong next = starts_[k + 1];
+            take(k, next - start, totalOf(sums + start, next - start));
+            start = next;
+        }
+    }
+
+    InkRows rows_;
+    ImgULong width_;
+    unsigned shift_;
+    ImgULong cells_ = 0;
+    Heap<ImgULong> starts_;
+    Heap<std::uint32_t> counts_;
+    Heap<unsigned char> sums_;
+};
+
+}  // namespace
+}  // namespace tilepress
+
 using namespace tilepress;
 
-CImg32* CImg1::Reduce_greyscale(ImgULong width, ImgULong height, const ImgRect& src) {
-    const bool whiteIsInk = calculateBackground() == 1;
-    const ImgULong srcWidth = src.getWidth(), srcHeight = src.getHeight();
-    if (width == 0 || height == 0 || width > srcWidth || height > srcHeight) return nullptr;
-    if (!hasPixels(*this) || !inside(*this, src)) {
-        imgRaise(ImgErrBadArgument);
-        return nullptr;
-    }
+CImg32* CImg1::Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
+    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
     GreyMaps maps;
-    CellCounter cells;
-    InkRows rows;
-    CImg32* const result = CImg32::create(width, height, RGBOrderRGB);
-    if (!result || !maps.prepare(srcWidth, srcHeight, width, height) || !cells.prepare(srcWidth, width) ||
-        !rows.prepare(*this, src, whiteIsInk)) {
-        delete result;
+    InkCounter counter(*this, src, calculateBackground() == 1);
+    if (!maps.prepare(src.getWidth(), src.getHeight(), dstWidth, dstHeight) || !counter.prepare(dstWidth))
         return nullptr;
-    }
-    forEachMark(srcHeight, height, [&](ImgULong first, ImgULong count, ImgULong band) {
-        ImgULong* const out = result->peekDataArray()[band];
-        for (ImgULong y = 0; y < count; ++y) {
-            if (y > 0 && cells.mustFold(y)) cells.fold(out);
-            forEachRun(rows.fold(first + y, 1), packedWords(srcWidth),
-                       [&](std::size_t from, std::size_t to) { cells.add(from, to); });
-        }
-        cells.fold(out);
-        for (ImgULong x = 0; x < width; ++x) out[x] = greyPixel(maps.grey(count, cells.width(x), out[x]));
+    CImg32* const result = CImg32::create(dstWidth, dstHeight, RGBOrderRGB);
+    if (!result) return nullptr;
+    forEachMark(src.getHeight(), dstHeight, [&](ImgULong first, ImgULong height, ImgULong band) {
+        ImgULong* const row = result->peekDataArray()[band];
+        counter.count(first, height, [&](ImgULong k, ImgULong width, std::uint32_t ink) {
+            row[k] = greyPixel(maps.grey(height, width, ink));
+        });
     });
     return result;
 }

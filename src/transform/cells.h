@@ -1,0 +1,178 @@
+#pragma once
+
+// Cells of bilevel pictures: the rectangles that the pixels of a reduction stand for.
+// Whether they hold ink, and how much.
+
+#include "foundation/bits.h"
+#include "foundation/lanes.h"
+#include "tilepress/CImg1.h"
+#include "transform/bit_moves.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace tilepress {
+
+/// A part of packed rows, from the byte with its first pixel to the byte with its last one, in which ink is 1.
+struct InkRows {
+    const unsigned char* first;
+    std::size_t stride, bytes;
+    Words2 flip;  // all ones where clear bits are ink
+
+    InkRows(const CImg1& image, const ImgRect& part, bool whiteIsInk)
+        : first(image.peekData() + std::size_t{part.getTop()} * image.getBytesPerLine() + part.getLeft() / 8),
+          stride(image.getBytesPerLine()),
+          bytes(packedBytes(std::uint64_t{part.getLeft() % 8} + part.getWidth())),
+          flip(bothWords(whiteIsInk ? ~std::uint64_t{0} : 0)) {}
+
+    const unsigned char* row(std::size_t y) const { return first + y * stride; }
+    /// Sixteen bytes of a row from `at` on.
+    Words2 lanes(std::size_t y, std::size_t at) const { return loadLanes<Words2>(row(y) + at) ^ flip; }
+    /// A row of less than sixteen bytes, with anything after them.
+    Words2 shortRow(std::size_t y) const {
+        Words2 v{};
+        std::memcpy(&v, row(y), bytes);
+        return v ^ flip;
+    }
+};
+
+// --- ink ----------------------------------------------------------------------------
+
+/// ORs `count` rows from `first` on.
+inline void mergeRows(unsigned char* out, const InkRows& rows, std::size_t first, std::size_t count) {
+    if (rows.bytes < 16) {
+        Words2 ink{};
+        for (std::size_t y = first; y < first + count; ++y) ink |= rows.shortRow(y);
+        storeLanes(out, ink);
+        return;
+    }
+    std::size_t at = 0;
+    for (; at + 64 <= rows.bytes; at += 64) {
+        Words2 a{}, b{}, c{}, d{};
+        for (std::size_t y = first; y < first + count; ++y) {
+            a |= rows.lanes(y, at);
+            b |= rows.lanes(y, at + 16);
+            c |= rows.lanes(y, at + 32);
+            d |= rows.lanes(y, at + 48);
+        }
+        storeLanes(out + at, a), storeLanes(out + at + 16, b), storeLanes(out + at + 32, c), storeLanes(out + at + 48, d);
+    }
+    for (; at < rows.bytes; at += 16) {
+        const std::size_t start = at + 16 <= rows.bytes ? at : rows.bytes - 16;
+        Words2 ink{};
+        for (std::size_t y = first; y < first + count; ++y) ink |= rows.lanes(y, start);
+        storeLanes(out + start, ink);
+    }
+}
+
+/// Which cells of a row hold ink, at the cells' first pixels; false when none does.
+///
+/// The row is one long number, its first pixel the highest bit, and `inner` are all pixels of cells but their first
+/// ones. Adding all ones to the inner pixels of a cell carries into its first pixel exactly when one of them is set,
+/// and never further: the first pixel is left out of the sum.
+inline bool findInk(std::uint64_t* hits, const unsigned char* row, const BitMoves& firsts, const std::uint64_t* inner) {
+    std::uint64_t carry = 0, any = 0;
+    for (std::size_t w = firsts.words(); w-- > 0;) {
+        const std::uint64_t x = loadWord(row + 8 * w);
+        hits[w] = (addWords(x & inner[w], inner[w], carry) | x) & firsts.marks(w);
+        any |= hits[w];
+    }
+    return any != 0;
+}
+
+/// Brings the marked bits of a row together.
+inline void gatherBits(std::uint64_t* out, const std::uint64_t* row, const BitMoves& marks) {
+    BitWriter writer(out);
+    for (std::size_t pair = 0; pair < marks.pairs(); ++pair) {
+        const Words2 v = marks.gather(pair, loadLanes<Words2>(row + 2 * pair));
+        writer.put(v[0], marks.count(2 * pair));
+        writer.put(v[1], marks.count(2 * pair + 1));
+    }
+    writer.flush();
+}
+
+// --- amounts ------------------------------------------------------------------------
+
+inline constexpr unsigned kPlanes = 4;
+/// As many rows are added up at once: column sums of four bits.
+inline constexpr std::size_t kRowsAtOnce = 15;
+
+/// The sums of 128 columns, a bit of each in every plane: load(y) gives a row of them.
+template <class Load>
+inline void addPlanes(Words2 (&planes)[kPlanes], std::size_t first, std::size_t count, Load load) {
+    const auto carryUp = [&planes](Words2 carry, unsigned p) {
+        for (; p < kPlanes; ++p) {
+            const Words2 next = planes[p] & carry;
+            planes[p] ^= carry;
+            carry = next;
+        }
+    };
+    std::size_t y = first;
+    for (; y + 2 <= first + count; y += 2) {
+        const Words2 a = load(y), b = load(y + 1), one = planes[0] ^ a;
+        carryUp((planes[0] & a) | (one & b), 1);
+        planes[0] = one ^ b;
+    }
+    if (y < first + count) carryUp(load(y), 0);
+}
+
+inline Bytes16 twiceFirst(Bytes16 v) {
+    return __builtin_shufflevector(v, v, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+}
+inline Bytes16 twiceLast(Bytes16 v) {
+    return __builtin_shufflevector(v, v, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+}
+
+/// Writes the sums of 16 columns, of which `planes` hold every bit eight times over.
+inline void storeSums(unsigned char* sums, const Bytes16* planes, unsigned count) {
+    const Bytes16 bits = {0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1, 0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1};
+    Bytes16 sum{};
+    for (unsigned p = count; p-- > 0;) sum = sum + sum - reinterpret_cast<Bytes16>((planes[p] & bits) == bits);
+    storeLanes(sums, sum);
+}
+
+/// Brings every bit of 128 columns to its column.
+inline void spreadPlanes(unsigned char* sums, const Words2 (&planes)[kPlanes], unsigned count) {
+    Bytes16 half[kPlanes], quarter[kPlanes], eighth[kPlanes];
+    for (unsigned i = 0; i < 8; ++i, sums += 16) {
+        for (unsigned p = 0; p < count; ++p) {
+            if (i % 4 == 0) {
+                const auto whole = reinterpret_cast<Bytes16>(planes[p]);
+                half[p] = i == 0 ? twiceFirst(whole) : twiceLast(whole);
+            }
+            if (i % 2 == 0) quarter[p] = i % 4 == 0 ? twiceFirst(half[p]) : twiceLast(half[p]);
+            eighth[p] = i % 2 == 0 ? twiceFirst(quarter[p]) : twiceLast(quarter[p]);
+        }
+        storeSums(sums, eighth, count);
+    }
+}
+
+/// For each column, a byte for each bit of the rows' bytes, how many of `count` rows have ink there.
+inline void addRows(unsigned char* sums, const InkRows& rows, std::size_t first, std::size_t count) {
+    const unsigned bits = static_cast<unsigned>(std::bit_width(count));
+    if (rows.bytes < 16) {
+        Words2 planes[kPlanes] = {};
+        addPlanes(planes, first, count, [&](std::size_t y) { return rows.shortRow(y); });
+        spreadPlanes(sums, planes, bits);
+        return;
+    }
+    for (std::size_t at = 0; at < rows.bytes; at += 16) {
+        const std::size_t start = at + 16 <= rows.bytes ? at : rows.bytes - 16;
+        Words2 planes[kPlanes] = {};
+        addPlanes(planes, first, count, [&](std::size_t y) { return rows.lanes(y, start); });
+        spreadPlanes(sums + 8 * start, planes, bits);
+    }
+}
+
+/// The total of `count` sums, one at least; reads up to seven bytes more.
+inline std::uint32_t totalOf(const unsigned char* sums, std::size_t count) {
+    // Eight sums are 120 at most: no byte of the product carries into the next.
+    const auto add = [](std::uint64_t v) { return static_cast<std::uint32_t>(v * everyByte(1) >> 56); };
+    std::uint32_t total = 0;
+    for (; count > 8; count -= 8, sums += 8) total += add(loadWord(sums));
+    return total + add(loadWord(sums) >> (64 - 8 * count));
+}
+
+}  // namespace tilepress

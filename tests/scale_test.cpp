@@ -1,0 +1,426 @@
+#include "support/pictures.h"
+#include "tilepress/Rothstein.h"
+#include "transform/cells.h"
+
+#include <cstdlib>
+#include <functional>
+#include <limits>
+
+namespace tilepress::test {
+namespace {
+
+ImgScaleAttr bilevel{1}, grey{32};
+
+// --- models: cell k of n has the source pixels from ceil(k * size / n) on -----------
+
+std::size_t startOf(std::size_t k, std::size_t size, std::size_t n) { return (k * size + n - 1) / n; }
+
+Picture part(const Picture& picture, const ImgRect& r) {
+    Picture result(r.getWidth(), r.getHeight());
+    for (std::size_t y = 0; y < result.height; ++y)
+        for (std::size_t x = 0; x < result.width; ++x) result.at(x, y) = picture.at(r.getLeft() + x, r.getTop() + y);
+    return result;
+}
+
+Picture enlarged(const Picture& picture, std::size_t width, std::size_t height) {
+    Picture result(width, height);
+    for (std::size_t j = 0; j < picture.height; ++j)
+        for (std::size_t i = 0; i < picture.width; ++i)
+            for (std::size_t y = startOf(j, height, picture.height); y < startOf(j + 1, height, picture.height); ++y)
+                for (std::size_t x = startOf(i, width, picture.width); x < startOf(i + 1, width, picture.width); ++x)
+                    result.at(x, y) = picture.at(i, j);
+    return result;
+}
+
+using Cell = std::vector<std::uint32_t>;  // row by row
+
+Picture reduced(const Picture& picture, std::size_t width, std::size_t height,
+                const std::function<std::uint32_t(const Cell&)>& merge) {
+    Picture result(width, height);
+    for (std::size_t j = 0; j < height; ++j)
+        for (std::size_t i = 0; i < width; ++i) {
+            Cell cell;
+            for (std::size_t y = startOf(j, picture.height, height); y < startOf(j + 1, picture.height, height); ++y)
+                for (std::size_t x = startOf(i, picture.width, width); x < startOf(i + 1, picture.width, width); ++x)
+                    cell.push_back(picture.at(x, y));
+            result.at(i, j) = merge(cell);
+        }
+    return result;
+}
+
+std::uint32_t firstOf(const Cell& cell) { return cell[0]; }
+std::uint32_t inkOf(const Cell& cell) { return std::count(cell.begin(), cell.end(), 1) > 0; }
+std::uint32_t greyOf(const Cell& cell) {
+    unsigned char* map = nullptr;
+    CreateGreyMapping(static_cast<ImgULong>(cell.size() + 1), &map, 0);
+    const std::uint32_t level = map[std::count(cell.begin(), cell.end(), 1)];
+    std::free(map);
+    return level * 0x010101;
+}
+
+Picture complement(Picture picture) {
+    for (auto& pixel : picture.pixels) pixel ^= 1;
+    return picture;
+}
+
+// --- cases ----------------------------------------------------------------------------
+
+std::mt19937 randomly(97);
+std::size_t from(std::size_t low, std::size_t high) { return low + randomly() % (high - low + 1); }
+
+/// Pixels at random, most of them 0.
+template <class Image>
+Picture sparse(std::size_t width, std::size_t height, std::size_t oneOf) {
+    Picture picture = randomPicture<Image>(width, height);
+    for (auto& pixel : picture.pixels)
+        if (randomly() % oneOf) pixel = 0;
+    return picture;
+}
+
+struct Case {
+    ImgRect r;
+    std::size_t width, height;  // of the whole picture
+    std::size_t smallWidth, smallHeight, largeWidth, largeHeight;
+};
+
+/// Every width from 1 to 70 at every place in a byte, with sizes to scale to.
+const std::vector<Case>& cases() {
+    static const std::vector<Case> all = [] {
+        std::vector<Case> list;
+        for (std::size_t w = 1; w <= 70; ++w)
+            for (std::size_t left = 0; left < 8; ++left) {
+                const std::size_t h = from(1, 9), top = from(0, 2);
+                list.push_back({ImgRect(left, top, left + w - 1, top + h - 1), left + w + from(0, 9), top + h + from(0, 1),
+                                from(1, w), from(1, h), w + from(0, 2 * w), h + from(0, h)});
+            }
+        // Cells wider than a word and bands of more rows than are added up at once.
+        list.push_back({ImgRect(3, 1, 999, 40), 1003, 42, 7, 2, 2311, 45});
+        list.push_back({ImgRect(0, 0, 402, 61), 403, 62, 31, 3, 403, 200});
+        list.push_back({ImgRect(130, 0, 320, 30), 321, 31, 1, 1, 1000, 31});
+        return list;
+    }();
+    return all;
+}
+
+/// Scales the case's rectangle and compares: `shown` is what the picture counts as.
+template <class Result, class Image>
+void expectScaled(Image& image, const Case& c, std::size_t width, std::size_t height, ImgScaleAttr& attr,
+                  const Picture& expected) {
+    const auto result =
+        owned<Result>(image.scale(c.r, static_cast<ImgULong>(width), static_cast<ImgULong>(height), attr));
+    ASSERT_TRUE(result);
+    ASSERT_EQ(pictureOf(result.get()), expected)
+        << c.r.getWidth() << " x " << c.r.getHeight() << " at " << c.r.getLeft() << " to " << width << " x " << height;
+}
+
+template <class Image>
+class ScalePixels : public ::testing::Test {};
+using BytesAndWords = ::testing::Types<CImg8, CImg32>;
+TYPED_TEST_SUITE(ScalePixels, BytesAndWords);
+
+TYPED_TEST(ScalePixels, CellsAreRepeatedAndPicked) {
+    for (const Case& c : cases()) {
+        const Picture whole = randomPicture<TypeParam>(c.width, c.height), source = part(whole, c.r);
+        const auto image = imageOf<TypeParam>(whole, kAlignments[c.width % 3]);
+        const auto expect = [&](std::size_t w, std::size_t h, const Picture& expected) {
+            expectScaled<TypeParam>(*image, c, w, h, bilevel, expected);
+        };
+        const std::size_t w = source.width, h = source.height;
+        expect(w, h, source);
+        expect(c.largeWidth, c.largeHeight, enlarged(source, c.largeWidth, c.largeHeight));
+        expect(c.smallWidth, c.smallHeight, reduced(source, c.smallWidth, c.smallHeight, firstOf));
+        expect(c.smallWidth, c.largeHeight,
+               reduced(enlarged(source, w, c.largeHeight), c.smallWidth, c.largeHeight, firstOf));
+        expect(c.largeWidth, c.smallHeight,
+               reduced(enlarged(source, c.largeWidth, h), c.largeWidth, c.smallHeight, firstOf));
+        if (this->HasFatalFailure()) return;
+    }
+}
+
+TYPED_TEST(ScalePixels, EveryFactorRepeatsInPlace) {
+    for (std::size_t w : {1, 2, 15, 16, 17, 33, 64})
+        for (std::size_t factor = 1; factor <= 20; ++factor) {
+            const Picture source = randomPicture<TypeParam>(w, 2);
+            const auto image = imageOf<TypeParam>(source, ImgAlignNone);
+            for (std::size_t wide : {w * factor, w * factor + w / 2}) {
+                const Case c{ImgRect(w, 2), w, 2, 1, 1, wide, 3};
+                expectScaled<TypeParam>(*image, c, wide, 3, bilevel, enlarged(source, wide, 3));
+                if (this->HasFatalFailure()) return;
+            }
+        }
+}
+
+TEST(ScalePixels, ResultsHaveTheColoursOfTheirSource) {
+    const auto palette = imageOf<CImg8>(randomPicture<CImg8>(4, 4), ImgAlignDword);
+    palette->getColorMap()->entries[7].green = 99;
+    const auto rgb = imageOf<CImg32>(randomPicture<CImg32>(4, 4), ImgAlignNone);
+    for (ImgULong size : {3, 5}) {
+        const auto a = owned<CImg8>(palette->scale(ImgRect(4, 4), size, size, bilevel));
+        EXPECT_EQ(a->getColorMap()->entries[7].green, 99);
+        EXPECT_EQ(a->getAlignment(), ImgAlignDword);
+        EXPECT_EQ(owned<CImg32>(rgb->scale(ImgRect(4, 4), size, size, bilevel))->getRGBOrder(), RGBOrderBGR);
+    }
+}
+
+/// The bilevel kinds of scaling, with the picture as ink and with its complement on background 1.
+template <class Result>
+void compareBilevel(ImgScaleAttr& attr, const std::function<std::uint32_t(const Cell&)>& merge) {
+    for (const Case& c : cases())
+        for (bool inverted : {false, true}) {
+            const Picture whole = sparse<CImg1>(c.width, c.height, from(1, 12)), source = part(whole, c.r);
+            const auto image = imageOf<CImg1>(inverted ? complement(whole) : whole, kAlignments[c.width % 3]);
+            image->setBackgroundColor(inverted);
+            const std::size_t w = source.width, h = source.height;
+            const auto expect = [&](std::size_t sw, std::size_t sh, const Picture& expected) {
+                if (sw != w || sh != h) expectScaled<Result>(*image, c, sw, sh, attr, expected);
+            };
+            expect(c.smallWidth, c.smallHeight, reduced(source, c.smallWidth, c.smallHeight, merge));
+            expect(c.smallWidth, h, reduced(source, c.smallWidth, h, merge));
+            if (c.smallWidth < w && c.largeHeight > h)
+                expect(c.smallWidth, c.largeHeight,
+                       reduced(enlarged(source, w, c.largeHeight), c.smallWidth, c.largeHeight, merge));
+            if (c.largeWidth > w && c.smallHeight < h)
+                expect(c.largeWidth, c.smallHeight,
+                       reduced(enlarged(source, c.largeWidth, h), c.largeWidth, c.smallHeight, merge));
+            if (::testing::Test::HasFatalFailure()) return;
+        }
+}
+
+TEST(ScaleBilevel, ReductionsKeepInk) { compareBilevel<CImg1>(bilevel, inkOf); }
+TEST(ScaleBilevel, GreyReductionsShowTheShareOfInk) { compareBilevel<CImg32>(grey, greyOf); }
+
+TEST(ScaleBilevel, EnlargementsRepeatInk) {
+    for (const Case& c : cases())
+        for (bool inverted : {false, true}) {
+            const Picture whole = sparse<CImg1>(c.width, c.height, from(1, 4)), source = part(whole, c.r);
+            const auto image = imageOf<CImg1>(inverted ? complement(whole) : whole, kAlignments[c.width % 3]);
+            image->setBackgroundColor(inverted);
+            const auto result = owned<CImg1>(image->scale(c.r, c.largeWidth + 1, c.largeHeight, bilevel));
+            ASSERT_EQ(pictureOf(result.get()), enlarged(source, c.largeWidth + 1, c.largeHeight))
+                << source.width << " at " << c.r.getLeft() << " to " << c.largeWidth + 1;
+            const unsigned pad = 8 * result->getBytesPerLine() - (c.largeWidth + 1);
+            for (std::size_t y = 0; y < c.largeHeight; ++y)
+                ASSERT_EQ(result->peekData()[(y + 1) * result->getBytesPerLine() - 1] & ((1u << pad) - 1), 0u);
+        }
+}
+
+TEST(ScaleBilevel, ResultsHaveBackground0) {
+    for (bool inverted : {false, true}) {
+        const Picture picture = sparse<CImg1>(24, 16, 3);
+        const auto image = imageOf<CImg1>(inverted ? complement(picture) : picture, ImgAlignNone);
+        image->setBackgroundColor(inverted);
+        for (ImgULong size : {8, 24, 30}) {
+            const auto result = owned<CImg1>(image->scale(ImgRect(24, 16), size, size * 2 / 3, bilevel));
+            EXPECT_TRUE(result->isBackgroundKnown());
+            EXPECT_EQ(result->getBackgroundColor(), 0u);
+            if (size == 24) { EXPECT_EQ(pictureOf(result.get()), picture); }
+        }
+    }
+}
+
+// A row is too low for a sample: its background counts as 0, though the enlargement's sample would say 1.
+TEST(ScaleBilevel, BlackStaysBlackInTwoSteps) {
+    const auto image = imageOf<CImg1>(Picture(100, 1, 1), ImgAlignNone);
+    const auto result = owned<CImg1>(image->scale(ImgRect(100, 1), 50, 10, bilevel));
+    EXPECT_EQ(pictureOf(result.get()), Picture(50, 10, 1));
+}
+
+TEST(ScaleBilevel, KeptTheAlignmentBecomesADisplayColour) {
+    for (ImgAlignmentEnum alignment : kAlignments) {
+        const auto image = imageOf<CImg1>(Picture(10, 10), alignment);
+        for (ImgULong size : {5, 15}) {
+            const auto result = owned<CImg1>(image->scale(ImgRect(10, 10), size, size, bilevel));
+            EXPECT_EQ(result->getBackgroundInterpretation(), static_cast<ImgULong>(alignment));
+            EXPECT_EQ(result->getForegroundInterpretation(), 0xFF000000u);
+            EXPECT_EQ(result->getAlignment(), ImgAlignNone);
+        }
+        const auto same = owned<CImg1>(image->scale(ImgRect(10, 10), 10, 10, bilevel));
+        EXPECT_EQ(same->getBackgroundInterpretation(), image->getBackgroundInterpretation());
+        EXPECT_EQ(same->getAlignment(), alignment);
+    }
+}
+
+TEST(ScaleGrey, LevelsOfSmallAndLargeCells) {
+    const std::uint32_t levels[] = {255, 93, 41, 10, 0};
+    for (std::size_t n = 0; n <= 4; ++n) {
+        Picture picture(2, 2);
+        std::fill_n(picture.pixels.begin(), n, 1);
+        const auto image = imageOf<CImg1>(picture, ImgAlignNone);
+        image->setBackgroundColor(0);
+        const auto result = owned<CImg32>(image->scale(ImgRect(2, 2), 1, 1, grey));
+        EXPECT_EQ(pictureOf(result.get()), Picture(1, 1, levels[n] * 0x010101)) << n;
+        EXPECT_EQ(result->getRGBOrder(), RGBOrderRGB);
+    }
+    // 11026 levels: the staircase, on its last, missing step and before it.
+    for (std::size_t white : {0, 1, 42, 43, 44, 11025}) {
+        Picture picture(105, 105, 1);
+        std::fill_n(picture.pixels.begin(), white, 0);
+        const auto image = imageOf<CImg1>(picture, ImgAlignNone);
+        image->setBackgroundColor(0);
+        const auto result = owned<CImg32>(image->scale(ImgRect(105, 105), 1, 1, grey));
+        const std::uint32_t level = (11025 - white) * 256 / 11026;
+        EXPECT_EQ(pictureOf(result.get()), Picture(1, 1, (level >= 255 ? 0 : 255 - level) * 0x010101)) << white;
+    }
+}
+
+TEST(ScaleGrey, CellsTooLargeToCountAreRefused) {
+    const std::unique_ptr<CImg1> image(CImg1::create(65536, 65536, 0, 0, ImgAlignNone));
+    if (!image) GTEST_SKIP() << "no memory";
+    image->setBackgroundColor(0);
+    EXPECT_EQ(image->scale(ImgRect(65536, 65536), 1, 1, grey), nullptr);
+}
+
+// --- requests ---------------------------------------------------------------------------
+
+TEST(Scale, HowSizesChange) {
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 100, 100), ImageScaleSame);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 100, 150), ImageScaleEnlarge);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 150, 100), ImageScaleEnlarge);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 101, 101), ImageScaleEnlarge);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 50, 100), ImageScaleReduce);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 100, 99), ImageScaleReduce);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 99, 99), ImageScaleReduce);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 50, 150), ImageScaleReduceXEnlargeY);
+    EXPECT_EQ(CImg::ScaleHow(100, 100, 150, 50), ImageScaleEnlargeXReduceY);
+}
+
+template <class Image>
+class Scale : public ::testing::Test {};
+TYPED_TEST_SUITE(Scale, PixelKinds);
+
+TYPED_TEST(Scale, FactorsRoundUp) {
+    const auto size = [](std::size_t w, std::size_t h, double factor) {
+        const auto image = imageOf<TypeParam>(Picture(w, h), ImgAlignNone);
+        const auto result = owned<TypeParam>(image->scale(factor, bilevel));
+        return result ? std::pair(result->getWidth(), result->getHeight()) : std::pair<ImgULong, ImgULong>(0, 0);
+    };
+    using Size = std::pair<ImgULong, ImgULong>;
+    EXPECT_EQ(size(101, 101, 0.5), Size(51, 51));
+    EXPECT_EQ(size(10, 10, 0.1), Size(1, 1));
+    EXPECT_EQ(size(100, 50, 1.1), Size(111, 56));  // the products are a little more than 110 and 55
+    for (double factor : {0.0, -0.0, -1.0, 1e10, std::numeric_limits<double>::infinity(),
+                          std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_EQ(size(10, 10, factor), Size(0, 0)) << factor;
+}
+
+TYPED_TEST(Scale, RectanglesGiveTheirSizes) {
+    const Picture picture = randomPicture<TypeParam>(30, 20);
+    const auto image = imageOf<TypeParam>(picture, ImgAlignNone);
+    image->setBackgroundColor(0);
+    const auto result = owned<TypeParam>(image->scale(ImgRect(3, 4, 12, 9), ImgRect(100, 100, 118, 110), bilevel));
+    EXPECT_EQ(pictureOf(result.get()), enlarged(part(picture, ImgRect(3, 4, 12, 9)), 19, 11));
+}
+
+TYPED_TEST(Scale, WhatCannotBeReadIsRefused) {
+    const auto image = imageOf<TypeParam>(Picture(40, 30), ImgAlignNone);
+    struct { ImgULong width, height; } sizes[] = {{50, 50}, {2, 2}, {2, 50}, {50, 2}};
+    for (const auto& size : sizes) {
+        for (const ImgRect& r : {ImgRect(30, 20, 40, 29), ImgRect(0, 20, 10, 30), ImgRect(10, 5, 2, 9), ImgRect(0, 9)}) {
+            CImgErr::sm_errcode = ImgErrNone;
+            EXPECT_EQ(image->scale(r, size.width, size.height, bilevel), nullptr);
+            EXPECT_EQ(CImgErr::get(), ImgErrBadArgument);
+        }
+        const auto emptied = imageOf<TypeParam>(Picture(40, 30), ImgAlignNone);
+        if constexpr (requires { emptied->setExtents(400, 300); }) {
+            emptied->setExtents(400, 300);
+            EXPECT_EQ(emptied->scale(ImgRect(100, 100), size.width * 3, size.height, bilevel), nullptr);
+            emptied->setExtents(40, 30);
+        }
+        std::free(emptied->ownData());
+        EXPECT_EQ(emptied->scale(ImgRect(20, 20), size.width, size.height, bilevel), nullptr);
+    }
+    CImgErr::sm_errcode = ImgErrNone;
+    EXPECT_EQ(image->scale(ImgRect(20, 20), 0, 10, bilevel), nullptr);
+    EXPECT_EQ(image->scale(ImgRect(20, 20), 10, 0, grey), nullptr);
+    EXPECT_EQ(image->scale(ImgRect(20, 20), 0, 30, bilevel), nullptr);
+    EXPECT_EQ(image->scale(ImgRect(20, 20), 30, 0, bilevel), nullptr);
+    EXPECT_EQ(CImgErr::get(), ImgErrNone);
+}
+
+TEST(Scale, KeptAOneRowImageHasNoCopyOfItself) {
+    const auto image = imageOf<CImg1>(Picture(40, 1, 1), ImgAlignNone);
+    EXPECT_EQ(image->scale(ImgRect(40, 1), 40, 1, bilevel), nullptr);
+}
+
+// --- workers that no request reaches ----------------------------------------------------
+
+/// Lets the tests call a private worker.
+template <class Name, typename Name::Type worker>
+struct Expose {
+    friend typename Name::Type workerOf(Name) { return worker; }
+};
+template <class Image, int which>
+struct Worker {
+    using Type = Image* (Image::*)(ImgULong, ImgULong, const ImgRect&);
+};
+struct Enlarge1 : Worker<CImg1, 0> { friend Type workerOf(Enlarge1); };
+struct Reduce1 : Worker<CImg1, 1> { friend Type workerOf(Reduce1); };
+struct ReduceInk1 : Worker<CImg1, 2> { friend Type workerOf(ReduceInk1); };
+struct ReduceInk8 : Worker<CImg8, 0> { friend Type workerOf(ReduceInk8); };
+struct ReduceInk32 : Worker<CImg32, 0> { friend Type workerOf(ReduceInk32); };
+struct QuickReduce1 {
+    using Type = CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong);
+    friend Type workerOf(QuickReduce1);
+};
+template struct Expose<Enlarge1, &CImg1::Enlarge>;
+template struct Expose<Reduce1, &CImg1::Reduce>;
+template struct Expose<ReduceInk1, &CImg1::Reduce_bkg>;
+template struct Expose<ReduceInk8, &CImg8::Reduce_bkg>;
+template struct Expose<ReduceInk32, &CImg32::Reduce_bkg>;
+template struct Expose<QuickReduce1, &CImg1::QuickReduce_bkg>;
+
+TEST(ScaleWorkers, TheWrongDirectionGivesNothing) {
+    const auto image = imageOf<CImg1>(Picture(10, 10), ImgAlignNone);
+    CImgErr::sm_errcode = ImgErrNone;
+    EXPECT_EQ((image.get()->*workerOf(Enlarge1{}))(9, 10, ImgRect(10, 10)), nullptr);
+    EXPECT_EQ((image.get()->*workerOf(Reduce1{}))(11, 10, ImgRect(10, 10)), nullptr);
+    EXPECT_EQ((image.get()->*workerOf(ReduceInk1{}))(10, 11, ImgRect(10, 10)), nullptr);
+    EXPECT_EQ(CImgErr::get(), ImgErrNone);
+}
+
+TEST(ScaleWorkers, PlainAndQuickReductionsTakeBitsAsTheyAre) {
+    for (const Case& c : cases()) {
+        const Picture whole = sparse<CImg1>(c.width, c.height, 3), source = part(whole, c.r);
+        const auto image = imageOf<CImg1>(whole, kAlignments[c.width % 3]);
+        image->setBackgroundColor(c.width % 2);
+        ImgRect r = c.r;
+        const auto plain = owned<CImg1>((image.get()->*workerOf(Reduce1{}))(c.smallWidth, c.smallHeight, r));
+        ASSERT_EQ(pictureOf(plain.get()), reduced(source, c.smallWidth, c.smallHeight, firstOf));
+        const auto quick = [&](ImgULong background) {
+            return owned<CImg1>((image.get()->*workerOf(QuickReduce1{}))(c.smallWidth, c.smallHeight, r, background));
+        };
+        ASSERT_EQ(pictureOf(quick(0).get()), reduced(source, c.smallWidth, c.smallHeight, inkOf));
+    }
+}
+
+TEST(ScaleWorkers, KeptQuickReductionsOnAnotherBackgroundAreBlank) {
+    const auto image = imageOf<CImg1>(Picture(20, 20, 1), ImgAlignNone);
+    ImgRect r(20, 20);
+    EXPECT_EQ(pictureOf(owned<CImg1>((image.get()->*workerOf(QuickReduce1{}))(5, 5, r, 1)).get()), Picture(5, 5, 0));
+}
+
+template <class Image, class Name>
+void compareOthers(Name name, bool sourceSize) {
+    for (const Case& c : cases()) {
+        Picture whole = sparse<Image>(c.width, c.height, 5);
+        for (auto& pixel : whole.pixels) pixel = pixel ? pixel & 0xFF : 9;
+        const Picture source = part(whole, c.r);
+        const auto image = imageOf<Image>(whole, ImgAlignDword);
+        image->setBackgroundColor(9);
+        const Picture small = reduced(source, c.smallWidth, c.smallHeight, [](const Cell& cell) {
+            const auto other = std::find_if(cell.begin(), cell.end(), [](std::uint32_t p) { return p != 9; });
+            return other == cell.end() ? 9 : *other;
+        });
+        Picture expected = sourceSize ? Picture(source.width, source.height) : small;
+        for (std::size_t y = 0; y < small.height; ++y)
+            for (std::size_t x = 0; x < small.width; ++x) expected.at(x, y) = small.at(x, y);
+        ASSERT_EQ(pictureOf(owned<Image>((image.get()->*workerOf(name))(c.smallWidth, c.smallHeight, c.r)).get()),
+                  expected);
+    }
+}
+
+TEST(ScaleWorkers, PaletteReductionsPreferOtherPixels) { compareOthers<CImg8>(ReduceInk8{}, false); }
+TEST(ScaleWorkers, KeptRgbReductionsKeepTheSourcesSize) { compareOthers<CImg32>(ReduceInk32{}, true); }
+
+}  // namespace
+}  // namespace tilepress::test
