@@ -97,6 +97,8 @@ TEST(Bilevel, ChangedHeaderFieldsFailTheNextCopyKept) {
     EXPECT_EQ(image->getTotalBytes(), 6u);
     EXPECT_EQ(image->dupData(bytes.data(), 8), ImgErrCreate);
     EXPECT_EQ(image->dupData(bytes.data(), 6), ImgErrCreate);
+    EXPECT_TRUE(image->setExtents(12, 3));  // rows of as many bytes, but other padding
+    EXPECT_EQ(image->dupData(bytes.data(), 6), ImgErrCreate);
 }
 
 TEST(Bilevel, CloneKeepsPixelsOfAlignmentNoneOnlyKept) {
@@ -187,9 +189,11 @@ TEST(Bilevel, BackgroundStaysAsFirstSeen) {
 }
 
 TEST(Bilevel, BackgroundReadsOnlyWhatIsThere) {
-    const Image image = filled(16, 8, Bytes(16, 0xFF));
-    image->setExtents(16, 80);
-    EXPECT_EQ(image->getBackgroundColor(), 1u);
+    for (ImgULong bytes = 1; bytes <= 40; ++bytes) {
+        const Image image = filled(8 * bytes, 8, Bytes(8 * bytes, 0xFF));
+        image->setExtents(8 * bytes, 80);
+        EXPECT_EQ(image->getBackgroundColor(), 1u) << bytes;
+    }
     const Image empty = filled(16, 8, Bytes(16, 0xFF));
     std::free(empty->ownData());
     EXPECT_EQ(empty->getBackgroundColor(), 0u);

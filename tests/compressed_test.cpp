@@ -142,11 +142,14 @@ TEST(Compressed, SetExtentsMakesAnEmptyGridAndLeavesTheOldOneKept) {
 
 TEST(Compressed, SetExtentsNeedsBothColoursKept) {
     const Image image(CImg1G4::create());
-    EXPECT_TRUE(image->setExtents(128, 64, 64, 64));
+    for (const auto& [background, foreground] :
+         {std::pair{0xDEADBEEF, 0xDEADBEEF}, {0u, 0xDEADBEEF}, {0xDEADBEEF, 1u}}) {
+        image->setBackgroundInterpretation(background);
+        image->setForegroundInterpretation(foreground);
+        EXPECT_TRUE(image->setExtents(128, 64, 64, 64));
+        EXPECT_EQ(image->getWidth(), 1u);
+    }
     image->setBackgroundInterpretation(0);
-    EXPECT_TRUE(image->setExtents(128, 64, 64, 64));
-    EXPECT_EQ(image->getWidth(), 1u);
-    image->setForegroundInterpretation(1);
     EXPECT_TRUE(image->setExtents(128, 64, 64, 64));
     EXPECT_EQ(image->getWidth(), 128u);
     EXPECT_EQ(image->getTotalBytes(), 0xDEADBEEFu);

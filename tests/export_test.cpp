@@ -247,4 +247,8 @@ TEST(Dither, BitsPastASmallerImageAreDropped) {
     auto to = bilevel(8, 1);
     EXPECT_TRUE(Export::xfm(*to, *from));
     EXPECT_EQ(to->peekData()[0], 0xFF);
+    auto narrow = rgb(3, 100);  // rows that start within a byte
+    auto running = bilevel(8, 4);
+    EXPECT_TRUE(Export::xfm(*running, *narrow));
+    EXPECT_EQ(bytesOf(*running), Bytes(4, 0xFF));
 }

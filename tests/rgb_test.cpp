@@ -85,6 +85,8 @@ TEST(Rgb, WideningSkipsThePaddingOfRows) {
     auto bytes = numbered(21);  // rows of 9 bytes and 3 of padding, the last one without
     const Image padded(CImg32::createFrom24(3, 2, bytes.data(), 21, ImgAlignDword, RGBOrderRGB, RGBOrderRGB));
     EXPECT_EQ(pixelsOf(*padded), (Pixels{0x030201, 0x060504, 0x090807, 0x0F0E0D, 0x121110, 0x151413}));
+    const Image unpadded(CImg32::createFrom24(4, 2, numbered(24).data(), 24, ImgAlignDword, RGBOrderRGB, RGBOrderRGB));
+    EXPECT_EQ(unpadded->peekDataArray()[1][0], 0x0F0E0Du);
     EXPECT_EQ(CImg32::createFrom24(3, 2, bytes.data(), 20, ImgAlignDword, RGBOrderRGB, RGBOrderRGB), nullptr);
     EXPECT_EQ(CImg32::createFrom24(3, 2, bytes.data(), 17, ImgAlignNone, RGBOrderRGB, RGBOrderRGB), nullptr);
     EXPECT_EQ(CImg32::createFrom24(1, 1, bytes.data(), 2, ImgAlignNone, RGBOrderRGB, RGBOrderRGB), nullptr);
