@@ -189,11 +189,12 @@ TEST(Bilevel, BackgroundStaysAsFirstSeen) {
 }
 
 TEST(Bilevel, BackgroundReadsOnlyWhatIsThere) {
-    for (ImgULong bytes = 1; bytes <= 40; ++bytes) {
-        const Image image = filled(8 * bytes, 8, Bytes(8 * bytes, 0xFF));
-        image->setExtents(8 * bytes, 80);
-        EXPECT_EQ(image->getBackgroundColor(), 1u) << bytes;
-    }
+    for (ImgULong bytes = 1; bytes <= 40; ++bytes)
+        for (ImgULong height = 1; height <= 12; ++height) {
+            const Image image = filled(8 * bytes, height, Bytes(height * bytes, 0xFF));
+            image->setExtents(8 * bytes, 80);
+            EXPECT_EQ(image->getBackgroundColor(), 1u) << bytes << " x " << height;
+        }
     const Image empty = filled(16, 8, Bytes(16, 0xFF));
     std::free(empty->ownData());
     EXPECT_EQ(empty->getBackgroundColor(), 0u);
