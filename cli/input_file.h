@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// A file to read, or, for "-", standard input, copied to a temporary file that has no name, so that readers can
+/// move in it. Operations throw Failure.
+class InputFile {
+public:
+    enum class Kind { tiff, png, pnm, other };
+
+    explicit InputFile(const std::string& path);
+    ~InputFile();
+    InputFile(InputFile&& other) noexcept;
+    InputFile& operator=(InputFile&&) = delete;
+
+    /// How messages call it.
+    const std::string& name() const { return displayName; }
+    std::uint64_t bytes() const { return fileBytes; }
+    /// By the file's first bytes.
+    Kind kind() const;
+    /// Hands the descriptor to the caller, who closes it.
+    int release();
+
+private:
+    std::string displayName;
+    int file = -1;
+    std::uint64_t fileBytes = 0;
+};

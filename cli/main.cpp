@@ -1,0 +1,144 @@
+// The command-line tool: options, and what a command ends with.
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <functional>
+#include <initializer_list>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "convert.h"
+#include "failure.h"
+#include "info.h"
+#include "render.h"
+
+namespace {
+
+constexpr const char* kFooter =
+    "Exit codes: 0 good; 1 usage or file error; 2 damaged Group 4 data (what could be decoded is written);\n"
+    "3 not a bilevel Group 4 TIFF, or not supported; 4 a size limit.";
+
+void addInfo(CLI::App& app, InfoOptions& options) {
+    CLI::App& info = *app.add_subcommand("info", "Tell what TIFF files hold; decodes nothing");
+    info.add_option("FILE", options.files, "TIFF files; - is standard input")->required()->type_name("");
+    info.add_option("--page", options.page, "This page only, from 1")->check(CLI::PositiveNumber)->type_name("N");
+    info.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
+    info.footer(kFooter);
+}
+
+/// Adds an option whose text `parse` turns into a value.
+template <class Value, class Parse>
+CLI::Option* addParsed(CLI::App& app, const char* name, Value& value, Parse parse, const char* what) {
+    const auto set = [&value, parse](const std::string& text) {
+        try {
+            value = parse(text);
+        } catch (const Failure& failure) {
+            throw CLI::ValidationError(failure.what());
+        }
+    };
+    return app.add_option_function<std::string>(name, set, what);
+}
+
+/// Adds an option that is one of a few words.
+template <class Value>
+CLI::Option* addChoice(CLI::App& app, const char* name, Value& value,
+                       std::initializer_list<std::pair<const char*, Value>> words, const char* what) {
+    std::string list;
+    for (const auto& [word, meaning] : words) list += (list.empty() ? "" : "|") + std::string(word);
+    const auto parse = [words = std::vector(words), list](const std::string& text) {
+        for (const auto& [word, meaning] : words)
+            if (text == word) return meaning;
+        throw Failure(Exit::failed, fmt::format("'{}' is none of {}", text, list));
+    };
+    return addParsed(app, name, value, parse, what)->type_name(list);
+}
+
+/// The options that render and convert share.
+template <class Options>
+void addCommon(CLI::App& app, Options& options) {
+    app.add_option("IN", options.input, "A Group 4 TIFF, PNG, or raw PBM, PGM or PPM file; - is standard input")
+        ->required()->type_name("");
+    app.add_option("-o,--output", options.output, "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output")
+        ->required()->type_name("OUT");
+    app.add_option("--format", options.format, "The picture's format, whatever the ending of its name; PNG for -")
+        ->type_name("FORMAT");
+    app.add_option("--page", options.page, "The page of a TIFF file, from 1")->check(CLI::PositiveNumber)->type_name("N");
+    app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")->capture_default_str()->type_name("N");
+    app.add_flag("-q,--quiet", options.quiet, "No progress line");
+    app.add_flag("--stats", options.stats, "Print time, peak memory and sizes on standard error");
+}
+
+void addRender(CLI::App& app, RenderOptions& options) {
+    CLI::App& render = *app.add_subcommand("render", "Draw a page or picture into a picture file");
+    addCommon(render, options);
+    addParsed(render, "--rect", options.rect, parseRect, "Only this part of the page, in pixels")->type_name("X,Y,W,H");
+    CLI::Option* const scale =
+        addParsed(render, "--scale", options.factor, parseFactor, "Factor, such as 0.1, 1/10 or 10%")->type_name("F");
+    CLI::Option* const size = addParsed(render, "--size", options.size, parseSize, "Exactly this size")->type_name("WxH");
+    addParsed(render, "--fit", options.fit, parseSize, "The largest size of the same shape within this one")
+        ->type_name("WxH")->excludes(scale)->excludes(size);
+    size->excludes(scale);
+    addChoice<Mode>(render, "--mode", options.mode, {{"grey", Mode::grey}, {"ink", Mode::ink}, {"copy", Mode::copy}},
+                    "How to reduce black and white: to greys (the default), to black and white without losing "
+                    "foreground, or not at all");
+    addChoice<ImgMirT>(render, "--mirror", options.mirror, {{"x", ImgMirX}, {"y", ImgMirY}},
+                       "x: top and bottom change places; y: left and right");
+    render.add_option("--rotate", options.angle, "Turn counter-clockwise; the corners that leave the picture are cut")
+        ->type_name("DEG")->check(CLI::Range(-1e6, 1e6));
+    addChoice<Background>(render, "--background", options.background,
+                          {{"auto", Background::automatic}, {"white", Background::white}, {"black", Background::black}},
+                          "Which colour is the page's ground, the other being foreground; auto (the default) counts "
+                          "pixels. Corners that a turn uncovers are white, or black with black");
+    render.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of the page")
+        ->capture_default_str()->type_name("N");
+    render.footer("The part is cut, scaled, mirrored and turned, in this order.\n" + std::string(kFooter));
+}
+
+void addConvert(CLI::App& app, ConvertOptions& options) {
+    CLI::App& convert = *app.add_subcommand("convert", "Convert a page or picture to another kind of pixel");
+    addCommon(convert, options);
+    addChoice<Pixels>(convert, "--to", options.to,
+                      {{"bilevel", Pixels::bilevel}, {"palette", Pixels::palette}, {"rgb", Pixels::rgb}},
+                      "The kind: black and white by error diffusion, palette, or colour")->required();
+    convert.footer(kFooter);
+}
+
+int guarded(const std::function<int()>& command) {
+    try {
+        return command();
+    } catch (const Failure& failure) {
+        fmt::print(stderr, "tilepress: {}\n", failure.what());
+        return static_cast<int>(failure.code);
+    } catch (const std::bad_alloc&) {
+        fmt::print(stderr, "tilepress: not enough memory\n");
+        return static_cast<int>(Exit::tooLarge);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Reads bilevel Group 4 TIFF pages without expanding them.", "tilepress");
+    app.set_version_flag("--version", TILEPRESS_VERSION);
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    InfoOptions info;
+    RenderOptions render;
+    ConvertOptions convert;
+    addInfo(app, info);
+    addRender(app, render);
+    addConvert(app, convert);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? static_cast<int>(Exit::good) : static_cast<int>(Exit::failed);
+    }
+    return guarded([&] {
+        if (app.got_subcommand("info")) return runInfo(info);
+        return app.got_subcommand("convert") ? runConvert(convert) : runRender(render);
+    });
+}
