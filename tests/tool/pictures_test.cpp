@@ -1,0 +1,188 @@
+// The pixels of what the tool draws.
+
+#include <gtest/gtest.h>
+
+#include "support.h"
+
+namespace {
+
+struct Page {
+    const char* file;
+    unsigned number = 1;
+};
+
+const Page kPages[] = {{"text.tif"},        {"text_strips_lsb.tif"}, {"drawing_tiled.tif"}, {"halftone.tif"},
+                       {"negative.tif"},    {"blackiszero.tif"},     {"pages.tif", 1},      {"pages.tif", 2},
+                       {"pages.tif", 3},    {"pages.tif", 4}};
+
+std::string argument(const Page& page) { return sample(page.file) + " --page " + std::to_string(page.number); }
+
+class EveryPage : public testing::TestWithParam<Page> {
+protected:
+    const std::string page = argument(GetParam());
+    const Raster reference = readTiff(sample(GetParam().file), GetParam().number);
+};
+
+INSTANTIATE_TEST_SUITE_P(Samples, EveryPage, testing::ValuesIn(kPages), [](const auto& page) {
+    std::string name = page.param.file;
+    return name.substr(0, name.find('.')) + "_" + std::to_string(page.param.number);
+});
+
+/// First source position of cell k of `cells` over `positions`.
+std::uint32_t cellStart(std::uint32_t k, std::uint32_t positions, std::uint32_t cells) {
+    return static_cast<std::uint32_t>((std::uint64_t{k} * positions + cells - 1) / cells);
+}
+
+/// Share of foreground in each cell of a reduction, 0 to 1.
+std::vector<double> inkShares(const Raster& from, std::uint32_t width, std::uint32_t height, std::uint8_t foreground) {
+    std::vector<double> shares;
+    for (std::uint32_t k = 0; k < height; ++k)
+        for (std::uint32_t j = 0; j < width; ++j) {
+            const std::uint32_t left = cellStart(j, from.width, width), right = cellStart(j + 1, from.width, width);
+            const std::uint32_t top = cellStart(k, from.height, height), bottom = cellStart(k + 1, from.height, height);
+            unsigned ink = 0;
+            for (std::uint32_t y = top; y < bottom; ++y)
+                for (std::uint32_t x = left; x < right; ++x) ink += from.at(x, y) == foreground;
+            shares.push_back(double(ink) / ((right - left) * (bottom - top)));
+        }
+    return shares;
+}
+
+TEST_P(EveryPage, FullSizeIsWhatLibtiffDecodes) { EXPECT_EQ(rendered(page), reference); }
+
+TEST_P(EveryPage, PartIsCutAtAnyPixel) {
+    const Raster part = rendered(page + " --rect 101,203,333,321");
+    EXPECT_EQ(part, Raster::made(333, 321, [&](auto x, auto y) { return reference.at(x + 101, y + 203); }));
+}
+
+TEST_P(EveryPage, EnlargementRepeatsPixels) {
+    const Raster part = rendered(page + " --rect 65,130,200,100 --size 400x300");
+    EXPECT_EQ(part, Raster::made(400, 300, [&](auto x, auto y) { return reference.at(65 + x / 2, 130 + y / 3); }));
+}
+
+TEST_P(EveryPage, InkKeepsEveryForegroundPixel) {
+    const bool negative = reference.darkShare() > 0.55;
+    const Raster ink = rendered(page + " --mode ink --size 97x131");
+    const auto shares = inkShares(reference, 97, 131, negative ? 255 : 0);
+    std::size_t i = 0;
+    EXPECT_EQ(ink, Raster::made(97, 131, [&](auto, auto) {
+                  return static_cast<std::uint8_t>((shares[i++] > 0) == negative ? 255 : 0);
+              }));
+}
+
+TEST_P(EveryPage, GreyIsDarkerWhereThereIsMoreBlack) {
+    const Raster grey = rendered(page + " --size 97x131");
+    ASSERT_EQ(grey.grey.size(), 97u * 131);
+    const auto black = inkShares(reference, 97, 131, 0);
+    std::vector<std::pair<double, int>> cells;
+    for (std::size_t i = 0; i < black.size(); ++i) cells.emplace_back(black[i], grey.grey[i]);
+    std::sort(cells.begin(), cells.end());
+    // Cells are of up to four sizes, which round a little differently.
+    for (std::size_t i = 1; i < cells.size(); ++i)
+        ASSERT_LE(cells[i].second, cells[i - 1].second + 4) << cells[i - 1].first << " then " << cells[i].first;
+    for (const auto& [share, value] : cells) {
+        if (share == 0 || share == 1) {
+            ASSERT_EQ(value, share == 0 ? 255 : 0);
+        }
+    }
+}
+
+TEST_P(EveryPage, TurnsAndMirrors) {
+    const Raster& r = reference;
+    EXPECT_EQ(rendered(page + " --rotate 90"),
+              Raster::made(r.height, r.width, [&](auto x, auto y) { return r.at(r.width - 1 - y, x); }));
+    EXPECT_EQ(rendered(page + " --rotate -90 --mirror y"),
+              Raster::made(r.height, r.width, [&](auto x, auto y) { return r.at(r.width - 1 - y, r.height - 1 - x); }));
+    EXPECT_EQ(rendered(page + " --mirror x"),
+              Raster::made(r.width, r.height, [&](auto x, auto y) { return r.at(x, r.height - 1 - y); }));
+}
+
+// The same pixels in other strips, tiles, bit orders and polarities give the same pictures.
+TEST(Layouts, DoNotShow) {
+    for (const std::string how :
+         {"--scale 1/9", "--scale 0.3 --mode ink", "--size 500x2000", "--scale 0.2 --background black",
+          "--scale 0.2 --mode ink --background black", "--scale 0.2 --background white", "--rotate 12"}) {
+        EXPECT_EQ(rendered(sample("text.tif ") + how), rendered(sample("text_strips_lsb.tif ") + how)) << how;
+        EXPECT_EQ(rendered(sample("drawing_tiled.tif ") + how), rendered(sample("pages.tif --page 2 ") + how)) << how;
+        EXPECT_EQ(rendered(sample("negative.tif ") + how), rendered(sample("pages.tif --page 3 ") + how)) << how;
+        EXPECT_EQ(rendered(sample("pages.tif --page 1 ") + how), rendered(sample("blackiszero.tif ") + how)) << how;
+    }
+}
+
+TEST(Polarity, AForcedGroundChoosesWhatSurvives) {
+    const std::string ink = sample("negative.tif --scale 0.25 --mode ink --background ");
+    EXPECT_LT(rendered(ink + "black").darkShare(), rendered(ink + "white").darkShare());
+    EXPECT_EQ(rendered(ink + "black"), rendered(ink + "auto"));
+    EXPECT_GT(rendered(sample("negative.tif --scale 0.25")).darkShare(), 0.6);
+    EXPECT_LT(rendered(sample("blackiszero.tif --scale 0.25")).darkShare(), 0.3);
+}
+
+TEST(Turning, CornersHaveTheGroundsColour) {
+    const std::string turned = sample("drawing_tiled.tif --rotate 30 --fit 300x300 --background ");
+    EXPECT_EQ(rendered(turned + "white").at(0, 0), 255);
+    EXPECT_EQ(rendered(turned + "black").at(0, 0), 0);
+    const std::string bits = sample("drawing_tiled.tif --rotate 30 --rect 100,100,300,200 --background ");
+    EXPECT_EQ(rendered(bits + "white").at(0, 0), 255);
+    EXPECT_EQ(rendered(bits + "black").at(0, 0), 0);
+}
+
+TEST(Formats, HoldTheSamePixels) {
+    const Folder folder;
+    for (const std::string how : {"--scale 0.25", "--rect 10,20,301,77", "--rect 0,0,64,64 --scale 3"}) {
+        const std::string page = sample("halftone.tif ") + how;
+        const Raster pixels = rendered(page);
+        ASSERT_GT(pixels.width, 0u);
+        for (const std::string ending : {"png", "tif", "pgm", "ppm"}) {
+            const std::string file = folder / ("picture." + ending);
+            ASSERT_EQ(tool("render " + page + " -o " + file).code, 0) << ending;
+            EXPECT_EQ(ending == "png"   ? readPng(file)
+                      : ending == "tif" ? readTiff(file)
+                                        : parsePnm(readFile(file)),
+                      pixels)
+                << how << " " << ending;
+        }
+    }
+}
+
+TEST(Formats, PicturesComeInToo) {
+    const Folder folder;
+    const Raster page = readTiff(sample("negative.tif"));
+    const std::string grey = folder / "grey.png";
+    ASSERT_EQ(tool("render " + sample("negative.tif --scale 0.5 -o ") + grey).code, 0);
+    for (const std::string name : {"picture.png", "picture.pbm", "picture.pgm", "picture.ppm"}) {
+        const std::string file = folder / name;
+        ASSERT_EQ(tool("render " + sample("negative.tif -o ") + file).code, 0);
+        EXPECT_EQ(rendered(file), page) << name;
+        EXPECT_EQ(rendered(file + " --rect 13,7,400,300 --mirror x"),
+                  Raster::made(400, 300, [&](auto x, auto y) { return page.at(x + 13, 306 - y); }))
+            << name;
+        if (name == "picture.png" || name == "picture.pbm") {
+            EXPECT_EQ(rendered(file + " --scale 0.5"), readPng(grey)) << name;
+        }
+    }
+    EXPECT_EQ(rendered(grey), readPng(grey));
+}
+
+TEST(Convert, KeepsBlackAndWhiteInEveryKind) {
+    const Folder folder;
+    const Raster page = readTiff(sample("blackiszero.tif"));
+    std::string last = sample("blackiszero.tif");
+    for (const std::string kind : {"palette", "rgb", "bilevel", "rgb"}) {
+        const std::string file = folder / (kind + ".png");
+        ASSERT_EQ(tool("convert " + last + " --to " + kind + " -o " + file).code, 0) << kind;
+        EXPECT_EQ(readPng(file), page) << kind;
+        last = file;
+    }
+    EXPECT_EQ(tool("convert " + last + " --to palette -o " + (folder / "refused.png")).code, 3);
+}
+
+TEST(Convert, KeepsColours) {
+    const Folder folder;
+    const std::string red("P6\n2 1\n255\n\xFF\x10\x20\x01\x02\x03", 17);
+    writeFile(folder / "in.ppm", red);
+    ASSERT_EQ(tool("convert --to rgb -o " + (folder / "out.png ") + (folder / "in.ppm")).code, 0);
+    const Outcome back = tool("render --format ppm -o - " + (folder / "out.png"));
+    EXPECT_EQ(back.output, red);
+}
+
+}  // namespace

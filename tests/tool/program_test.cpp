@@ -1,0 +1,212 @@
+// What the tool says, and what it ends with.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "support.h"
+
+namespace {
+
+bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+/// Overwrites the value of a tag of the first directory of a little-endian file.
+void setTag(std::string& file, unsigned tag, std::uint32_t value) {
+    const auto read = [&](std::size_t at, int bytes) {
+        std::uint32_t number = 0;
+        for (int i = bytes; i-- > 0;) number = number << 8 | static_cast<unsigned char>(file[at + std::size_t(i)]);
+        return number;
+    };
+    const std::size_t directory = read(4, 4);
+    for (std::size_t entry = directory + 2; entry < directory + 2 + 12 * read(directory, 2); entry += 12) {
+        if (read(entry, 2) != tag) continue;
+        file[entry + 2] = 4;  // LONG
+        for (int i = 0; i < 4; ++i) file[entry + 8 + std::size_t(i)] = static_cast<char>(value >> 8 * i);
+        return;
+    }
+    FAIL() << "no tag " << tag;
+}
+
+TEST(Info, TellsWhatThePagesAre) {
+    const Outcome run = tool("info --json " + sample("pages.tif"));
+    ASSERT_EQ(run.code, 0);
+    const auto pages = nlohmann::json::parse(run.output)[0]["pages"];
+    ASSERT_EQ(pages.size(), 4u);
+    EXPECT_EQ(pages[0]["layout"], "strips");
+    EXPECT_EQ(pages[0]["tileHeight"], 64);
+    EXPECT_EQ(pages[1]["layout"], "tiles");
+    EXPECT_EQ(pages[1]["tileWidth"], 128);
+    EXPECT_EQ(pages[1]["tiles"], 70);
+    EXPECT_EQ(pages[2]["fillOrder"], 2);
+    EXPECT_EQ(pages[3]["photometric"], 1);
+    EXPECT_EQ(pages[3]["dpi"][0], 100);
+    for (const auto& page : pages) EXPECT_TRUE(page["supported"]);
+    EXPECT_TRUE(contains(tool("info --page 3 " + sample("pages.tif")).output, "828 x 583 pixels, 200 x 200 dpi"));
+}
+
+TEST(Info, DecodesNothing) {
+    const Folder folder;
+    std::string file = readFile(sample("text.tif"));
+    ASSERT_GT(file.size(), 10000u);
+    file.replace(5000, 4000, 4000, '\0');
+    writeFile(folder / "damaged.tif", file);
+    EXPECT_EQ(tool("info " + (folder / "damaged.tif")).code, 0);
+}
+
+TEST(Damage, IsNamedAndTheRestIsDrawn) {
+    const Folder folder;
+    const std::string damaged = folder / "damaged.tif", picture = folder / "picture.pbm";
+    std::string file = readFile(sample("text.tif"));
+    file.replace(12000, 8, 8, '\0');
+    writeFile(damaged, file);
+    const Outcome run = tool("render " + damaged + " -o " + picture);
+    EXPECT_EQ(run.code, 2);
+    const std::string before = "page 1: damaged Group 4 data: strip 1 of 1, row ";
+    ASSERT_TRUE(contains(run.errors, before)) << run.errors;
+    const int row = std::stoi(run.errors.substr(run.errors.find(before) + before.size()));
+    const Raster drawn = parsePnm(readFile(picture)), whole = readTiff(sample("text.tif"));
+    ASSERT_EQ(drawn.height, whole.height);
+    ASSERT_GT(row, 300);
+    ASSERT_LT(row, 1500);
+    // A wrong code may decode to wrong rows before it fails.
+    EXPECT_TRUE(std::equal(drawn.grey.begin(), drawn.grey.begin() + whole.width * (row - 30), whole.grey.begin()));
+    const auto rest = drawn.grey.begin() + whole.width * row;
+    EXPECT_TRUE(std::all_of(rest, drawn.grey.end(), [](int g) { return g == 255; }));
+}
+
+TEST(Damage, IsFoundInTheRightTile) {
+    const Folder folder;
+    const std::string damaged = folder / "damaged.tif";
+    std::string file = readFile(sample("drawing_tiled.tif"));
+    const std::size_t third = file.size() / 3;
+    file.replace(third, 40, 40, '\0');
+    writeFile(damaged, file);
+    const Outcome run = tool("render --scale 0.1 -o " + (folder / "grey.png ") + damaged);
+    EXPECT_EQ(run.code, 2);
+    int tile = 0, row = 0;
+    ASSERT_EQ(std::sscanf(run.errors.c_str() + run.errors.find(": tile "), ": tile %d of 35, row %d", &tile, &row), 2)
+        << run.errors;
+    ASSERT_GE(tile, 1);
+    ASSERT_LE(tile, 35);
+    const auto part = [&](int k) {
+        const int x = (k - 1) % 5 * 256, y = (k - 1) / 5 * 128;
+        return " --rect " + std::to_string(x) + "," + std::to_string(y) + ",200,100";
+    };
+    EXPECT_EQ(tool("render -o " + (folder / "tile.png ") + damaged + part(tile)).code, row <= 100 ? 2 : 0);
+    const std::string other = part(tile == 35 ? 1 : tile + 3 <= 35 ? tile + 3 : 2);
+    EXPECT_EQ(rendered(damaged + other), rendered(sample("drawing_tiled.tif") + other));
+}
+
+TEST(Damage, ATruncatedFileIsDrawnAsFarAsItGoes) {
+    const Folder folder;
+    const std::string cut = folder / "cut.tif";
+    const std::string file = readFile(sample("text.tif"));
+    writeFile(cut, file.substr(0, file.size() / 2));
+    const Outcome run = tool("render -o " + (folder / "picture.pbm ") + cut);
+    EXPECT_EQ(run.code, 2) << run.errors;
+    const Raster drawn = parsePnm(readFile(folder / "picture.pbm")), whole = readTiff(sample("text.tif"));
+    ASSERT_EQ(drawn.grey.size(), whole.grey.size());
+    EXPECT_TRUE(std::equal(drawn.grey.begin(), drawn.grey.begin() + 400 * whole.width, whole.grey.begin()));
+}
+
+TEST(Codes, UsageAndFiles) {
+    const Folder folder;
+    const std::string out = " -o " + (folder / "x.png ");
+    for (const std::string& wrong :
+         {std::string(), std::string("draw"), std::string("render"), "render " + sample("text.tif"), std::string("info /no/such/file"), "render /no/such/file" + out,
+          "render " + sample("text.tif") + " -o /no/such/folder/x.png", "render " + sample("text.tif --page 2") + out,
+          "render " + sample("text.tif --rect 1600,0,100,10") + out, "render " + sample("text.tif --rect 0,0,0,10") + out,
+          "render " + sample("text.tif --scale 0") + out, "render " + sample("text.tif --scale 0.5 --size 1x1") + out,
+          "render " + sample("text.tif --scale 0.5 --mode copy") + out, "render " + sample("text.tif -o x.gif"),
+          "render " + sample("text.tif --scale 0.5 -o ") + (folder / "x.pbm")}) {
+        const Outcome run = tool(wrong);
+        EXPECT_EQ(run.code, 1) << wrong;
+        EXPECT_FALSE(run.errors.empty()) << wrong;
+    }
+    EXPECT_TRUE(folder.names().empty());
+    EXPECT_EQ(tool("--help").code, 0);
+    EXPECT_EQ(tool("render --help").code, 0);
+}
+
+TEST(Codes, UnsupportedFiles) {
+    const Folder folder;
+    std::string file = readFile(sample("text.tif"));
+    setTag(file, 259, 5);
+    writeFile(folder / "lzw.tif", file);
+    const Outcome run = tool("render -o " + (folder / "x.png ") + (folder / "lzw.tif"));
+    EXPECT_EQ(run.code, 3);
+    EXPECT_TRUE(contains(run.errors, "LZW")) << run.errors;
+    writeFile(folder / "text.txt", "no picture at all");
+    EXPECT_EQ(tool("render -o " + (folder / "x.png ") + (folder / "text.txt")).code, 3);
+    EXPECT_EQ(tool("info " + (folder / "text.txt")).code, 3);
+    EXPECT_EQ(tool("info " + (folder / "lzw.tif")).code, 0);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"lzw.tif", "text.txt"}));
+}
+
+TEST(Codes, Limits) {
+    const Folder folder;
+    const std::string out = " -o " + (folder / "x.png ");
+    EXPECT_EQ(tool("render --max-pixels 1000000" + out + sample("text.tif")).code, 4);
+    EXPECT_EQ(tool("render --max-pixels 1000000 --scale 0.1" + out + sample("text.tif")).code, 0);
+    EXPECT_EQ(tool("render --scale 1000" + out + sample("text.tif")).code, 4);
+    EXPECT_EQ(tool("render --max-input-pixels 1000 --scale 0.1" + out + sample("text.tif")).code, 4);
+}
+
+// Headers that promise more than there is: an end with a code, not a crash, and without gigabytes.
+TEST(Codes, HostileHeaders) {
+    const Folder folder;
+    const std::string hostile = folder / "hostile.tif", out = " -o " + (folder / "x.png ");
+    const std::string tiled = readFile(sample("drawing_tiled.tif")), strip = readFile(sample("text.tif"));
+    const struct {
+        const std::string& file;
+        unsigned tag;
+        std::uint32_t value;
+        int code;
+    } cases[] = {
+        {strip, 256, 0xFFFFFFFF, 4}, {strip, 257, 0xFFFFFFFF, 3}, {strip, 256, 0, 3},         {strip, 273, 0xFFFFFFF0, 0},
+        {strip, 279, 0xFFFFFFF0, 0}, {strip, 278, 1, 0},          {tiled, 256, 0xFFFFFFFF, 3}, {tiled, 322, 16, 3},
+        {tiled, 322, 0, 3},
+    };
+    for (const auto& test : cases) {
+        std::string file = test.file;
+        setTag(file, test.tag, test.value);
+        writeFile(hostile, file);
+        const Outcome run = tool("render --stats --fit 100x100" + out + hostile);
+        EXPECT_EQ(run.code, test.code) << test.tag << " " << test.value << ": " << run.errors;
+        EXPECT_LE(tool("info " + hostile).code, 3);
+    }
+}
+
+TEST(Codes, TilesWithoutDataAreMentioned) {
+    const Folder folder;
+    std::string file = readFile(sample("text.tif"));
+    setTag(file, 278, 1000);
+    writeFile(folder / "sparse.tif", file);
+    const Outcome run = tool("render -o " + (folder / "x.png ") + (folder / "sparse.tif"));
+    EXPECT_EQ(run.code, 0);
+    EXPECT_TRUE(contains(run.errors, "2 of 3 strips have no data")) << run.errors;
+}
+
+TEST(Streams, StandardInputAndOutput) {
+    const Folder folder;
+    const std::string file = folder / "x.png";
+    ASSERT_EQ(tool("render " + sample("text.tif --scale 0.1 -o ") + file).code, 0);
+    EXPECT_EQ(tool("render --scale 0.1 - -o - <" + sample("text.tif")).output, readFile(file));
+    ASSERT_EQ(tool("render " + sample("text.tif -o ") + (folder / "x.tif")).code, 0);
+    EXPECT_EQ(tool("render - -o - --format tif <" + sample("text.tif")).output, readFile(folder / "x.tif"));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"x.png", "x.tif"}));
+}
+
+TEST(Streams, QuietUnlessAsked) {
+    const Folder folder;
+    const std::string arguments = "render " + sample("pages.tif --page 2 --scale 0.1 -o ") + (folder / "x.png");
+    const Outcome quiet = tool(arguments);
+    EXPECT_EQ(quiet.output + quiet.errors, "");
+    const Outcome run = tool(arguments + " --stats");
+    const auto page = nlohmann::json::parse(tool("info --json --page 2 " + sample("pages.tif")).output)[0]["pages"][0];
+    EXPECT_TRUE(contains(run.errors, page["compressedBytes"].dump() + " bytes compressed")) << run.errors;
+    EXPECT_TRUE(contains(run.errors, "135625 bytes expanded")) << run.errors;
+    EXPECT_TRUE(contains(run.errors, "124 x 88 pixels")) << run.errors;
+}
+
+}  // namespace
