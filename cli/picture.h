@@ -11,8 +11,18 @@
 /// How a picture's pixels are written.
 enum class Pixels { bilevel, grey, palette, rgb };
 
+struct ImageDeleter {
+    /// A palette image leaves its colour map to whoever ends it.
+    void operator()(IImg* image) const {
+        const ColorMap* const map =
+            image->getType() == ImageTypePalette ? static_cast<CImg8*>(image)->getColorMap() : nullptr;
+        delete image;
+        delete map;
+    }
+};
+
 struct Picture {
-    std::unique_ptr<IImg> image;  ///< CImg1 (1 is shown black), CImg8 or CImg32, never compressed
+    std::unique_ptr<IImg, ImageDeleter> image;  ///< CImg1 (1 is shown black), CImg8 or CImg32, never compressed
     bool grey = false;            ///< a CImg32 of equal components, or a CImg8 whose pixel values are greys
     double dpiX = 0, dpiY = 0;    ///< 0 when not known
 
