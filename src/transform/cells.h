@@ -95,28 +95,39 @@ inline void gatherBits(std::uint64_t* out, const std::uint64_t* row, const BitMo
 
 // --- amounts ------------------------------------------------------------------------
 
-inline constexpr unsigned kPlanes = 4;
 /// As many rows are added up at once: column sums of four bits.
 inline constexpr std::size_t kRowsAtOnce = 15;
 
-/// The sums of 128 columns, a bit of each in every plane: load(y) gives a row of them.
-template <class Load>
-inline void addPlanes(Words2 (&planes)[kPlanes], std::size_t first, std::size_t count, Load load) {
-    const auto carryUp = [&planes](Words2 carry, unsigned p) {
-        for (; p < kPlanes; ++p) {
-            const Words2 next = planes[p] & carry;
-            planes[p] ^= carry;
-            carry = next;
-        }
-    };
-    std::size_t y = first;
-    for (; y + 2 <= first + count; y += 2) {
-        const Words2 a = load(y), b = load(y + 1), one = planes[0] ^ a;
-        carryUp((planes[0] & a) | (one & b), 1);
-        planes[0] = one ^ b;
+/// The sums of 128 columns, one bit of each in every plane.
+struct SumPlanes {
+    Words2 ones{}, twos{}, fours{}, eights{};
+
+    void add(Words2 a) {
+        const Words2 carry = ones & a;
+        ones ^= a;
+        addTwos(carry);
     }
-    if (y < first + count) carryUp(load(y), 0);
-}
+    void add(Words2 a, Words2 b) {
+        const Words2 one = ones ^ a;
+        addTwos((ones & a) | (one & b));
+        ones = one ^ b;
+    }
+    /// load(y) gives a row of columns.
+    template <class Load>
+    void addAll(std::size_t first, std::size_t count, Load load) {
+        std::size_t y = first;
+        for (; y + 2 <= first + count; y += 2) add(load(y), load(y + 1));
+        if (y < first + count) add(load(y));
+    }
+
+private:
+    void addTwos(Words2 carry) {
+        const Words2 four = twos & carry;
+        twos ^= carry;
+        eights ^= fours & four;
+        fours ^= four;
+    }
+};
 
 inline Bytes16 twiceFirst(Bytes16 v) {
     return __builtin_shufflevector(v, v, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
@@ -125,44 +136,40 @@ inline Bytes16 twiceLast(Bytes16 v) {
     return __builtin_shufflevector(v, v, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
 }
 
-/// Writes the sums of 16 columns, of which `planes` hold every bit eight times over.
-inline void storeSums(unsigned char* sums, const Bytes16* planes, unsigned count) {
+/// Writes a byte for each of the 128 columns, of which the first `planes` planes are in use.
+inline void storeSums(unsigned char* sums, const SumPlanes& from, unsigned planes) {
     const Bytes16 bits = {0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1, 0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1};
-    Bytes16 sum{};
-    for (unsigned p = count; p-- > 0;) sum = sum + sum - reinterpret_cast<Bytes16>((planes[p] & bits) == bits);
-    storeLanes(sums, sum);
-}
-
-/// Brings every bit of 128 columns to its column.
-inline void spreadPlanes(unsigned char* sums, const Words2 (&planes)[kPlanes], unsigned count) {
-    Bytes16 half[kPlanes], quarter[kPlanes], eighth[kPlanes];
-    for (unsigned i = 0; i < 8; ++i, sums += 16) {
-        for (unsigned p = 0; p < count; ++p) {
-            if (i % 4 == 0) {
-                const auto whole = reinterpret_cast<Bytes16>(planes[p]);
-                half[p] = i == 0 ? twiceFirst(whole) : twiceLast(whole);
-            }
-            if (i % 2 == 0) quarter[p] = i % 4 == 0 ? twiceFirst(half[p]) : twiceLast(half[p]);
-            eighth[p] = i % 2 == 0 ? twiceFirst(quarter[p]) : twiceLast(quarter[p]);
-        }
-        storeSums(sums, eighth, count);
+    const Words2 plane[] = {from.ones, from.twos, from.fours, from.eights};
+    Bytes16 a{}, b{}, c{}, d{}, e{}, f{}, g{}, h{};
+    // Twice the sum of the higher planes, and one where the column's bit is set: a byte of all ones is -1.
+    const auto add = [bits](Bytes16& sum, Bytes16 eachBitEightTimes) {
+        sum = sum + sum - reinterpret_cast<Bytes16>((eachBitEightTimes & bits) == bits);
+    };
+    for (unsigned p = planes; p-- > 0;) {
+        const auto v = reinterpret_cast<Bytes16>(plane[p]);
+        const Bytes16 first = twiceFirst(v), last = twiceLast(v);
+        const Bytes16 ab = twiceFirst(first), cd = twiceLast(first), ef = twiceFirst(last), gh = twiceLast(last);
+        add(a, twiceFirst(ab)), add(b, twiceLast(ab)), add(c, twiceFirst(cd)), add(d, twiceLast(cd));
+        add(e, twiceFirst(ef)), add(f, twiceLast(ef)), add(g, twiceFirst(gh)), add(h, twiceLast(gh));
     }
+    storeLanes(sums, a), storeLanes(sums + 16, b), storeLanes(sums + 32, c), storeLanes(sums + 48, d);
+    storeLanes(sums + 64, e), storeLanes(sums + 80, f), storeLanes(sums + 96, g), storeLanes(sums + 112, h);
 }
 
 /// For each column, a byte for each bit of the rows' bytes, how many of `count` rows have ink there.
 inline void addRows(unsigned char* sums, const InkRows& rows, std::size_t first, std::size_t count) {
-    const unsigned bits = static_cast<unsigned>(std::bit_width(count));
+    const unsigned planes = static_cast<unsigned>(std::bit_width(count));
     if (rows.bytes < 16) {
-        Words2 planes[kPlanes] = {};
-        addPlanes(planes, first, count, [&](std::size_t y) { return rows.shortRow(y); });
-        spreadPlanes(sums, planes, bits);
+        SumPlanes sum;
+        sum.addAll(first, count, [&](std::size_t y) { return rows.shortRow(y); });
+        storeSums(sums, sum, planes);
         return;
     }
     for (std::size_t at = 0; at < rows.bytes; at += 16) {
         const std::size_t start = at + 16 <= rows.bytes ? at : rows.bytes - 16;
-        Words2 planes[kPlanes] = {};
-        addPlanes(planes, first, count, [&](std::size_t y) { return rows.lanes(y, start); });
-        spreadPlanes(sums + 8 * start, planes, bits);
+        SumPlanes sum;
+        sum.addAll(first, count, [&](std::size_t y) { return rows.lanes(y, start); });
+        storeSums(sums + 8 * start, sum, planes);
     }
 }
 

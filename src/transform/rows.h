@@ -23,19 +23,18 @@ inline Words4 repeated(ImgULong pixel) {
 template <class Pixel>
 inline void repeatPixels(Pixel* dst, const Pixel* src, const ImgULong* starts, std::size_t cells) {
     constexpr std::size_t block = sizeof(repeated(Pixel{})) / sizeof(Pixel);
-    const std::size_t width = starts[cells];
-    std::size_t k = 0, x = 0;
     // Whole blocks, while there is room for what they write past their cell: the next cells overwrite it.
-    for (; k < cells && starts[k + 1] + std::uint64_t{block} <= width; ++k) {
+    std::size_t roomy = cells;
+    while (roomy > 0 && starts[roomy] + std::uint64_t{block} > starts[cells]) --roomy;
+    std::size_t x = 0;
+    for (std::size_t k = 0; k < roomy; ++k) {
         const auto pixels = repeated(src[k]);
         const std::size_t next = starts[k + 1];
-        do {
-            storeLanes(dst + x, pixels);
-            x += block;
-        } while (x < next);
+        storeLanes(dst + x, pixels);
+        while ((x += block) < next) storeLanes(dst + x, pixels);
         x = next;
     }
-    for (; k < cells; ++k) std::fill(dst + starts[k], dst + starts[k + 1], src[k]);
+    for (std::size_t k = roomy; k < cells; ++k) std::fill(dst + starts[k], dst + starts[k + 1], src[k]);
 }
 
 inline void doubleSixteenBytes(unsigned char* dst, const unsigned char* src) {

@@ -73,11 +73,18 @@ CImg32* CImg1::Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const Img
         return nullptr;
     CImg32* const result = CImg32::create(dstWidth, dstHeight, RGBOrderRGB);
     if (!result) return nullptr;
+    const ImgULong low = src.getWidth() / dstWidth;
     forEachMark(src.getHeight(), dstHeight, [&](ImgULong first, ImgULong height, ImgULong band) {
         ImgULong* const row = result->peekDataArray()[band];
-        counter.count(first, height, [&](ImgULong k, ImgULong width, std::uint32_t ink) {
-            row[k] = greyPixel(maps.grey(height, width, ink));
-        });
+        const unsigned char *const narrow = maps.of(height, low), *const wide = maps.of(height, low + 1);
+        if (narrow && (wide || src.getWidth() % dstWidth == 0))
+            counter.count(first, height, [=](ImgULong k, ImgULong width, std::uint32_t ink) {
+                row[k] = greyPixel((width == low ? narrow : wide)[ink]);
+            });
+        else
+            counter.count(first, height, [&](ImgULong k, ImgULong width, std::uint32_t ink) {
+                row[k] = greyPixel(maps.grey(height, width, ink));
+            });
     });
     return result;
 }
