@@ -173,13 +173,17 @@ inline void addRows(unsigned char* sums, const InkRows& rows, std::size_t first,
     }
 }
 
-/// The total of `count` sums, one at least; reads up to seven bytes more.
+/// The total of one to eight sums; reads eight.
+inline std::uint32_t totalOfFew(const unsigned char* sums, std::size_t count) {
+    // 120 at most: no byte of the product carries into the next.
+    return static_cast<std::uint32_t>((loadWord(sums) >> (64 - 8 * count)) * everyByte(1) >> 56);
+}
+
+/// The total of any number of sums, one at least; reads up to seven more.
 inline std::uint32_t totalOf(const unsigned char* sums, std::size_t count) {
-    // Eight sums are 120 at most: no byte of the product carries into the next.
-    const auto add = [](std::uint64_t v) { return static_cast<std::uint32_t>(v * everyByte(1) >> 56); };
     std::uint32_t total = 0;
-    for (; count > 8; count -= 8, sums += 8) total += add(loadWord(sums));
-    return total + add(loadWord(sums) >> (64 - 8 * count));
+    for (; count > 8; count -= 8, sums += 8) total += totalOfFew(sums, 8);
+    return total + totalOfFew(sums, count);
 }
 
 }  // namespace tilepress

@@ -43,12 +43,17 @@ private:
     template <class Take>
     void forEachCell(std::uint64_t first, std::uint64_t count, Take take) {
         addRows(sums_.get(), rows_, static_cast<std::size_t>(first), static_cast<std::size_t>(count));
-        const unsigned char* const sums = sums_.get() + shift_;
-        for (ImgULong k = 0, start = 0; k < cells_; ++k) {
-            const ImgULong next = starts_[k + 1];
-            take(k, next - start, totalOf(sums + start, next - start));
-            start = next;
-        }
+        const auto each = [this, take](auto total) {
+            const unsigned char* const sums = sums_.get() + shift_;
+            const ImgULong* const starts = starts_.get();
+            for (ImgULong k = 0, start = 0; k < cells_; ++k) {
+                const ImgULong next = starts[k + 1];
+                take(k, next - start, total(sums + start, next - start));
+                start = next;
+            }
+        };
+        if (width_ <= std::uint64_t{cells_} * 8) each([](auto* sums, ImgULong n) { return totalOfFew(sums, n); });
+        else each([](auto* sums, ImgULong n) { return totalOf(sums, n); });
     }
 
     InkRows rows_;
