@@ -120,6 +120,16 @@ TEST_F(Encode, RunsOfEveryLengthInBothColours) {
     }
 }
 
+TEST_F(Encode, TheWidestRowOfAll) {
+    const std::int32_t end = INT32_MAX;
+    List above{0, 1, end, end, end}, row{0, end, end, end};
+    std::vector<std::uint16_t> words(700000);
+    std::int32_t count = 0;
+    cit_encode_gr4(above.data(), 5, row.data(), 4, words.data(), &count);
+    const int rest = (end - 1) % 2560;
+    EXPECT_EQ(count, 3 + (end - 1) / 2560 * 12 + static_cast<int>((runText(rest, false) + runText(0, true)).size()));
+}
+
 TEST_F(Encode, ListsThatAreNoRowsGiveNoBits) {
     const List good{0, 3, 5, 9, 9, 9};
     EXPECT_NE(encoded(good, good), "");

@@ -27,7 +27,6 @@ struct PlainWriter {
         acc <<= count & ~7u;
         count &= 7;
     }
-    std::int64_t bitsFrom(const unsigned char* start) const { return 8 * std::int64_t{p - start} + count; }
 };
 
 /// Sixteen-bit words, first bit highest. Stores no word that holds no coded bit.
@@ -44,12 +43,11 @@ struct WordWriter {
     void flush() {
         for (; count >= 16; count -= 16, acc <<= 16) *p++ = static_cast<std::uint16_t>(acc >> 48);
     }
-    /// The last word, its low bits 0.
+    /// After a flush: stores the last word, its low bits 0.
     void finish() {
-        flush();
         if (count != 0) *p = static_cast<std::uint16_t>(acc >> 48);
     }
-    std::int64_t bitsFrom(const std::uint16_t* start) const { return 16 * std::int64_t{p - start} + count; }
+    std::int64_t bitsSince(const std::uint16_t* start) const { return 16 * std::int64_t{p - start} + count; }
 };
 
 }  // namespace tilepress::g4

@@ -49,7 +49,8 @@ struct Family {
         if (!isRow(coding, end) || !isRow(reference, end)) return;
         WordWriter out{words};
         g4::encodeRow(*encode.tables, out, reference, coding);
-        if (const std::int64_t written = out.bitsFrom(words); written <= INT32_MAX)
+        out.finish();
+        if (const std::int64_t written = out.bitsSince(words); written <= INT32_MAX)
             *bits = static_cast<std::int32_t>(written);
     }
 

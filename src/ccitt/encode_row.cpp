@@ -1,7 +1,5 @@
 #include "ccitt/encode_row.h"
 
-#include <algorithm>
-
 namespace tilepress::g4 {
 namespace {
 
@@ -21,30 +19,41 @@ inline void putRun(const EncodeTables& tables, int colour, Writer& out, std::int
     out.put(tables.terminating[colour][length % 64]);
 }
 
-/// Every code has a1 = coding[n] and b1 = reference[i], the first reference element of
-/// the right parity past a0. After a vertical code the next is one of i - 1, i + 1,
-/// i + 3, i + 5, chosen without branches as in the decoder.
-template <bool Padded, class Writer>
-inline void encode(const EncodeTables& tables, Writer& writer, RowList reference, RowList coding) {
+}  // namespace
+
+bool isRow(RowList list, std::int32_t end) {
+    const std::int32_t* c = list.elements;
+    if (!c || list.count < 4) return false;
+    const std::int32_t last = list.count - 3;
+    int bad = (c[0] != 0) | (c[last] != end) | (c[last + 1] != end) | (c[last + 2] != end);
+    for (std::int32_t k = 0; k < last; ++k) bad |= c[k] >= c[k + 1];
+    return bad == 0;
+}
+
+// Every code has a1 = coding[n] and b1 = reference[i], the first reference element of
+// the right parity past a0. After a vertical code the next is one of i - 1, i + 1 and
+// i + 3 (b2 is not left of a1, or the code were a pass), chosen without branches. As
+// a1 stops at the end, i never passes the first of the list's two closing elements.
+template <class Writer>
+void encodeRow(const EncodeTables& tables, Writer& writer, RowList reference, RowList coding) {
+    static_assert(Writer::kFree >= 3 + (12 + 8) + (13 + 12), "horizontal mode with two runs, below 2560 each");
     const std::int32_t* const ref = reference.elements;
     const std::int32_t* const cur = coding.elements;
-    const std::int32_t refLast = reference.count - 1, end = ref[refLast];
-    const auto at = [&](std::int32_t k) { return ref[Padded ? k : std::min(k, refLast)]; };
-    Writer out = writer;
+    const std::int32_t end = coding.elements[coding.count - 1];
+    Writer out = writer;  // in registers
     std::int32_t i = 1, n = 1, a0 = 0;
     for (;;) {
-        const std::int32_t a1 = cur[n], b1 = at(i), b2 = at(i + 1), d = a1 - b1;
+        const std::int32_t a1 = cur[n], b1 = ref[i], b2 = ref[i + 1], d = a1 - b1;
         if (b2 < a1) {
             out.put(kPassCode);
             a0 = b2;
             i += 2;
-        } else if (static_cast<std::uint32_t>(d + 3) <= 6) [[likely]] {
+        } else if (static_cast<std::uint32_t>(d) + 3 <= 6) [[likely]] {
             out.put(kVerticalCodes[d + 3]);
             if (a1 == end) break;
-            const std::int32_t before = ref[i - 1], after3 = at(i + 3);
+            i += 1 - 2 * (ref[i - 1] > a1) + 2 * (b2 == a1);
             a0 = a1;
             ++n;
-            i += 1 - 2 * (before > a1) + 2 * (b2 <= a1) + 2 * (after3 <= a1);
         } else {
             const std::int32_t a2 = cur[n + 1];
             const int black = ~n & 1;
@@ -62,24 +71,7 @@ inline void encode(const EncodeTables& tables, Writer& writer, RowList reference
     writer = out;
 }
 
-}  // namespace
-
-bool isRow(RowList list, std::int32_t end) {
-    const std::int32_t* c = list.elements;
-    if (!c || list.count < 4) return false;
-    const std::int32_t last = list.count - 3;
-    int bad = (c[0] != 0) | (c[last] != end) | (c[last + 1] != end) | (c[last + 2] != end);
-    for (std::int32_t k = 0; k < last; ++k) bad |= c[k] >= c[k + 1];
-    return bad == 0;
-}
-
-void encodeLine(const EncodeTables& tables, PlainWriter& out, RowList reference, RowList coding) {
-    encode<true>(tables, out, reference, coding);
-}
-
-void encodeRow(const EncodeTables& tables, WordWriter& out, RowList reference, RowList coding) {
-    encode<false>(tables, out, reference, coding);
-    out.finish();
-}
+template void encodeRow(const EncodeTables&, PlainWriter&, RowList, RowList);
+template void encodeRow(const EncodeTables&, WordWriter&, RowList, RowList);
 
 }  // namespace tilepress::g4

@@ -12,13 +12,14 @@ namespace tilepress::g4 {
 /// Whether the list is a row: it increases from 0 to its end, width + 1, and is closed by two more of it.
 bool isRow(RowList list, std::int32_t end);
 
-/// Upper bound of a row's bits: seven a column and eighteen for its first run.
+/// Upper bound of a row's bits: each code but the first has at most seven for every column that it passes.
 constexpr std::int64_t maxRowBits(std::int32_t width) { return 7 * std::int64_t{width} + 18; }
 
-/// Appends the row between lines of foundation/line.h. Both lists are rows of one width.
-void encodeLine(const EncodeTables& tables, PlainWriter& out, RowList reference, RowList coding);
+/// Appends the row, given the one above; both lists are rows of one width. Reads no element past their counts.
+template <class Writer>
+void encodeRow(const EncodeTables& tables, Writer& out, RowList reference, RowList coding);
 
-/// The same between a caller's arrays, reading no element past their counts.
-void encodeRow(const EncodeTables& tables, WordWriter& out, RowList reference, RowList coding);
+extern template void encodeRow(const EncodeTables&, PlainWriter&, RowList, RowList);
+extern template void encodeRow(const EncodeTables&, WordWriter&, RowList, RowList);
 
 }  // namespace tilepress::g4

@@ -18,15 +18,13 @@ bool StripWriter::begin(std::int32_t width) {
     if (width < 0 || static_cast<std::uint32_t>(width) > kMaxListWidth) return false;
     if (width != width_) {
         width_ = -1;
-        for (Heap<std::int32_t>& block : lines_) {
-            std::int32_t* fresh = allocateLine(static_cast<std::uint32_t>(width));
-            if (!fresh) return false;
-            std::free(block.release());
-            *block.out() = fresh - kLineFront;
-        }
+        for (Heap<std::int32_t>& list : lists_)
+            if (!list.reserve(std::uint64_t{static_cast<std::uint32_t>(width)} + 4)) return false;
         width_ = width;
     }
-    referenceCount_ = whiteLine(line(reference_), width);
+    lists_[reference_][0] = 0;
+    std::fill_n(lists_[reference_].get() + 1, 3, width + 1);
+    referenceCount_ = 4;
     out_ = PlainWriter{buffer_.get()};
     return makeRoom(maxRowBits(width));
 }
@@ -47,8 +45,7 @@ bool StripWriter::makeRoom(std::int64_t bits) {
 RowResult StripWriter::codeRow(std::int32_t count) {
     if (!makeRoom(maxRowBits(width_))) return RowResult::kNoMemory;
     const int coding = 1 - reference_;
-    std::fill_n(line(coding) + count, kLineRepeats, width_ + 1);
-    encodeLine(tables_, out_, {line(reference_), referenceCount_}, {line(coding), count});
+    encodeRow(tables_, out_, {lists_[reference_].get(), referenceCount_}, {lists_[coding].get(), count});
     reference_ = coding;
     referenceCount_ = count;
     return RowResult::kAdded;
@@ -56,13 +53,14 @@ RowResult StripWriter::codeRow(std::int32_t count) {
 
 RowResult StripWriter::addRow(RowList row) {
     if (!isRow(row, width_ + 1)) return RowResult::kRefused;
-    std::copy_n(row.elements, row.count, line(1 - reference_));
+    std::copy_n(row.elements, row.count, lists_[1 - reference_].get());
     return codeRow(row.count);
 }
 
 RowResult StripWriter::addPackedRow(const unsigned char* row, std::int32_t maxElements) {
     const auto room = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{width_} + 4, maxElements));
-    const std::int32_t count = detectChanges(row, static_cast<std::uint32_t>(width_), line(1 - reference_), room);
+    std::int32_t* const list = lists_[1 - reference_].get();
+    const std::int32_t count = detectChanges(row, static_cast<std::uint32_t>(width_), list, room);
     return count == 0 ? RowResult::kRefused : codeRow(count);
 }
 
@@ -70,8 +68,7 @@ Stream StripWriter::finish() {
     out_.put(kEndOfLine);
     out_.put(kEndOfLine);
     out_.flush();
-    const Stream stream{buffer_.get(), length() + (out_.count != 0)};
-    return stream;
+    return {buffer_.get(), length() + (out_.count != 0)};
 }
 
 unsigned char* StripWriter::release() {

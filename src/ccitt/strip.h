@@ -4,7 +4,6 @@
 
 #include "ccitt/encode_row.h"
 #include "foundation/heap.h"
-#include "foundation/line.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +17,8 @@ struct Stream {
 
 enum class RowResult { kAdded, kRefused, kNoMemory };
 
-/// Codes strips of any size, one after another: begin, rows, finish.
+/// Codes strips of any size, one after another: begin, rows, finish. Where memory runs out or a row is refused, the
+/// strip stays as it was; where begin fails there is none.
 class StripWriter {
 public:
     explicit StripWriter(const EncodeTables& tables = kEncodeTables) : tables_(tables) {}
@@ -40,13 +40,12 @@ public:
     unsigned char* release();
 
 private:
-    std::int32_t* line(int which) const { return lines_[which].get() + kLineFront; }
     bool makeRoom(std::int64_t bits);
     RowResult codeRow(std::int32_t count);
 
     const EncodeTables& tables_;
     std::int32_t width_ = -1;
-    Heap<std::int32_t> lines_[2];  // lines of foundation/line.h: the row before and the row to come
+    Heap<std::int32_t> lists_[2];  // of the row before and the row to come
     int reference_ = 0;            // index of the row before
     std::int32_t referenceCount_ = 0;
     Heap<unsigned char> buffer_;
