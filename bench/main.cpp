@@ -1,6 +1,7 @@
 // tilepress_bench [--times | --memory] [--benchmark_... options] [FILE.tif...]
 //
-// Measures on a page drawn here and on the sample pages, or on the pages of the files named.
+// Measures on two pages drawn here and on the sample pages, or on the pages of the files named. The memory
+// that a page takes is also shown for the large one of those drawn here.
 
 #include "benches.h"
 #include "peers.h"
@@ -69,15 +70,19 @@ int main(int argc, char** argv) {
     TIFFSetWarningHandler(nullptr);
     setMsgSeverity(L_SEVERITY_ERROR);
     const bool named = !arguments.files.empty();
+    const bench::PagePtr drawing = bench::coded("large drawing", bench::largeDrawing());
     std::vector<bench::PagePtr> pages;
-    if (!named) pages.push_back(bench::coded("A4 text, 300 dpi", bench::textPage()));
+    if (!named) pages = {bench::coded("A4 text, 300 dpi", bench::textPage()), drawing};
     for (const std::string& file : named ? arguments.files : samples()) {
         const auto more = bench::loadPages(file);
         if (more.empty()) return 1;
         pages.insert(pages.end(), more.begin(), more.end());
     }
-    const bool good = !arguments.times || printTimes(pages, named, arguments);
+    if (arguments.memory) {
+        auto all = pages;
+        if (named) all.push_back(drawing);
+        bench::printMemory(all);
+    }
     if (arguments.times && arguments.memory) std::printf("\n");
-    if (arguments.memory) bench::printMemory(pages);
-    return good ? 0 : 1;
+    return !arguments.times || printTimes(pages, named, arguments) ? 0 : 1;
 }
