@@ -50,7 +50,7 @@ struct Arguments {
     }
 };
 
-bool printTimes(const std::vector<bench::PagePtr>& pages, bool named, Arguments& arguments) {
+bool printTimes(const std::vector<bench::PagePtr>& pages, bool named) {
     cit_enable_detect_changes();
     cit_enable_encode_gr4();
     // Freed memory stays with the process: the system's page faults would be in all figures.
@@ -60,13 +60,14 @@ bool printTimes(const std::vector<bench::PagePtr>& pages, bool named, Arguments&
     // Pictures of 32 bits a pixel must fit.
     for (const auto& page : pages)
         if (page->pixels() <= 4e7 && (named || page == pages.front())) bench::addTransformPairs(page);
-    return bench::runPairs(static_cast<int>(arguments.options.size()), arguments.options.data());
+    return bench::runPairs();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     Arguments arguments(argc, argv);
+    if (!bench::takeOptions(static_cast<int>(arguments.options.size()), arguments.options.data())) return 2;
     TIFFSetWarningHandler(nullptr);
     setMsgSeverity(L_SEVERITY_ERROR);
     const bool named = !arguments.files.empty();
@@ -84,5 +85,5 @@ int main(int argc, char** argv) {
         bench::printMemory(all);
     }
     if (arguments.times && arguments.memory) std::printf("\n");
-    return !arguments.times || printTimes(pages, named, arguments) ? 0 : 1;
+    return !arguments.times || printTimes(pages, named) ? 0 : 1;
 }

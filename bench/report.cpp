@@ -149,9 +149,12 @@ void addPair(Pair pair) {
         ->Unit(benchmark::kMillisecond);
 }
 
-bool runPairs(int argc, char** argv) {
+bool takeOptions(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return false;
+    return !benchmark::ReportUnrecognizedArguments(argc, argv);
+}
+
+bool runPairs() {
     Table table;
     benchmark::RunSpecifiedBenchmarks(&table);
     return table.allSame;

@@ -19,7 +19,10 @@ struct Pair {
 /// Puts a pair into the run. Nothing is computed yet.
 void addPair(Pair pair);
 
+/// Takes the options of the benchmark library. False, said on the standard error stream, when it knows one of them not.
+bool takeOptions(int argc, char** argv);
+
 /// Runs what was added and prints it. False when results differ that should not.
-bool runPairs(int argc, char** argv);
+bool runPairs();
 
 }  // namespace bench
