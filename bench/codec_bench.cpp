@@ -22,7 +22,7 @@ struct Codec {
     MemoryTiff tiff;
     Bitmap decoded;  ///< libtiff's last
     Result ours;
-    Pix peer;
+    PixPtr peer;
 
     explicit Codec(const PagePtr& p) : page(p), tiles(*p), tiff(*p), decoded(p->bitmap.width, p->bitmap.height) {}
 
@@ -40,7 +40,7 @@ struct Codec {
     }
     void reduce(std::uint32_t factor, ImgULong depth) { scale(width() / factor, height() / factor, factor, depth); }
 
-    Pix decodeToPix() {
+    PixPtr decodeToPix() {
         tiff.decode(*page, decoded);
         return toPix(decoded);
     }
@@ -112,7 +112,7 @@ void addGreyTenths(const std::shared_ptr<Codec>& codec) {
 }
 
 void addInk(const std::shared_ptr<Codec>& codec, const char* operation, const char* peerName, std::uint32_t factor,
-            std::function<Pix(PIX*)> reduce) {
+            std::function<PixPtr(PIX*)> reduce) {
     Pair pair = pairOf(codec, operation, peerName);
     pair.ours = [codec, factor] { codec->reduce(factor, 1); };
     pair.peer = [codec, reduce] {
@@ -176,7 +176,7 @@ void addCodecPairs(const PagePtr& page) {
     addDecoding(codec);
     addGreyTenths(codec);
     addInk(codec, "ink quarter", "libtiff, then pixReduceRankBinaryCascade", 4,
-           [](PIX* pix) { return Pix(pixReduceRankBinaryCascade(pix, 1, 1, 0, 0)); });
+           [](PIX* pix) { return PixPtr(pixReduceRankBinaryCascade(pix, 1, 1, 0, 0)); });
     addInk(codec, "ink tenth", "libtiff, then cells joined", 10, [](PIX* pix) { return inkTenth(pix); });
     addEnlarging(codec);
     addEncoding(codec);

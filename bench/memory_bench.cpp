@@ -67,10 +67,10 @@ void printPage(const Page& page) {
         const char* operation;
         ImgULong depth;
         const char* peerName;
-        Pix (*peer)(PIX*);
+        PixPtr (*peer)(PIX*);
         double resultBytes;
     } const rows[] = {
-        {"grey tenth", 32, "libtiff, pixScaleToGray", [](PIX* pix) { return Pix(pixScaleToGray(pix, 0.1f)); }, 4},
+        {"grey tenth", 32, "libtiff, pixScaleToGray", [](PIX* pix) { return PixPtr(pixScaleToGray(pix, 0.1f)); }, 4},
         {"ink tenth", 1, "libtiff, cells joined", inkTenth, 0.125},
     };
     for (const auto& row : rows) {
@@ -78,7 +78,7 @@ void printPage(const Page& page) {
         const long peer = growth([&] {
             Bitmap decoded(page.bitmap.width, page.bitmap.height);
             MemoryTiff(page).decode(page, decoded);
-            const Pix pix = toPix(decoded);
+            const PixPtr pix = toPix(decoded);
             decoded = {};
             row.peer(pix.get());
         });

@@ -118,8 +118,8 @@ Bytes StripEncoder::strip() {
 
 // --- Leptonica --------------------------------------------------------------------
 
-Pix toPix(const unsigned char* rows, std::uint32_t width, std::uint32_t height, int depth) {
-    Pix pix(pixCreateNoInit(static_cast<l_int32>(width), static_cast<l_int32>(height), depth));
+PixPtr toPix(const unsigned char* rows, std::uint32_t width, std::uint32_t height, int depth) {
+    PixPtr pix(pixCreateNoInit(static_cast<l_int32>(width), static_cast<l_int32>(height), depth));
     const std::size_t rowBytes = (std::size_t{width} * static_cast<unsigned>(depth) + 7) / 8;
     const std::size_t pixBytes = static_cast<std::size_t>(pixGetWpl(pix.get())) * 4;
     auto* out = reinterpret_cast<unsigned char*>(pixGetData(pix.get()));
@@ -132,11 +132,11 @@ Pix toPix(const unsigned char* rows, std::uint32_t width, std::uint32_t height, 
     return pix;
 }
 
-Pix toPix(const Bitmap& bitmap) { return toPix(bitmap.bits.data(), bitmap.width, bitmap.height, 1); }
+PixPtr toPix(const Bitmap& bitmap) { return toPix(bitmap.bits.data(), bitmap.width, bitmap.height, 1); }
 
 Bitmap toBitmap(PIX* pix) {
     Bitmap bitmap(static_cast<std::uint32_t>(pixGetWidth(pix)), static_cast<std::uint32_t>(pixGetHeight(pix)));
-    const Pix swapped(pixEndianByteSwapNew(pix));
+    const PixPtr swapped(pixEndianByteSwapNew(pix));
     const std::size_t pixBytes = static_cast<std::size_t>(pixGetWpl(pix)) * 4;
     const auto* in = reinterpret_cast<const unsigned char*>(pixGetData(swapped.get()));
     for (std::size_t y = 0; y < bitmap.height; ++y) std::memcpy(bitmap.row(y), in + y * pixBytes, bitmap.rowBytes());
@@ -152,24 +152,24 @@ static void joinBelow(PIX* pix, int distance) {
     pixRasterop(pix, 0, 0, pixGetWidth(pix), pixGetHeight(pix) - distance, PIX_SRC | PIX_DST, pix, 0, distance);
 }
 
-Pix inkTenth(PIX* pix) {
-    const Pix half(pixReduceRankBinary2(pix, 1, nullptr));
+PixPtr inkTenth(PIX* pix) {
+    const PixPtr half(pixReduceRankBinary2(pix, 1, nullptr));
     pixSetWidth(half.get(), pixGetWidth(pix) / 10 * 5);
     pixSetHeight(half.get(), pixGetHeight(pix) / 10 * 5);
     for (int distance : {1, 2, 1}) joinBelow(half.get(), distance);
-    const Pix rows(pixScaleBinary(half.get(), 1, 0.2f));
+    const PixPtr rows(pixScaleBinary(half.get(), 1, 0.2f));
     for (int distance : {1, 2, 1}) joinRight(rows.get(), distance);
-    return Pix(pixScaleBinary(rows.get(), 0.2f, 1));
+    return PixPtr(pixScaleBinary(rows.get(), 0.2f, 1));
 }
 
-Pix inkThird(PIX* pix) {
-    const Pix copy(pixCopy(nullptr, pix));
+PixPtr inkThird(PIX* pix) {
+    const PixPtr copy(pixCopy(nullptr, pix));
     pixSetWidth(copy.get(), pixGetWidth(pix) / 3 * 3);
     pixSetHeight(copy.get(), pixGetHeight(pix) / 3 * 3);
     for (int distance : {1, 1}) joinBelow(copy.get(), distance);
-    const Pix rows(pixScaleBinary(copy.get(), 1, 1 / 3.0f));
+    const PixPtr rows(pixScaleBinary(copy.get(), 1, 1 / 3.0f));
     for (int distance : {1, 1}) joinRight(rows.get(), distance);
-    return Pix(pixScaleBinary(rows.get(), 1 / 3.0f, 1));
+    return PixPtr(pixScaleBinary(rows.get(), 1 / 3.0f, 1));
 }
 
 // --- counting ---------------------------------------------------------------------

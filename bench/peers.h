@@ -19,7 +19,7 @@ using Tiff = std::unique_ptr<TIFF, CloseTiff>;
 struct DestroyPix {
     void operator()(PIX* pix) const { pixDestroy(&pix); }
 };
-using Pix = std::unique_ptr<PIX, DestroyPix>;
+using PixPtr = std::unique_ptr<PIX, DestroyPix>;
 
 /// A file in memory; must outlive what opens it.
 struct MemoryFile {
@@ -55,16 +55,16 @@ private:
     MemoryFile file_;
 };
 
-Pix toPix(const Bitmap& bitmap);
+PixPtr toPix(const Bitmap& bitmap);
 /// 8 or 32 bits a pixel, `bytes` of them a row.
-Pix toPix(const unsigned char* rows, std::uint32_t width, std::uint32_t height, int depth);
+PixPtr toPix(const unsigned char* rows, std::uint32_t width, std::uint32_t height, int depth);
 /// A 1-bit image's rows in our form.
 Bitmap toBitmap(PIX* pix);
 
 /// Ink of every whole cell of 10 by 10 pixels, as fast as Leptonica's primitives allow.
-Pix inkTenth(PIX* pix);
+PixPtr inkTenth(PIX* pix);
 /// The same for 3 by 3 pixels.
-Pix inkThird(PIX* pix);
+PixPtr inkThird(PIX* pix);
 
 /// Black pixels of every 10 x 10 cell, rightmost and lowest incomplete cells left out.
 void countTenths(const Bitmap& bitmap, std::vector<std::uint32_t>& counts);

@@ -12,7 +12,7 @@ namespace bench {
 namespace {
 
 using Ours = std::function<IImg*(IImg&)>;
-using Peers = std::function<Pix(PIX*)>;
+using Peers = std::function<PixPtr(PIX*)>;
 
 /// One kind of picture on both sides, and the last results.
 struct Picture {
@@ -20,7 +20,7 @@ struct Picture {
     std::shared_ptr<IImg> image;
     std::shared_ptr<PIX> pix;
     Result ours;
-    Pix peer;
+    PixPtr peer;
 };
 using PicturePtr = std::shared_ptr<Picture>;
 
@@ -79,30 +79,30 @@ Ours scaling(double factor) {
 }
 
 Peers sampling(float factor) {
-    return [factor](PIX* pix) { return Pix(pixScaleBinary(pix, factor, factor)); };
+    return [factor](PIX* pix) { return PixPtr(pixScaleBinary(pix, factor, factor)); };
 }
 
 void addBilevelScaling(const PicturePtr& picture) {
     addExact(picture, "ink quarter, 1 bit", "pixReduceRankBinaryCascade", reducing(4, 1),
-             [](PIX* pix) { return Pix(pixReduceRankBinaryCascade(pix, 1, 1, 0, 0)); });
+             [](PIX* pix) { return PixPtr(pixReduceRankBinaryCascade(pix, 1, 1, 0, 0)); });
     addExact(picture, "ink third, 1 bit", "cells joined", reducing(3, 1), inkThird);
     addExact(picture, "ink tenth, 1 bit", "cells joined", reducing(10, 1), inkTenth);
     addOther(picture, "ink third, 1 bit", "pixScaleBinary, samples only", reducing(3, 1), sampling(1 / 3.0f));
     addOther(picture, "ink tenth, 1 bit", "pixScaleBinary, samples only", reducing(10, 1), sampling(1 / 10.0f));
     addOther(picture, "ink by 2.7, 1 bit", "pixScaleBinary, samples only", scaling(1 / 2.7), sampling(1 / 2.7f));
     addOther(picture, "ink by 2.7, 1 bit", "halves joined, then samples", scaling(1 / 2.7), [](PIX* pix) {
-        const Pix half(pixReduceRankBinary2(pix, 1, nullptr));
-        return Pix(pixScaleBinary(half.get(), 2 / 2.7f, 2 / 2.7f));
+        const PixPtr half(pixReduceRankBinary2(pix, 1, nullptr));
+        return PixPtr(pixScaleBinary(half.get(), 2 / 2.7f, 2 / 2.7f));
     });
     addExact(picture, "enlarge by 2, 1 bit", "pixExpandBinaryPower2", scaling(2),
-             [](PIX* pix) { return Pix(pixExpandBinaryPower2(pix, 2)); });
+             [](PIX* pix) { return PixPtr(pixExpandBinaryPower2(pix, 2)); });
     addOther(picture, "enlarge by 2.5, 1 bit", "pixScaleBinary", scaling(2.5), sampling(2.5f));
     addOther(picture, "grey tenth, 1 bit", "pixScaleToGray", reducing(10, 32),
-             [](PIX* pix) { return Pix(pixScaleToGray(pix, 0.1f)); });
+             [](PIX* pix) { return PixPtr(pixScaleToGray(pix, 0.1f)); });
     addOther(picture, "grey tenth, 1 bit", "pixScaleToGrayMipmap", reducing(10, 32),
-             [](PIX* pix) { return Pix(pixScaleToGrayMipmap(pix, 0.1f)); });
+             [](PIX* pix) { return PixPtr(pixScaleToGrayMipmap(pix, 0.1f)); });
     addOther(picture, "grey eighth, 1 bit", "pixScaleToGray8", reducing(8, 32),
-             [](PIX* pix) { return Pix(pixScaleToGray8(pix)); });
+             [](PIX* pix) { return PixPtr(pixScaleToGray8(pix)); });
 }
 
 /// A picture eight columns wider than the page, and the page laid into it at column 5.
@@ -111,7 +111,7 @@ struct Raster {
     std::shared_ptr<CImg1> image;
     std::shared_ptr<PIX> pix;
     Result ours;
-    Pix peer;
+    PixPtr peer;
 };
 
 std::shared_ptr<Raster> rasterOf(const PicturePtr& page, bool patterned) {
@@ -201,7 +201,7 @@ bool alikeDeep(IImg& image, PIX* pix) {
         image.getHeight() != static_cast<ImgULong>(pixGetHeight(pix)))
         return false;
     const bool wide = image.getType() == ImageTypeRGB;
-    const Pix peer(wide ? pixClone(pix) : pixEndianByteSwapNew(pix));
+    const PixPtr peer(wide ? pixClone(pix) : pixEndianByteSwapNew(pix));
     for (std::size_t y = 0; y < image.getHeight(); ++y) {
         const void* const row = wide ? static_cast<void*>(static_cast<CImg32&>(image).peekDataArray()[y])
                                      : static_cast<void*>(static_cast<CImg8&>(image).peekDataArray()[y]);
@@ -227,26 +227,25 @@ void addTurn(const PicturePtr& picture, const char* operation, const char* kind,
 void addTurns(const PicturePtr& picture, const char* kind) {
     addTurn(
         picture, "turn left", kind, "pixRotate90", [](IImg& image) { return image.rotate(90); },
-        [](PIX* pix) { return Pix(pixRotate90(pix, -1)); });
+        [](PIX* pix) { return PixPtr(pixRotate90(pix, -1)); });
     addTurn(
         picture, "turn right", kind, "pixRotate90", [](IImg& image) { return image.rotate(270); },
-        [](PIX* pix) { return Pix(pixRotate90(pix, 1)); });
+        [](PIX* pix) { return PixPtr(pixRotate90(pix, 1)); });
     addTurn(
         picture, "turn by 180", kind, "pixRotate180", [](IImg& image) { return image.rotate(180); },
-        [](PIX* pix) { return Pix(pixRotate180(nullptr, pix)); });
+        [](PIX* pix) { return PixPtr(pixRotate180(nullptr, pix)); });
     addTurn(
         picture, "mirror columns", kind, "pixFlipLR", [](IImg& image) { return image.mirror(ImgMirY); },
-        [](PIX* pix) { return Pix(pixFlipLR(nullptr, pix)); });
+        [](PIX* pix) { return PixPtr(pixFlipLR(nullptr, pix)); });
     addTurn(
         picture, "mirror rows", kind, "pixFlipTB", [](IImg& image) { return image.mirror(ImgMirX); },
-        [](PIX* pix) { return Pix(pixFlipTB(nullptr, pix)); });
-    // Each puts its pivot elsewhere and rounds its shears its own way; both keep the whole picture.
+        [](PIX* pix) { return PixPtr(pixFlipTB(nullptr, pix)); });
+    // Both keep the picture's size and turn it about its middle by three shears; each rounds these its own way.
     addPair(pairOf(
-        picture, std::string("shear by 7.5, ") + kind, "pixRotate, shears",
-        [](IImg& image) { return image.rotate(7.5); },
+        picture, std::string("shear by 7.5, ") + kind, "pixRotate3Shear", [](IImg& image) { return image.rotate(7.5); },
         [](PIX* pix) {
             constexpr float kAngle = -7.5f * 3.14159265f / 180;
-            return Pix(pixRotate(pix, kAngle, L_ROTATE_SHEAR, L_BRING_IN_WHITE, pixGetWidth(pix), pixGetHeight(pix)));
+            return PixPtr(pixRotate3Shear(pix, pixGetWidth(pix) / 2, pixGetHeight(pix) / 2, kAngle, L_BRING_IN_WHITE));
         }));
 }
 
