@@ -131,6 +131,16 @@ private:
     bool endOfBlock_ = false;
 };
 
+RowStatus decodeExact(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
+                      std::int32_t width, std::int32_t* coding, std::int32_t& codingCount) {
+    ExactRow row(tables, in, bit, reference, width, coding);
+    const RowStatus status = row.decode();
+    if (status != kRowDecoded) return status;
+    codingCount = row.count();
+    bit = row.position();
+    return kRowDecoded;
+}
+
 // --- the fast decoder -----------------------------------------------------------
 
 /// Whether the list increases from 0 to width + 1 and is closed by two more of it.
@@ -268,12 +278,7 @@ RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_
             return kRowDecoded;
         }
     }
-    ExactRow row(tables, in, bit, reference, width, coding);
-    const RowStatus status = row.decode();
-    if (status != kRowDecoded) return status;
-    codingCount = row.count();
-    bit = row.position();
-    return kRowDecoded;
+    return decodeExact(tables, in, bit, reference, width, coding, codingCount);
 }
 
 RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
@@ -290,11 +295,8 @@ RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64
             return kRowDecoded;
         }
     }
-    ExactRow row(tables, in, bit, reference, width, coding);
-    const RowStatus status = row.decode();
+    const RowStatus status = decodeExact(tables, in, bit, reference, width, coding, codingCount);
     if (status != kRowDecoded) return status;
-    codingCount = row.count();
-    bit = row.position();
     std::fill_n(coding + codingCount, kLineRepeats, width + 1);
     coding[kLineIrregular] = !increases({coding, codingCount}, width);
     return kRowDecoded;
