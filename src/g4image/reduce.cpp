@@ -71,6 +71,17 @@ CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
     return result;
 }
 
+/// Packs test(x) for `count` pixels; pad bits become 0.
+template <class Test>
+static void packBits(unsigned char* out, ImgULong count, Test test) {
+    for (ImgULong x = 0; x < count;) {
+        const unsigned pixels = std::min<ImgULong>(8, count - x);
+        unsigned byte = 0;
+        for (unsigned i = 0; i < pixels; ++i, ++x) byte = byte << 1 | test(x);
+        *out++ = static_cast<unsigned char>(byte << (8 - pixels));
+    }
+}
+
 /// Ink by counting: a cell is foreground when it holds a black pixel, or, with background 1, a white one.
 /// Null when memory runs out.
 CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
@@ -95,12 +106,9 @@ CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
             black += cells.fold(counts.get());
             unsigned char* const ink = result->peekData() + band * bytesPerRow;
             unsigned char* const white = wasKnown ? ink : whiteInk.get() + band * bytesPerRow;
-            for (ImgULong x = 0; x < newWidth; ++x) {
-                const unsigned shift = 7 - (x & 7);
-                const bool hasBlack = counts[x] != 0, hasWhite = counts[x] < std::uint64_t{rows} * cells.width(x);
-                if (!wasKnown) ink[x / 8] = static_cast<unsigned char>(ink[x / 8] | hasBlack << shift);
-                white[x / 8] = static_cast<unsigned char>(white[x / 8] | hasWhite << shift);
-            }
+            if (!wasKnown) packBits(ink, newWidth, [&](ImgULong x) { return counts[x] != 0; });
+            packBits(white, newWidth,
+                     [&](ImgULong x) { return counts[x] < std::uint64_t{rows} * cells.width(x); });
             std::fill_n(counts.get(), newWidth, 0);
         });
     if (whole && !wasKnown) {
