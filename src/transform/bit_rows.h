@@ -20,6 +20,12 @@ struct PackedRows {
     unsigned char* operator[](std::size_t row) const { return first + static_cast<std::ptrdiff_t>(row) * stride; }
 };
 
+/// A rectangle of packed rows: `height` rows of `width` pixels from column `left` on.
+struct BitArea {
+    PackedRows rows;
+    std::uint32_t left, width, height;
+};
+
 /// The same rows in reverse order.
 inline PackedRows upwards(const PackedRows& rows, std::size_t count) { return {rows[count - 1], -rows.stride}; }
 

@@ -5,8 +5,8 @@
 
 #include "foundation/bits.h"
 #include "foundation/lanes.h"
-#include "tilepress/CImg1.h"
 #include "transform/bit_moves.h"
+#include "transform/bit_rows.h"
 
 #include <bit>
 #include <cstddef>
@@ -15,19 +15,18 @@
 
 namespace tilepress {
 
-/// A part of packed rows, from the byte with its first pixel to the byte with its last one, in which ink is 1.
+/// An area's rows, from the byte with its first pixel to the byte with its last one, in which ink is 1.
 struct InkRows {
-    const unsigned char* first;
-    std::size_t stride, bytes;
+    PackedRows rows;
+    std::size_t bytes;
     Words2 flip;  // all ones where clear bits are ink
 
-    InkRows(const CImg1& image, const ImgRect& part, bool whiteIsInk)
-        : first(image.peekData() + std::size_t{part.getTop()} * image.getBytesPerLine() + part.getLeft() / 8),
-          stride(image.getBytesPerLine()),
-          bytes(packedBytes(std::uint64_t{part.getLeft() % 8} + part.getWidth())),
+    InkRows(const BitArea& area, bool whiteIsInk)
+        : rows{area.rows.first + area.left / 8, area.rows.stride},
+          bytes(packedBytes(std::uint64_t{area.left % 8} + area.width)),
           flip(bothWords(whiteIsInk ? ~std::uint64_t{0} : 0)) {}
 
-    const unsigned char* row(std::size_t y) const { return first + y * stride; }
+    const unsigned char* row(std::size_t y) const { return rows[y]; }
     /// Sixteen bytes of a row from `at` on.
     Words2 lanes(std::size_t y, std::size_t at) const { return loadLanes<Words2>(row(y) + at) ^ flip; }
     /// A row of less than sixteen bytes, with anything after them.

@@ -1,9 +1,6 @@
 // Mirrors and right angles of whole pictures, and the angles that count as such.
 
-#include "model/kinds.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/CImg8.h"
+#include "transform/areas.h"
 #include "transform/places.h"
 
 #include <cmath>
@@ -13,18 +10,6 @@ namespace {
 
 constexpr double kSnapTolerance = 0.001;  // degrees
 
-void sweep(Places places, const CImg1& dst, const CImg1& src) {
-    const auto rows = [](const CImg1& image) {
-        return PackedRows{image.peekData(), static_cast<std::ptrdiff_t>(image.getBytesPerLine())};
-    };
-    placeBits(places, rows(dst), rows(src), src.getWidth(), src.getHeight());
-}
-
-template <class Image>
-void sweep(Places places, const Image& dst, const Image& src) {
-    placePixels(places, dst.peekDataArray(), src.peekDataArray(), src.getWidth(), src.getHeight());
-}
-
 template <class Image>
 Image* placed(Places places, Image& image) {
     if (!hasPixels(image)) {
@@ -33,7 +18,7 @@ Image* placed(Places places, Image& image) {
     }
     const ImgULong width = image.getWidth(), height = image.getHeight();
     Image* result = createLike(image, places.turned ? height : width, places.turned ? width : height);
-    if (result) sweep(places, *result, image);
+    if (result) place(places, areaOf(*result), areaOf(image));
     return result;
 }
 

@@ -5,6 +5,7 @@
 
 #include "transform/bit_rows.h"
 #include "transform/blocks.h"
+#include "transform/rows.h"
 
 #include <cstddef>
 #include <cstring>
@@ -39,32 +40,32 @@ inline void reversePixels(Pixel* dst, const Pixel* src, std::size_t count) {
     while (end > src) *dst++ = *--end;
 }
 
-/// Pixels of a byte or a word; `width` and `height` are the source's.
+/// The whole picture `from` into another, of its size or of its size turned.
 template <class Pixel>
-inline void placePixels(Places places, Pixel* const* dst, Pixel* const* src, std::size_t width, std::size_t height) {
-    const auto rows = [](Pixel* const* table, std::size_t count, bool backwards) {
-        return backwards ? TableRows<Pixel>{table + (count - 1), -1} : TableRows<Pixel>{table, 1};
+inline void place(Places places, const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
+    const auto rows = [](const PixelArea<Pixel>& area, bool backwards) {
+        return backwards ? TableRows<Pixel>{area.table + (area.height - 1), -1} : TableRows<Pixel>{area.table, 1};
     };
-    const TableRows<Pixel> from = rows(src, height, places.fromBottom);
-    if (places.turned) return transposePixels(rows(dst, width, places.fromRight), from, width, height);
-    for (std::size_t y = 0; y < height; ++y) {
-        if (places.fromRight) reversePixels(dst[y], from[y], width);
-        else std::memcpy(dst[y], from[y], width * sizeof(Pixel));
+    const TableRows<Pixel> src = rows(from, places.fromBottom);
+    if (places.turned) return transposePixels(rows(to, places.fromRight), src, from.width, from.height);
+    for (std::size_t y = 0; y < from.height; ++y) {
+        if (places.fromRight) reversePixels(to[y], src[y], from.width);
+        else std::memcpy(to[y], src[y], from.width * sizeof(Pixel));
     }
 }
 
-/// Packed pixels into clear rows, whose pad bits stay 0.
-inline void placeBits(Places places, const PackedRows& dst, const PackedRows& src, std::size_t width,
-                      std::size_t height) {
-    const PackedRows from = places.fromBottom ? upwards(src, height) : src;
-    if (places.turned) return transposeBits(places.fromRight ? upwards(dst, width) : dst, from, width, height);
-    const std::size_t bytes = packedBytes(width);
-    for (std::size_t y = 0; y < height; ++y) {
+/// Into clear rows, whose pad bits stay 0.
+inline void place(Places places, const BitArea& to, const BitArea& from) {
+    const PackedRows src = places.fromBottom ? upwards(from.rows, from.height) : from.rows;
+    if (places.turned)
+        return transposeBits(places.fromRight ? upwards(to.rows, to.height) : to.rows, src, from.width, from.height);
+    const std::size_t bytes = packedBytes(from.width);
+    for (std::size_t y = 0; y < from.height; ++y) {
         if (places.fromRight) {
-            reverseBits(dst[y], from[y], width);
+            reverseBits(to.rows[y], src[y], from.width);
         } else {
-            std::memcpy(dst[y], from[y], bytes);
-            clearFrom(dst[y], bytes, width);
+            std::memcpy(to.rows[y], src[y], bytes);
+            clearFrom(to.rows[y], bytes, from.width);
         }
     }
 }

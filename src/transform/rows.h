@@ -12,6 +12,16 @@
 
 namespace tilepress {
 
+/// A rectangle of pixels: `height` rows of `width` pixels from column `left` on, reached through a table.
+template <class Pixel>
+struct PixelArea {
+    Pixel* const* table;
+    std::size_t left;
+    std::uint32_t width, height;
+
+    Pixel* operator[](std::size_t row) const { return table[row] + left; }
+};
+
 /// One pixel as often as eight or sixteen bytes hold it.
 inline std::uint64_t repeated(unsigned char pixel) { return everyByte(pixel); }
 inline Words4 repeated(ImgULong pixel) {

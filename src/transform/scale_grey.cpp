@@ -2,6 +2,7 @@
 
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
+#include "transform/areas.h"
 #include "transform/cells.h"
 #include "transform/grey.h"
 #include "transform/runs.h"
@@ -15,8 +16,8 @@ namespace {
 /// Counts the ink of the cells of one destination row after the other.
 class InkCounter {
 public:
-    InkCounter(const CImg1& source, const ImgRect& part, bool whiteIsInk)
-        : rows_(source, part, whiteIsInk), width_(part.getWidth()), shift_(part.getLeft() % 8) {}
+    InkCounter(const BitArea& from, bool whiteIsInk)
+        : rows_(from, whiteIsInk), width_(from.width), shift_(from.left % 8) {}
 
     /// False when memory runs out.
     bool prepare(ImgULong cells) {
@@ -73,7 +74,7 @@ using namespace tilepress;
 CImg32* CImg1::Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
     if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
     GreyMaps maps;
-    InkCounter counter(*this, src, calculateBackground() == 1);
+    InkCounter counter(areaOf(*this, src), calculateBackground() == 1);
     if (!maps.prepare(src.getWidth(), src.getHeight(), dstWidth, dstHeight) || !counter.prepare(dstWidth))
         return nullptr;
     CImg32* const result = CImg32::create(dstWidth, dstHeight, RGBOrderRGB);

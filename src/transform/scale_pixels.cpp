@@ -1,13 +1,8 @@
 // Palette and RGB images enlarged and reduced.
 
-#include "foundation/heap.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/CImg8.h"
-#include "transform/rows.h"
-#include "transform/runs.h"
+#include "transform/areas.h"
 #include "transform/scale.h"
-
-#include <cstring>
+#include "transform/scale_pixels.h"
 
 namespace tilepress {
 namespace {
@@ -16,35 +11,18 @@ template <class Image>
 Image* enlarged(const Image& source, ImgULong width, ImgULong height, const ImgRect& part) {
     if (!enlarges(source, part, width, height)) return nullptr;
     Image* const result = createLike(source, width, height);
-    Heap<ImgULong> starts;
-    if (!result || !markTable(starts, width, part.getWidth())) return finished(result, false);
-    const bool doubles = width % 2 == 0 && width / 2 == part.getWidth();
-    auto* const* const rows = result->peekDataArray();
-    forEachMark(height, part.getHeight(), [&](ImgULong first, ImgULong copies, ImgULong y) {
-        const auto* const src = source.peekDataArray()[part.getTop() + y] + part.getLeft();
-        if (doubles) doublePixels(rows[first], src, part.getWidth());
-        else repeatPixels(rows[first], src, starts.get(), part.getWidth());
-        for (ImgULong copy = 1; copy < copies; ++copy)
-            std::memcpy(rows[first + copy], rows[first], width * sizeof *rows[first]);
-    });
-    return result;
+    return finished(result, result && enlargePixels(areaOf(*result), areaOf(source, part)));
 }
 
-/// Fills `result`, which may be null, with the first pixels of the cells, or with a background given, with the first
-/// that differ from it.
+/// Fills the first `width` by `height` pixels of `result`, which may be null.
 template <class Image>
 Image* reduced(Image* result, const Image& source, ImgULong width, ImgULong height, const ImgRect& part,
                const ImgULong* background) {
-    Heap<ImgULong> starts;
-    if (!result || !markTable(starts, part.getWidth(), width)) return finished(result, false);
-    forEachMark(part.getHeight(), height, [&](ImgULong first, ImgULong count, ImgULong band) {
-        auto* const dst = result->peekDataArray()[band];
-        auto* const* const rows = source.peekDataArray() + part.getTop() + first;
-        pickPixels(dst, rows[0] + part.getLeft(), starts.get(), width);
-        for (ImgULong y = 0; background && y < count; ++y)
-            pickOthers(dst, rows[y] + part.getLeft(), starts.get(), width, *background);
-    });
-    return result;
+    if (!result) return nullptr;
+    auto to = areaOf(*result);
+    to.width = width;
+    to.height = height;
+    return finished(result, reducePixels(to, areaOf(source, part), background));
 }
 
 }  // namespace
