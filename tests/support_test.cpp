@@ -1,4 +1,4 @@
-#include "foundation/support.h"
+#include "tilepress/support.h"
 #include "foundation/bits.h"
 
 #include <gtest/gtest.h>

@@ -5,11 +5,7 @@
 /// The colour table that a palette image holds.
 
 #include "tilepress/api.h"
-
-/// One colour; components run from 0 to the table's maximum.
-struct ColorMapEntry {
-    int32_t red, green, blue;
-};
+#include "tilepress/support.h"
 
 /// A table of colours, owned by whoever made it.
 class TILEPRESS_API ColorMap {

@@ -21,7 +21,7 @@
 
 /// Calling convention of the plain functions.
 #if defined(_WIN32) && !defined(_WIN64)
-#  define TILEPRESS_CALL __attribute__((cdecl))
+#  define TILEPRESS_CALL __cdecl
 #else
 #  define TILEPRESS_CALL
 #endif

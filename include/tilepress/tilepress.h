@@ -13,9 +13,11 @@
 #include "tilepress/Export.h"
 #include "tilepress/IImg.h"
 #include "tilepress/ImgErr.h"
+#include "tilepress/ImgHandle.h"
 #include "tilepress/ImgRect.h"
 #include "tilepress/Rothstein.h"
 #include "tilepress/TileIterators.h"
 #include "tilepress/ccitt.h"
+#include "tilepress/support.h"
 
 #endif

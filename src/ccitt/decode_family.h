@@ -1,12 +1,13 @@
 #pragma once
 
-// The decoding tables of the class family, for the image class itself.
+// The decoding tables of the families, for the image class and for compressed handles.
 
 #include "ccitt/decode_tables.h"
 
 namespace tilepress::g4 {
 
-/// Null while the class family is not enabled.
+// Null while the family is not enabled.
 const DecodeTables* classDecodeTables();
+const DecodeTables* plainDecodeTables();
 
 }  // namespace tilepress::g4

@@ -1,7 +1,7 @@
 #include "ccitt/decode_family.h"
 #include "ccitt/decode_row.h"
 #include "foundation/heap.h"
-#include "foundation/support.h"
+#include "tilepress/support.h"
 #include "tilepress/ccitt.h"
 
 #include <cstdlib>
@@ -57,6 +57,7 @@ std::int16_t decodeExported(const DecodeFamily& family, const std::int32_t* refe
 }  // namespace
 
 const DecodeTables* classDecodeTables() { return classFamily.tables; }
+const DecodeTables* plainDecodeTables() { return plainFamily.tables; }
 
 }  // namespace tilepress::g4
 

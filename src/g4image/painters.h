@@ -3,6 +3,7 @@
 // What the row painters share: the parameters of a walk, and the one loop that
 // turns a decoded tile row into the runs of the rectangle.
 
+#include "ccitt/clipped_runs.h"
 #include "ccitt/decode_family.h"
 #include "ccitt/decode_row.h"
 #include "foundation/bits.h"
@@ -38,15 +39,8 @@ inline void clippedRuns(const std::int32_t* list, std::int32_t count, ImgULong t
                         OnRun onRun) {
     // Kept: the first white run of a row begins one column early, in the tile to the left, and is
     // not painted at all where there is no such tile. Later white runs and all black ones are exact.
-    std::int32_t k = !info.paintWhite ? 2 : list[1] == 1 ? 3 : 1;
-    const std::int64_t toImage = std::int64_t{tileLeft} - 1;
-    for (; k < count - 2; k += 2) {
-        const std::int64_t start = toImage + list[k - 1];
-        if (start < 0) continue;
-        const std::int64_t from = std::max<std::int64_t>(start - info.clipStart, 0);
-        const std::int64_t to = std::min(toImage + list[k] - info.clipStart, info.width);
-        if (from < to) onRun(static_cast<std::size_t>(from), static_cast<std::size_t>(to));
-    }
+    const std::int32_t first = !info.paintWhite ? 2 : list[1] == 1 ? 3 : 1;
+    clippedRuns(list, count, first, tileLeft, ColumnRange{info.clipStart, info.width}, onRun);
 }
 
 /// ORs the work row into a destination row and clears it.

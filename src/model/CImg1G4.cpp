@@ -1,6 +1,6 @@
 #include "tilepress/CImg1G4.h"
 
-#include "foundation/bits.h"
+#include "foundation/coded.h"
 #include "foundation/heap.h"
 #include "foundation/line.h"
 #include "model/bilevel_row.h"
@@ -28,16 +28,6 @@ Img1G4Tile::Img1G4Tile()
 Img1G4Tile::Img1G4Tile(unsigned char*, ImgULong, ImgULong) : Img1G4Tile() {}
 Img1G4Tile::~Img1G4Tile() = default;  // the image frees the bytes: see CImg1G4::releaseData
 unsigned char* Img1G4Tile::getData() { return nullptr; }
-
-/// Zero bytes behind a tile's own, so that the decoder can read ahead by words.
-static constexpr std::uint64_t kTileBack = 32;
-
-/// A tile's bytes as a plain byte stream, pairs exchanged; null when memory runs out.
-static unsigned char* codedBytes(const unsigned char* tile, ImgULong length) {
-    unsigned char* bytes = allocate<unsigned char>(std::uint64_t{length} + length % 2 + kTileBack);
-    if (bytes) exchangePairs(bytes, tile, length);
-    return bytes;
-}
 
 // --- the grid ---
 

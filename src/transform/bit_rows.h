@@ -73,6 +73,13 @@ inline void copyBits(unsigned char* dst, std::size_t count, const unsigned char*
         dst[to] = static_cast<unsigned char>(src[end - 1] << shift);
 }
 
+/// Turns every bit of `count` bytes over.
+inline void complement(unsigned char* bytes, std::size_t count) {
+    std::size_t i = 0;
+    for (; i + 16 <= count; i += 16) storeLanes(bytes + i, ~loadLanes<Words2>(bytes + i));
+    for (; i < count; ++i) bytes[i] = static_cast<unsigned char>(~bytes[i]);
+}
+
 /// Exchanges the bits within each byte, first for last, of a word or of two.
 template <class Bits>
 inline Bits reverseInBytes(Bits v) {

@@ -5,6 +5,7 @@
 
 #include "foundation/lanes.h"
 #include "transform/bit_rows.h"
+#include "transform/rows.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -75,6 +76,7 @@ inline void turnBlock(const TableRows<Pixel>& to, const TableRows<Pixel>& from, 
 /// In tiles of a cache line's width and of as many rows as leave the processor's address tables room for the
 /// destination's, each on a page of its own; while a tile is turned, the lines of the next one are fetched.
 template <class Pixel>
+    requires kFillsLanes<Pixel>
 inline void transposePixels(const TableRows<Pixel>& to, const TableRows<Pixel>& from, std::size_t width,
                             std::size_t height) {
     constexpr std::size_t side = 16 / sizeof(Pixel), tileWidth = 4 * side, tileHeight = 256;
@@ -93,6 +95,18 @@ inline void transposePixels(const TableRows<Pixel>& to, const TableRows<Pixel>& 
 
     for (std::size_t y = 0; y < height; ++y)
         for (std::size_t x = y < wholeRows ? wholeColumns : 0; x < width; ++x) to[x][y] = from[y][x];
+}
+
+/// The same for pixels that fill no register, in squares that the caches hold.
+template <class Pixel>
+    requires(!kFillsLanes<Pixel>)
+inline void transposePixels(const TableRows<Pixel>& to, const TableRows<Pixel>& from, std::size_t width,
+                            std::size_t height) {
+    constexpr std::size_t side = 32;
+    for (std::size_t top = 0; top < height; top += side)
+        for (std::size_t left = 0; left < width; left += side)
+            for (std::size_t x = left; x < std::min(left + side, width); ++x)
+                for (std::size_t y = top; y < std::min(top + side, height); ++y) to[x][y] = from[y][x];
 }
 
 /// Bit n is the highest bit of byte n.

@@ -1,20 +1,14 @@
 // Bilevel images changed in place: inversion and straight lines.
 
-#include "foundation/lanes.h"
 #include "model/kinds.h"
 #include "tilepress/CImg1.h"
+#include "transform/bit_rows.h"
 
 #include <algorithm>
 #include <cstdint>
 
 namespace tilepress {
 namespace {
-
-void complement(unsigned char* bytes, std::size_t count) {
-    std::size_t i = 0;
-    for (; i + 16 <= count; i += 16) storeLanes(bytes + i, ~loadLanes<Words2>(bytes + i));
-    for (; i < count; ++i) bytes[i] = static_cast<unsigned char>(~bytes[i]);
-}
 
 /// One coordinate of a line: where it starts, which way it goes and how far.
 struct Axis {

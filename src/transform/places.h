@@ -33,10 +33,11 @@ inline void reversePixels(unsigned char* dst, const unsigned char* src, std::siz
 template <class Pixel>
 inline void reversePixels(Pixel* dst, const Pixel* src, std::size_t count) {
     const Pixel* end = src + count;
-    for (; end - src >= 4; end -= 4, dst += 4) {
-        const Words4 v = loadLanes<Words4>(end - 4);
-        storeLanes(dst, __builtin_shufflevector(v, v, 3, 2, 1, 0));
-    }
+    if constexpr (sizeof(Pixel) == 4)
+        for (; end - src >= 4; end -= 4, dst += 4) {
+            const Words4 v = loadLanes<Words4>(end - 4);
+            storeLanes(dst, __builtin_shufflevector(v, v, 3, 2, 1, 0));
+        }
     while (end > src) *dst++ = *--end;
 }
 

@@ -29,8 +29,18 @@ inline Words4 repeated(ImgULong pixel) {
     return Words4{v, v, v, v};
 }
 
+/// Whether sixteen bytes hold a whole number of pixels.
+template <class Pixel>
+inline constexpr bool kFillsLanes = 16 % sizeof(Pixel) == 0;
+
 /// Repeats pixel k over cell k.
 template <class Pixel>
+    requires(!kFillsLanes<Pixel>)
+inline void repeatPixels(Pixel* dst, const Pixel* src, const ImgULong* starts, std::size_t cells) {
+    for (std::size_t k = 0; k < cells; ++k) std::fill(dst + starts[k], dst + starts[k + 1], src[k]);
+}
+template <class Pixel>
+    requires kFillsLanes<Pixel>
 inline void repeatPixels(Pixel* dst, const Pixel* src, const ImgULong* starts, std::size_t cells) {
     constexpr std::size_t block = sizeof(repeated(Pixel{})) / sizeof(Pixel);
     // Whole blocks, while there is room for what they write past their cell: the next cells overwrite it.
@@ -61,9 +71,11 @@ inline void doubleSixteenBytes(ImgULong* dst, const ImgULong* src) {
 /// Every pixel twice.
 template <class Pixel>
 inline void doublePixels(Pixel* dst, const Pixel* src, std::size_t count) {
-    constexpr std::size_t block = 16 / sizeof(Pixel);
     std::size_t k = 0;
-    for (; k + block <= count; k += block) doubleSixteenBytes(dst + 2 * k, src + k);
+    if constexpr (kFillsLanes<Pixel>) {
+        constexpr std::size_t block = 16 / sizeof(Pixel);
+        for (; k + block <= count; k += block) doubleSixteenBytes(dst + 2 * k, src + k);
+    }
     for (; k < count; ++k) dst[2 * k] = dst[2 * k + 1] = src[k];
 }
 

@@ -1,0 +1,173 @@
+// Compressed handles as one block that can be moved: written out, and revived in place.
+
+#include "foundation/heap.h"
+#include "handles/operations.h"
+#include "handles/tiffg4.h"
+
+#include <cstring>
+
+namespace tilepress::handles {
+namespace {
+
+/// Where the areas of a block lie. Pointers have the size of this system's.
+struct FlatLayout {
+    std::uint64_t tileRows, columnBufA, columnBufB, byteCounts, tileData, records, columnBuffers, coded, total;
+
+    FlatLayout(const TileGrid& grid, const ImgG4Header& header) {
+        constexpr std::uint64_t pointer = sizeof(void*);
+        const std::uint64_t across = grid.across, tiles = grid.tiles();
+        tileRows = sizeof(ImgHandle) + sizeof(ImgG4Header);
+        columnBufA = tileRows + pointer * grid.down;
+        columnBufB = columnBufA + pointer * across;
+        byteCounts = columnBufB + pointer * across;
+        tileData = (byteCounts + 4 * tiles + pointer - 1) / pointer * pointer;
+        records = tileData + pointer * tiles;
+        columnBuffers = records + sizeof(ImgG4TileRec) * tiles;
+        coded = columnBuffers + 2 * across * columnBufferBytes(header.tileWidth);
+        total = coded + header.totalBytes;
+    }
+    /// Sizes of blocks are 32-bit words.
+    static bool fits(const TileGrid& grid, const ImgG4Header& header) {
+        return grid.tiles() <= UINT32_MAX && FlatLayout(grid, header).total <= UINT32_MAX;
+    }
+};
+static_assert(sizeof(ImgG4Header) == (sizeof(void*) == 4 ? 168 : 184));
+static_assert(sizeof(ImgG4TileRec) == (sizeof(void*) == 4 ? 36 : 40));
+static_assert(sizeof(ImgHandle) == 18 * sizeof(void*));
+
+/// An offset where a pointer will be.
+template <class T>
+T* offset(std::uint64_t n) {
+    return reinterpret_cast<T*>(static_cast<std::uintptr_t>(n));
+}
+
+// --- the other byte order ---------------------------------------------------------------
+
+/// Whether the words describe a compressed image.
+bool isValid(const ImgG4Header& header) {
+    const ImgQuad& quad = header.quads.srcQuad;
+    if (quad.x0 < 0 || quad.y0 < 0 || quad.x2 < 0 || quad.y2 < 0) return false;
+    const std::int64_t width = quadWidth(quad), height = quadHeight(quad);
+    return header.tileWidth > 0 && header.tileWidth <= width && header.tileHeight > 0 && header.tileHeight <= height &&
+           header.bytesPerLine == packedBytes(static_cast<std::uint64_t>(width));
+}
+
+/// The lowest number stays negative, which no corner may be.
+std::int32_t magnitude(std::int32_t n) { return n < 0 ? static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(n)) : n; }
+
+/// Kept: only these words are converted; the other quadrilaterals, rotation and mirror stay as they came.
+void convertHeader(ImgG4Header& header) {
+    ImgQuad& quad = header.quads.srcQuad;
+    for (std::int32_t* corner : {&quad.x0, &quad.y0, &quad.x2, &quad.y2}) tra_swap_4(corner);
+    const std::int32_t right = magnitude(quad.x2), bottom = magnitude(quad.y2);
+    quad = {0, 0, 0, bottom, right, bottom, right, 0};
+    for (std::uint32_t* word : {&header.bytesPerLine, &header.tileWidth, &header.tileHeight, &header.totalBytes})
+        tra_swap_4(word);
+}
+
+void convertCoded(unsigned char* bytes, std::uint32_t count) {
+    for (std::uint32_t i = 0; i + 1 < count; i += 2) tra_swap_2(bytes + i);
+}
+
+}  // namespace
+
+std::uint32_t ImgTIFFG4Serialize(ImgHandle* image, void** buffer, std::uint32_t* size) {
+    if (!buffer || !size) return 0;
+    *buffer = nullptr;
+    *size = 0;
+    if (!isTiffG4(image) || !image->data) return 0;
+    const ImgG4Header& header = *static_cast<const ImgG4Header*>(image->header);
+    const TileGrid grid(header);
+    if (!header.byteCounts || !FlatLayout::fits(grid, header)) return 0;
+    std::uint64_t sum = 0;
+    for (std::uint64_t k = 0; k < grid.tiles(); ++k) sum += header.byteCounts[k];
+    if (sum > header.totalBytes) return 0;
+
+    const FlatLayout at(grid, header);
+    unsigned char* const block = allocate<unsigned char>(at.total);
+    if (!block) return 0;
+    ImgHandle handle{};
+    handle.type = image->type;
+    handle.data = offset<void>(at.tileData);
+    std::memcpy(block, &handle, sizeof handle);
+    ImgG4Header flat = header;
+    flat.tileRows = offset<ImgG4TileRec*>(at.tileRows);
+    flat.columnBufA = offset<void*>(at.columnBufA);
+    flat.columnBufB = offset<void*>(at.columnBufB);
+    flat.byteCounts = offset<std::uint32_t>(at.byteCounts);
+    std::memcpy(block + sizeof handle, &flat, sizeof flat);
+    std::memcpy(block + at.byteCounts, header.byteCounts, static_cast<std::size_t>(4 * grid.tiles()));
+    unsigned char* coded = block + at.coded;
+    void* const* const tiles = static_cast<void* const*>(image->data);
+    for (std::uint64_t k = 0; k < grid.tiles(); ++k) {
+        if (tiles[k]) std::memcpy(coded, tiles[k], header.byteCounts[k]);
+        coded += header.byteCounts[k];
+    }
+    *buffer = block;
+    *size = static_cast<std::uint32_t>(at.total);
+    return 1;
+}
+
+ImgHandle* ImgTIFFG4Deserialize(void* buffer) {
+    if (!buffer) return nullptr;
+    unsigned char* const block = static_cast<unsigned char*>(buffer);
+    ImgHandle* const image = static_cast<ImgHandle*>(buffer);
+    ImgInstallOps(ImgTypeTiffG4, image);
+    ImgG4Header& header = *reinterpret_cast<ImgG4Header*>(block + sizeof(ImgHandle));
+    image->header = &header;
+    const bool foreign = !isValid(header);
+    if (foreign) {
+        convertHeader(header);
+        if (!isValid(header)) return nullptr;
+    }
+    const TileGrid grid(header);
+    if (!FlatLayout::fits(grid, header)) return nullptr;
+    const FlatLayout at(grid, header);
+    const auto area = [block](std::uint64_t n) { return block + static_cast<std::size_t>(n); };
+    header.tileRows = reinterpret_cast<ImgG4TileRec**>(area(at.tileRows));
+    header.columnBufA = reinterpret_cast<void**>(area(at.columnBufA));
+    header.columnBufB = reinterpret_cast<void**>(area(at.columnBufB));
+    header.byteCounts = reinterpret_cast<std::uint32_t*>(area(at.byteCounts));
+    void** const tiles = reinterpret_cast<void**>(area(at.tileData));
+    image->data = tiles;
+
+    std::uint64_t sum = 0;
+    for (std::size_t n = 0; n < grid.tiles(); ++n) {
+        if (foreign) tra_swap_4(&header.byteCounts[n]);
+        sum += header.byteCounts[n];
+    }
+    if (sum > header.totalBytes) return nullptr;
+    unsigned char* coded = area(at.coded);
+    for (std::size_t n = 0; n < grid.tiles(); ++n) {
+        if (foreign) convertCoded(coded, header.byteCounts[n]);
+        tiles[n] = coded;
+        coded += header.byteCounts[n];
+    }
+    auto* const records = reinterpret_cast<ImgG4TileRec*>(area(at.records));
+    std::size_t k = 0;
+    for (std::uint32_t r = 0; r < grid.down; ++r) {
+        header.tileRows[r] = records + k;
+        for (std::uint32_t c = 0; c < grid.across; ++c, ++k) setTile(header.tileRows[r][c], header, r, c, tiles[k]);
+    }
+    const std::uint64_t bytes = columnBufferBytes(header.tileWidth);
+    for (std::uint32_t c = 0; c < grid.across; ++c) {
+        header.columnBufA[c] = area(at.columnBuffers + bytes * c);
+        header.columnBufB[c] = area(at.columnBuffers + bytes * (std::uint64_t{grid.across} + c));
+    }
+    return image;
+}
+
+}  // namespace tilepress::handles
+
+using namespace tilepress::handles;
+
+std::uint32_t TiffG4Serialize(ImgHandle* image, void** buffer, std::uint32_t* size) {
+    if (image && image->serialize) image->serialize(image, buffer, size);
+    return 1;  // Kept: whatever came of it
+}
+
+std::uint32_t TiffG4Deserialize(ImgHandle** out, void* buffer) {
+    ImgHandle* const image = ImgTIFFG4Deserialize(buffer);
+    if (out) *out = image;
+    return 1;  // Kept: whatever came of it
+}
