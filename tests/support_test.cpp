@@ -1,3 +1,4 @@
+#include "tilepress/ColorMap.h"
 #include "tilepress/support.h"
 #include "foundation/bits.h"
 
