@@ -5,6 +5,7 @@
 #include "peers.h"
 #include "report.h"
 #include "results.h"
+#include "rows.h"
 
 #include "tilepress/CImg32.h"
 #include "tilepress/Rothstein.h"
@@ -52,19 +53,60 @@ Pair pairOf(const std::shared_ptr<Codec>& codec, const char* operation, const ch
     return {operation, codec->page->name, peerName, codec->page->pixels(), {}, {}, {}};
 }
 
-void addDecoding(const std::shared_ptr<Codec>& codec) {
-    Pair pair = pairOf(codec, "decode", "libtiff");
-    const std::shared_ptr<CImg1> dest(CImg1::create(codec->width(), codec->height(), 0xFFFFFF, 0, ImgAlignNone));
-    pair.ours = [codec, dest] {
+std::string decoding(const Page& page) {
+    if (page.name.find("halftone") != std::string::npos) return "decode, halftones";
+    return page.tiled ? "decode, tiles" : "decode, strips";
+}
+
+/// Ours, into a clear bitmap, from the coded bytes on.
+std::function<void()> ourDecode(const std::shared_ptr<Codec>& codec, const std::shared_ptr<CImg1>& dest) {
+    return [codec, dest] {
         const auto image = codec->tiles.image();
         image->setBackgroundColor(0);
         std::memset(dest->peekData(), 0, dest->getTotalBytes());
         image->uncompress(dest.get(), image->getRect());
     };
+}
+
+std::shared_ptr<CImg1> emptyPage(const Codec& codec) {
+    return std::shared_ptr<CImg1>(CImg1::create(codec.width(), codec.height(), 0xFFFFFF, 0, ImgAlignNone));
+}
+
+void addDecoding(const std::shared_ptr<Codec>& codec) {
+    const std::string operation = decoding(*codec->page);
+    Pair pair = pairOf(codec, operation.c_str(), "libtiff");
+    const auto dest = emptyPage(*codec);
+    pair.ours = ourDecode(codec, dest);
     pair.peer = [codec] { codec->tiff.decode(*codec->page, codec->decoded); };
     pair.same = [codec, dest] {
         codec->decoded.clearSpareBits();
         return alike(bitmapOf(*dest), codec->decoded);
+    };
+    addPair(std::move(pair));
+}
+
+void addRowDecoding(const std::shared_ptr<Codec>& codec) {
+    if (codec->page->tiles.size() != 1 || codec->page->tiled) return;
+    const auto rows = std::make_shared<CodedRows>(codec->page->tiles[0], codec->width(), codec->height());
+    Pair pair = pairOf(codec, "row decode, a code", "6 ns");
+    pair.pixels = rows->codes();
+    pair.peerSeconds = 6e-9 * pair.pixels;
+    const auto whole = std::make_shared<bool>();
+    pair.ours = [rows, whole] { *whole = rows->decode(); };
+    pair.same = [whole] { return *whole; };
+    addPair(std::move(pair));
+}
+
+/// What a reduction or enlargement takes beside decoding to a bitmap and, where asked for, writing as many bytes as its result has.
+void addBesideDecode(const std::shared_ptr<Codec>& codec, const char* operation, std::function<void()> ours,
+                     std::size_t outputBytes) {
+    const auto dest = emptyPage(*codec);
+    const auto output = std::make_shared<Bytes>(outputBytes);
+    Pair pair = pairOf(codec, operation, outputBytes ? "our decode, output" : "our decode");
+    pair.ours = std::move(ours);
+    pair.peer = [decode = ourDecode(codec, dest), output] {
+        decode();
+        std::fill(output->begin(), output->end(), static_cast<unsigned char>(output->size()));
     };
     addPair(std::move(pair));
 }
@@ -93,6 +135,7 @@ void addGreyTenths(const std::shared_ptr<Codec>& codec) {
     };
     pair.same = [codec, counts] { return greysAreThoseOf(*counts, codec->ours, codec->isDark()); };
     addPair(std::move(pair));
+    addBesideDecode(codec, "grey tenth", ours, 0);
 
     pair = pairOf(codec, "grey tenth", "libtiff, then pixScaleToGray");
     pair.ours = ours;
@@ -121,7 +164,10 @@ void addInk(const std::shared_ptr<Codec>& codec, const char* operation, const ch
     };
     // White ink on a dark page is no work that the peer was asked to do.
     if (!codec->isDark()) pair.same = [codec] { return alike(bitmapOf(codec->ours), toBitmap(codec->peer.get())); };
+    const auto ours = pair.ours;
     addPair(std::move(pair));
+    const std::size_t result = codec->page->bitmap.bits.size() / factor / factor;
+    addBesideDecode(codec, operation, ours, result);
 }
 
 void addEnlarging(const std::shared_ptr<Codec>& codec) {
@@ -133,7 +179,9 @@ void addEnlarging(const std::shared_ptr<Codec>& codec) {
         codec->peer.reset(pixExpandBinaryPower2(codec->decodeToPix().get(), 2));
     };
     pair.same = [codec] { return alike(bitmapOf(codec->ours), toBitmap(codec->peer.get())); };
+    const auto ours = pair.ours;
     addPair(std::move(pair));
+    addBesideDecode(codec, "enlarge by 2", ours, 4 * codec->page->bitmap.bits.size());
 }
 
 struct FreeBlock {
@@ -174,6 +222,7 @@ void addEncoding(const std::shared_ptr<Codec>& codec) {
 void addCodecPairs(const PagePtr& page) {
     const auto codec = std::make_shared<Codec>(page);
     addDecoding(codec);
+    addRowDecoding(codec);
     addGreyTenths(codec);
     addInk(codec, "ink quarter", "libtiff, then pixReduceRankBinaryCascade", 4,
            [](PIX* pix) { return PixPtr(pixReduceRankBinaryCascade(pix, 1, 1, 0, 0)); });

@@ -7,11 +7,6 @@
 
 namespace bench {
 
-void Bitmap::clearSpareBits() {
-    if (width % 8 == 0) return;
-    for (std::size_t y = 0; y < height; ++y) row(y)[rowBytes() - 1] &= static_cast<unsigned char>(0xFF00 >> width % 8);
-}
-
 std::size_t Page::codedBytes() const {
     std::size_t sum = 0;
     for (const Bytes& tile : tiles) sum += tile.size();

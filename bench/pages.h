@@ -25,7 +25,10 @@ struct Bitmap {
     std::size_t rowBytes() const { return (width + 7) / 8; }
     unsigned char* row(std::size_t y) { return bits.data() + y * rowBytes(); }
     const unsigned char* row(std::size_t y) const { return bits.data() + y * rowBytes(); }
-    void clearSpareBits();
+    void clearSpareBits() {
+        for (std::size_t y = 0; width % 8 && y < height; ++y)
+            row(y)[rowBytes() - 1] &= static_cast<unsigned char>(0xFF00 >> width % 8);
+    }
 };
 
 struct Page {

@@ -1,10 +1,13 @@
 #include "report.h"
 
+#include "goals.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <map>
 #include <memory>
@@ -15,7 +18,9 @@ namespace {
 
 // Two functions by name and out of line: callgrind's --toggle-collect can count one side alone.
 [[gnu::noinline]] void runOurs(const Pair& pair) { pair.ours(); }
-[[gnu::noinline]] void runPeer(const Pair& pair) { pair.peer(); }
+[[gnu::noinline]] void runPeer(const Pair& pair) {
+    if (pair.peer) pair.peer();
+}
 
 /// Of this thread on a processor: what other programs take does not count.
 double now() {
@@ -66,6 +71,7 @@ void measure(benchmark::State& state, std::size_t index) {
         if (peerFirst) b = seconds(runPeer, pair);
         a = seconds(runOurs, pair);
         if (!peerFirst) b = seconds(runPeer, pair);
+        if (pair.peerSeconds > 0) b = pair.peerSeconds;
         peerFirst = !peerFirst;
         ours.push_back(a);
         peer.push_back(b);
@@ -79,16 +85,37 @@ void measure(benchmark::State& state, std::size_t index) {
     state.counters["index"] = static_cast<double>(index);
 }
 
+/// All pages of an operation beside a peer.
 struct Summary {
-    double logs = 0, least = 1e300, most = 0;
+    double logs = 0, oursLogs = 0, peerLogs = 0, least = 1e300, most = 0;
     int count = 0;
-    void add(double ratio) {
+    void add(double ratio, double ours, double peer) {
         logs += std::log(ratio);
+        oursLogs += std::log(ours);
+        peerLogs += std::log(peer);
         least = std::min(least, ratio);
         most = std::max(most, ratio);
         ++count;
     }
+    double mean(double sum) const { return std::exp(sum / count); }
 };
+
+const Goal* goalOf(const std::string& operation, const std::string& peer) {
+    const auto* const goal = std::find_if(std::begin(kGoals), std::end(kGoals),
+                                          [&](const Goal& g) { return operation == g.operation && peer == g.peer; });
+    return goal == std::end(kGoals) ? nullptr : goal;
+}
+
+void printSummary(const std::string& operation, const std::string& peer, const Summary& s) {
+    const Goal* const goal = goalOf(operation, peer);
+    char wanted[24] = "", verdict[] = "  -";
+    if (goal) {
+        std::snprintf(wanted, sizeof wanted, goal->least > 0 ? "%.2f (%.1f)" : "%.2f", goal->mean, goal->least);
+        std::memcpy(verdict, s.mean(s.logs) >= goal->mean && s.least >= goal->least ? "yes" : "NO ", 3);
+    }
+    std::printf("| %-24s | %-42s | %8.4f | %8.4f | %6.2f | %5.2f - %-6.2f | %-11s | %s |\n", operation.c_str(),
+                peer.c_str(), s.mean(s.oursLogs), s.mean(s.peerLogs), s.mean(s.logs), s.least, s.most, wanted, verdict);
+}
 
 const char* remark(Sameness sameness) {
     if (sameness == Sameness::differs) return " [RESULTS DIFFER]";
@@ -118,17 +145,19 @@ public:
             allSame = allSame && entry.sameness != Sameness::differs;
             const std::string key = pair.operation + '\n' + pair.peerName;
             if (!summaries_.count(key)) order_.push_back(key);
-            summaries_[key].add(ratio);
+            summaries_[key].add(ratio, run.counters.at("ours"), run.counters.at("peer"));
         }
     }
 
     void Finalize() override {
-        std::printf("\nThe peer's time divided by ours, geometric mean over the pages (least - most):\n");
+        std::printf(
+            "\nNanoseconds a pixel and the peer's time divided by ours, geometric means over the pages, and the goal for\n"
+            "the latter (for each page).\n\n"
+            "| %-24s | %-42s | %8s | %8s | %6s | %-14s | %-11s | met |\n|---|---|---|---|---|---|---|---|\n",
+            "operation", "peer", "ours", "peer's", "ratio", "of all pages", "goal");
         for (const std::string& key : order_) {
-            const Summary& s = summaries_[key];
             const std::size_t split = key.find('\n');
-            std::printf("%-25s %6.2fx  (%.2f - %.2f, %d)  %s\n", key.substr(0, split).c_str(),
-                        std::exp(s.logs / s.count), s.least, s.most, s.count, key.substr(split + 1).c_str());
+            printSummary(key.substr(0, split), key.substr(split + 1), summaries_[key]);
         }
         if (!allSame) std::printf("Some results differ that should not.\n");
     }

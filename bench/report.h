@@ -14,6 +14,7 @@ struct Pair {
     std::function<void()> ours, peer;
     /// Whether both last results are the same pixels. Empty where the peer's rule is another one: that is said.
     std::function<bool()> same;
+    double peerSeconds = 0;  ///< where a bound takes the place of a peer
 };
 
 /// Puts a pair into the run. Nothing is computed yet.

@@ -60,6 +60,17 @@ void addOther(const PicturePtr& picture, const char* operation, const char* peer
     addPair(pairOf(picture, operation, peerName, ours, peer));
 }
 
+/// Beside another operation of ours.
+void addOwn(const PicturePtr& picture, const char* operation, const char* peerName, Ours ours, Ours other) {
+    Pair pair = pairOf(picture, operation, peerName, ours, {});
+    const auto last = std::make_shared<Result>();
+    pair.peer = [picture, other, last] {
+        last->reset();
+        last->reset(other(*picture->image));
+    };
+    addPair(std::move(pair));
+}
+
 /// The whole cells of the picture, reduced.
 Ours reducing(std::uint32_t factor, ImgULong depth) {
     return [factor, depth](IImg& image) {
@@ -94,13 +105,17 @@ void addBilevelScaling(const PicturePtr& picture) {
         const PixPtr half(pixReduceRankBinary2(pix, 1, nullptr));
         return PixPtr(pixScaleBinary(half.get(), 2 / 2.7f, 2 / 2.7f));
     });
+    addOwn(picture, "ink by 2.7, 1 bit", "our ink quarter", scaling(1 / 2.7), reducing(4, 1));
     addExact(picture, "enlarge by 2, 1 bit", "pixExpandBinaryPower2", scaling(2),
              [](PIX* pix) { return PixPtr(pixExpandBinaryPower2(pix, 2)); });
-    addOther(picture, "enlarge by 2.5, 1 bit", "pixScaleBinary", scaling(2.5), sampling(2.5f));
+    addOther(picture, "enlarge by 3, 1 bit", "pixScaleBinary", scaling(3), sampling(3));
+    addOther(picture, "enlarge by 1.37, 1 bit", "pixScaleBinary", scaling(1.37), sampling(1.37f));
     addOther(picture, "grey tenth, 1 bit", "pixScaleToGray", reducing(10, 32),
              [](PIX* pix) { return PixPtr(pixScaleToGray(pix, 0.1f)); });
     addOther(picture, "grey tenth, 1 bit", "pixScaleToGrayMipmap", reducing(10, 32),
              [](PIX* pix) { return PixPtr(pixScaleToGrayMipmap(pix, 0.1f)); });
+    addOther(picture, "grey tenth, 1 bit", "pixScaleToGray8", reducing(10, 32),
+             [](PIX* pix) { return PixPtr(pixScaleToGray8(pix)); });
     addOther(picture, "grey eighth, 1 bit", "pixScaleToGray8", reducing(8, 32),
              [](PIX* pix) { return PixPtr(pixScaleToGray8(pix)); });
 }
@@ -127,19 +142,19 @@ std::shared_ptr<Raster> rasterOf(const PicturePtr& page, bool patterned) {
     return raster;
 }
 
-void lay(PIX* under, PIX* over, int operation) {
-    pixRasterop(under, 5, 0, pixGetWidth(over), pixGetHeight(over), operation, over, 0, 0);
+void lay(PIX* under, int column, PIX* over, int operation) {
+    pixRasterop(under, column, 0, pixGetWidth(over), pixGetHeight(over), operation, over, 0, 0);
 }
 
-void addRasterInPlace(const PicturePtr& page, const char* operation, bool transparent) {
+void addRasterInPlace(const PicturePtr& page, const char* operation, ImgULong column, bool transparent) {
     const auto raster = rasterOf(page, false);
     Pair pair{operation, page->page->name, "pixRasterop", page->page->pixels(), {}, {}, {}};
-    pair.ours = [raster, transparent] {
-        RasOpXfmAttr attr{0, 0, 5, 0, transparent, 0};
+    pair.ours = [raster, column, transparent] {
+        RasOpXfmAttr attr{0, 0, column, 0, transparent, 0};
         raster->image->doRasOpInPlace(RasOpCopy, attr, *raster->page->image);
     };
     const int code = transparent ? PIX_SRC | PIX_DST : PIX_SRC;
-    pair.peer = [raster, code] { lay(raster->pix.get(), raster->page->pix.get(), code); };
+    pair.peer = [raster, column, code] { lay(raster->pix.get(), static_cast<int>(column), raster->page->pix.get(), code); };
     // Copying, the library treats the pixels of the first and last bytes by a rule of its own.
     if (transparent) pair.same = [raster] { return alike(bitmapOf(*raster->image), toBitmap(raster->pix.get())); };
     addPair(std::move(pair));
@@ -157,7 +172,7 @@ void addRasterAnd(const PicturePtr& page) {
     pair.peer = [raster] {
         raster->peer.reset();
         raster->peer.reset(pixCopy(nullptr, raster->pix.get()));
-        lay(raster->peer.get(), raster->page->pix.get(), PIX_SRC & PIX_DST);
+        lay(raster->peer.get(), 5, raster->page->pix.get(), PIX_SRC & PIX_DST);
     };
     addPair(std::move(pair));
 }
@@ -175,9 +190,11 @@ PicturePtr palette(const PagePtr& page) {
     const auto picture = std::make_shared<Picture>();
     const std::uint32_t width = page->bitmap.width, height = page->bitmap.height;
     Bytes bytes = pattern(std::size_t{width} * height);
+    ColorMap greys(256, 255);
+    for (int k = 0; k < 256; ++k) greys.entries[k] = {k, k, k};
     picture->page = page;
     picture->image.reset(
-        CImg8::create(width, height, bytes.data(), static_cast<ImgULong>(bytes.size()), nullptr, ImgAlignNone));
+        CImg8::create(width, height, bytes.data(), static_cast<ImgULong>(bytes.size()), &greys, ImgAlignNone));
     picture->pix = toPix(bytes.data(), width, height, 8);
     return picture;
 }
@@ -241,12 +258,77 @@ void addTurns(const PicturePtr& picture, const char* kind) {
         picture, "mirror rows", kind, "pixFlipTB", [](IImg& image) { return image.mirror(ImgMirX); },
         [](PIX* pix) { return PixPtr(pixFlipTB(nullptr, pix)); });
     // Both keep the picture's size and turn it about its middle by three shears; each rounds these its own way.
-    addPair(pairOf(
-        picture, std::string("shear by 7.5, ") + kind, "pixRotate3Shear", [](IImg& image) { return image.rotate(7.5); },
+    for (const int degrees : {7, 20})
+        addPair(pairOf(
+            picture, "shear by " + std::to_string(degrees) + ", " + kind, "pixRotate3Shear",
+            [degrees](IImg& image) { return image.rotate(degrees); },
+            [degrees](PIX* pix) {
+                const float angle = -static_cast<float>(degrees) * 3.14159265f / 180;
+                return PixPtr(
+                    pixRotate3Shear(pix, pixGetWidth(pix) / 2, pixGetHeight(pix) / 2, angle, L_BRING_IN_WHITE));
+            }));
+}
+
+// --- nearest pixels, and other kinds ----------------------------------------------
+
+void addNearest(const PicturePtr& picture, const std::string& kind) {
+    struct {
+        const char* name;
+        double factor;
+    } const scales[] = {{"reduce by 2.7, ", 1 / 2.7}, {"enlarge by 2, ", 2}, {"enlarge by 1.37, ", 1.37}};
+    for (const auto& scale : scales)
+        addPair(pairOf(picture, scale.name + kind, "pixScaleBySampling", scaling(scale.factor),
+                       [factor = static_cast<float>(scale.factor)](PIX* pix) {
+                           return PixPtr(pixScaleBySampling(pix, factor, factor));
+                       }));
+}
+
+/// What no diffusion of errors can do without: each pixel's error comes of its neighbour's.
+struct Chain {
+    PagePtr page;
+    int last = 0;
+
+    void run() {
+        int right = 0;
+        for (std::size_t k = 0, count = static_cast<std::size_t>(page->pixels()); k < count; ++k) {
+            const int value = static_cast<int>(page->bitmap.bits[k >> 3]) + right;
+            right = (value < 128 ? value : value - 255) * 7 >> 4;
+        }
+        last = right;
+    }
+};
+
+void addDithering(const PicturePtr& picture, const char* operation, const char* peerName, Peers peer) {
+    const auto dither = [](IImg& image) { return CImg1::create(image, 0xFFFFFF, 0, ImgAlignNone); };
+    addOther(picture, operation, peerName, dither, peer);
+    Pair pair = pairOf(picture, operation, "dependency chain", dither, {});
+    const auto chain = std::make_shared<Chain>(Chain{picture->page});
+    pair.peer = [chain] { chain->run(); };
+    addPair(std::move(pair));
+}
+
+void addConversions(const PicturePtr& bits, const PicturePtr& bytes, const PicturePtr& pixels) {
+    addOther(
+        bits, "1 bit to palette", "pixConvert1To8",
+        [](IImg& image) { return CImg8::create(image, nullptr, ImgAlignNone); },
+        [](PIX* pix) { return PixPtr(pixConvert1To8(nullptr, pix, 255, 0)); });
+    addOther(
+        bits, "1 bit to RGB", "pixConvert1To32", [](IImg& image) { return CImg32::create(image, RGBOrderRGB); },
+        [](PIX* pix) { return PixPtr(pixConvert1To32(nullptr, pix, 0xFFFFFFFF, 0)); });
+    addOther(
+        bytes, "palette to RGB", "pixRemoveColormap", [](IImg& image) { return CImg32::create(image, RGBOrderRGB); },
         [](PIX* pix) {
-            constexpr float kAngle = -7.5f * 3.14159265f / 180;
-            return PixPtr(pixRotate3Shear(pix, pixGetWidth(pix) / 2, pixGetHeight(pix) / 2, kAngle, L_BRING_IN_WHITE));
-        }));
+            const PixPtr coloured(pixClone(pix));
+            pixSetColormap(coloured.get(), pixcmapCreateLinear(8, 256));
+            PixPtr result(pixRemoveColormap(coloured.get(), REMOVE_CMAP_TO_FULL_COLOR));
+            pixDestroyColormap(coloured.get());
+            return result;
+        });
+    addDithering(bytes, "dither palette", "pixDitherToBinary", [](PIX* pix) { return PixPtr(pixDitherToBinary(pix)); });
+    addDithering(pixels, "dither RGB", "luminance, pixDitherToBinary", [](PIX* pix) {
+        const PixPtr grey(pixConvertRGBToLuminance(pix));
+        return PixPtr(pixDitherToBinary(grey.get()));
+    });
 }
 
 }  // namespace
@@ -255,11 +337,16 @@ void addTransformPairs(const PagePtr& page) {
     const PicturePtr picture = bilevel(page);
     addTurns(picture, "1 bit");
     addBilevelScaling(picture);
-    addRasterInPlace(picture, "copy at column 5, 1 bit", false);
-    addRasterInPlace(picture, "or at column 5, 1 bit", true);
+    addRasterInPlace(picture, "copy at column 5, 1 bit", 5, false);
+    addRasterInPlace(picture, "or at column 5, 1 bit", 5, true);
+    addRasterInPlace(picture, "or at column 0, 1 bit", 0, true);
     addRasterAnd(picture);
-    addTurns(palette(page), "palette");
-    addTurns(rgb(page), "RGB");
+    const PicturePtr bytes = palette(page), pixels = rgb(page);
+    addTurns(bytes, "palette");
+    addTurns(pixels, "RGB");
+    addNearest(bytes, "palette");
+    addNearest(pixels, "RGB");
+    addConversions(picture, bytes, pixels);
 }
 
 }  // namespace bench
