@@ -1,9 +1,7 @@
 # The Windows side of the shared library: load entry, version resource, exported names.
 
-target_sources(tilepress PRIVATE src/dll/entry.cpp)
-if(EXISTS ${PROJECT_SOURCE_DIR}/src/dll/tilepress.def)
-  target_sources(tilepress PRIVATE src/dll/tilepress.def)
-endif()
+tilepress_write_def(${PROJECT_BINARY_DIR}/tilepress.def)
+target_sources(tilepress PRIVATE src/dll/entry.cpp ${PROJECT_BINARY_DIR}/tilepress.def)
 set_target_properties(tilepress PROPERTIES
   PREFIX ""                       # tilepress.dll
   DLL_NAME_WITH_SOVERSION OFF)
