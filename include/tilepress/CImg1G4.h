@@ -120,6 +120,7 @@ private:
     void walkFailed();
     template <class OnTile> ImgErr decodeRow(OnTile onTile);
     template <class OnRun> ImgErr decodeRuns(const G4ScaleInfo& info, OnRun onRun);
+    template <class Onto> ImgErr paintRow(unsigned char* row, G4ScaleInfo& info, Onto onto);
     void settleBackground(uint64_t black, uint64_t pixels);
     // g4image/uncompress.cpp
     ImgErr decode_scanline_and_sum(ImgULong& count);

@@ -7,6 +7,8 @@
 #include "ccitt/decode_family.h"
 #include "ccitt/decode_row.h"
 #include "foundation/bits.h"
+#include "foundation/line.h"
+#include "g4image/toggled_row.h"
 #include "transform/cell_counter.h"
 #include "tilepress/CImg1G4.h"
 
@@ -22,7 +24,7 @@ public:
     std::int64_t clipStart;                ///< the rectangle's left column
     std::int64_t width;                    ///< its width
     bool paintWhite = false;               ///< the background is known to be 1: rows are painted inverted
-    std::uint64_t* words = nullptr;        ///< work row of the destination, clear between rows
+    tilepress::g4::ToggledRow* painted = nullptr;  ///< work row of the destination, clear between rows
     std::size_t rowBytes = 0;              ///< destination bytes that the work row covers
     const ImgULong* columns = nullptr;     ///< destination column of every source column
     tilepress::CellCounter* cells = nullptr;
@@ -31,22 +33,59 @@ public:
 
 namespace tilepress::g4 {
 
+/// The element that ends the first run to paint.
+inline std::int32_t firstRun(const std::int32_t* list, const G4ScaleInfo& info) {
+    // Kept: the first white run of a row begins one column early, in the tile to the left, and is
+    // not painted at all where there is no such tile. Later white runs and all black ones are exact.
+    return !info.paintWhite ? 2 : list[1] == 1 ? 3 : 1;
+}
+
+/// Whether the list increases and all of its runs lie in the rectangle.
+inline bool isWhollyInside(const std::int32_t* list, std::int32_t count, std::int64_t offset, const G4ScaleInfo& info) {
+    return list[kLineIrregular] == 0 && offset + !info.paintWhite >= 0 && offset + list[count - 3] <= info.width;
+}
+
 /// Calls onRun(from, to) for the runs of a tile row inside the rectangle, as half-open columns
 /// counted from the rectangle's left edge. Every black pixel of the rectangle arrives and
 /// nothing outside it does, whatever the list holds.
 template <class OnRun>
 inline void clippedRuns(const std::int32_t* list, std::int32_t count, ImgULong tileLeft, const G4ScaleInfo& info,
                         OnRun onRun) {
-    // Kept: the first white run of a row begins one column early, in the tile to the left, and is
-    // not painted at all where there is no such tile. Later white runs and all black ones are exact.
-    const std::int32_t first = !info.paintWhite ? 2 : list[1] == 1 ? 3 : 1;
-    clippedRuns(list, count, first, tileLeft, ColumnRange{info.clipStart, info.width}, onRun);
+    const std::int64_t offset = std::int64_t{tileLeft} - 1 - info.clipStart;
+    if (isWhollyInside(list, count, offset, info)) {
+        const auto shift = static_cast<std::ptrdiff_t>(offset);
+        for (std::int32_t k = firstRun(list, info); k < count - 2; k += 2)
+            onRun(static_cast<std::size_t>(shift + list[k - 1]), static_cast<std::size_t>(shift + list[k]));
+        return;
+    }
+    clippedRuns(list, count, firstRun(list, info), tileLeft, ColumnRange{info.clipStart, info.width}, onRun);
 }
 
-/// ORs the work row into a destination row and clears it.
-inline void flushRow(unsigned char* row, const G4ScaleInfo& info) {
-    orWords(row, info.words, info.rowBytes);
-    std::fill_n(info.words, (info.rowBytes + 7) / 8, 0);
+/// Sets the bits [from, to) of a packed row, one by one.
+inline void setBits(unsigned char* row, std::size_t from, std::size_t to) {
+    for (; from < to; ++from) row[from / 8] = static_cast<unsigned char>(row[from / 8] | 0x80 >> from % 8);
+}
+
+/// Paints the runs of a tile row inside the rectangle where onto(from, to, paint) lays them. They wait in the work
+/// row, but those of a damaged tile, which come in any order, go straight into `row`. The result is how many
+/// pixels the runs have.
+template <class Onto>
+inline std::uint64_t paintRuns(unsigned char* row, const std::int32_t* list, std::int32_t count, ImgULong tileLeft,
+                               const G4ScaleInfo& info, Onto onto) {
+    const std::int64_t offset = std::int64_t{tileLeft} - 1 - info.clipStart;
+    ToggledRow& painted = *info.painted;
+    if (isWhollyInside(list, count, offset, info))
+        return painted.addRuns(list, count, firstRun(list, info), static_cast<std::ptrdiff_t>(offset), onto);
+    const bool inOrder = list[kLineIrregular] == 0;
+    std::uint64_t pixels = 0;
+    clippedRuns(list, count, tileLeft, info, [&](std::size_t from, std::size_t to) {
+        pixels += to - from;
+        onto(from, to, [&](std::size_t first, std::size_t last) {
+            if (inOrder) painted.add(first, last);
+            else setBits(row, first, last);
+        });
+    });
+    return pixels;
 }
 
 }  // namespace tilepress::g4
@@ -87,4 +126,16 @@ ImgErr CImg1G4::decodeRuns(const G4ScaleInfo& info, OnRun onRun) {
     return decodeRow([&](const std::int32_t* list, std::int32_t count, ImgULong left) {
         tilepress::g4::clippedRuns(list, count, left, info, onRun);
     });
+}
+
+/// Decodes the next row and paints its runs inside the rectangle where onto(from, to, paint) lays them; of a row
+/// that fails, those of the tiles before the corrupt one.
+template <class Onto>
+ImgErr CImg1G4::paintRow(unsigned char* row, G4ScaleInfo& info, Onto onto) {
+    info.blackCount = 0;
+    const ImgErr status = decodeRow([&](const std::int32_t* list, std::int32_t count, ImgULong left) {
+        info.blackCount += tilepress::g4::paintRuns(row, list, count, left, info, onto);
+    });
+    info.painted->orInto(row, info.rowBytes);
+    return status;
 }

@@ -39,11 +39,9 @@ bool CImg1G4::walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onB
 /// Sets the destination pixels whose cells a black pixel of the row touches.
 ImgErr CImg1G4::decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info) {
     const ImgULong* const columns = info->columns;
-    const ImgErr status = decodeRuns(*info, [&](std::size_t from, std::size_t to) {
-        fillSpan(info->words, columns[from], std::size_t{columns[to - 1]} + 1);
+    return paintRow(row, *info, [columns](std::size_t from, std::size_t to, auto paint) {
+        paint(columns[from], std::size_t{columns[to - 1]} + 1);
     });
-    flushRow(row, *info);
-    return status;
 }
 
 /// Counts the row's black pixels by cells.
@@ -56,11 +54,11 @@ ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
 CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
     const ImgULong width = r.getWidth(), newWidth = result->getWidth();
     Heap<ImgULong> columns;
-    Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
-    if (!words || !ownerTable(columns, width, newWidth)) return nullptr;
+    ToggledRow painted;
+    if (!painted.prepare(newWidth) || !ownerTable(columns, width, newWidth)) return nullptr;
     G4ScaleInfo info(r);
     info.columns = columns.get();
-    info.words = words.get();
+    info.painted = &painted;
     info.rowBytes = packedBytes(newWidth);
     unsigned char* const pixels = result->peekData();
     const std::size_t bytesPerRow = result->getBytesPerLine();

@@ -53,11 +53,8 @@ CImg1* CImg1G4::emptyResult(ImgULong newWidth, ImgULong newHeight) {
 /// Paints a source row into the first of its destination rows.
 ImgErr CImg1G4::decode_enlarge_scanline(unsigned char* row, G4ScaleInfo* info) {
     const ImgULong* const columns = info->columns;
-    const ImgErr status = decodeRuns(*info, [&](std::size_t from, std::size_t to) {
-        fillSpan(info->words, columns[from], columns[to]);
-    });
-    flushRow(row, *info);
-    return status;
+    return paintRow(row, *info,
+                    [columns](std::size_t from, std::size_t to, auto paint) { paint(columns[from], columns[to]); });
 }
 
 CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
@@ -69,8 +66,8 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
     CImg1* result = emptyResult(newWidth, newHeight);
     if (!result) return nullptr;
     Heap<ImgULong> columns;
-    Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
-    if (!words || !markTable(columns, newWidth, width)) {
+    ToggledRow painted;
+    if (!painted.prepare(newWidth) || !markTable(columns, newWidth, width)) {
         delete result;
         imgRaise(ImgErrCreate);
         return nullptr;
@@ -82,7 +79,7 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
     G4ScaleInfo info(r);
     info.paintWhite = backgroundKnown && backgroundColor == 1;
     info.columns = columns.get();
-    info.words = words.get();
+    info.painted = &painted;
     info.rowBytes = packedBytes(newWidth);
 
     const std::size_t bytesPerRow = result->getBytesPerLine();

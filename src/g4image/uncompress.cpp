@@ -17,15 +17,7 @@ static bool canHold(const CImg1* dest, std::uint64_t width, std::uint64_t height
 
 /// As decode_scanline, painting the row; of a row that fails, the tiles before the corrupt one.
 ImgErr CImg1G4::decode_copy_scanline(unsigned char* row, G4ScaleInfo* info) {
-    std::uint64_t painted = 0;
-    std::uint64_t* const words = info->words;
-    const ImgErr status = decodeRuns(*info, [&](std::size_t from, std::size_t to) {
-        fillSpan(words, from, to);
-        painted += to - from;
-    });
-    if (painted) flushRow(row, *info);
-    info->blackCount = painted;
-    return status;
+    return paintRow(row, *info, [](std::size_t from, std::size_t to, auto paint) { paint(from, to); });
 }
 
 ImgErr CImg1G4::decode_scanline_and_sum(ImgULong& count) {
@@ -51,14 +43,14 @@ bool CImg1G4::uncompress(CImg1* dest, const ImgRect& r) {
         walkFailed();
         return true;
     }
-    Heap<std::uint64_t> words(std::uint64_t{packedWords(r.getWidth())});
-    if (!words) {
+    ToggledRow painted;
+    if (!painted.prepare(r.getWidth())) {
         CCITT_DisableG4Decode();
         return false;
     }
     G4ScaleInfo info(r);
     info.paintWhite = backgroundKnown && backgroundColor == 1;
-    info.words = words.get();
+    info.painted = &painted;
     info.rowBytes = packedBytes(r.getWidth());
 
     const std::size_t bytesPerRow = dest->getBytesPerLine();
