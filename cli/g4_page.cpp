@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "g4_encoder.h"
 
 namespace {
 
@@ -29,32 +30,10 @@ void forTilesOf(const TiffPage& page, const Rect& rect, Visit visit) {
         for (std::uint32_t column = left; column <= right; ++column) visit(row * page.tilesAcross + column);
 }
 
-/// Rows of a tile that decode, at most `rows`.
-std::uint32_t goodRows(std::vector<unsigned char>& data, std::uint32_t width, std::uint32_t rows) {
-    const auto elements = static_cast<std::int32_t>(width);
-    std::vector<std::int32_t> reference{0, elements + 1, elements + 1, elements + 1}, coding;
-    reference.resize(std::size_t{width} + 8);
-    coding.resize(std::size_t{width} + 8);
-    std::int32_t referenceCount = 4, codingCount = 0, byte = 0, bit = 1;
-    for (std::uint32_t row = 0; row < rows; ++row) {
-        if (cit_decode_tiff_gr4(reference.data(), referenceCount, elements,
-                                reinterpret_cast<std::uint16_t*>(data.data()), &byte, &bit, nullptr, coding.data(),
-                                &codingCount, static_cast<std::int32_t>(data.size())) != 0)
-            return row;
-        reference.swap(coding);
-        referenceCount = codingCount;
-    }
-    return rows;
-}
-
-void requireDrawable(const TiffSource& source, const TiffPage& page) {
-    if (page.size.width > kMostSide || page.size.height > kMostSide || page.tile.width > kMostSide)
-        throw Failure(Exit::tooLarge, fmt::format("{}: page {} or its tiles are more than {} pixels long or wide",
-                                                  source.name(), page.number, kMostSide));
-    // Tiles may share data, but not so that a small file fills the memory.
-    if (page.compressedBytes / 8 > source.bytes())
-        throw Failure(Exit::unsupported, fmt::format("{}: page {}: the {}s overlap in the file", source.name(),
-                                                     page.number, page.tileName()));
+void requireTileBytes(const TiffSource& source, const TiffPage& page, std::uint32_t k, std::uint64_t bytes) {
+    if (bytes > kMostTileBytes)
+        throw Failure(Exit::tooLarge, fmt::format("{}: page {}: {} {} has {} bytes", source.name(), page.number,
+                                                  page.tileName(), k + 1, bytes));
 }
 
 /// The rectangle, pixel by pixel, in the colours of the code: 1 is a black run.
@@ -106,42 +85,101 @@ Picture drawPage(CImg1G4& image, const TiffPage& page, const Drawing& drawing, b
     return scaled(std::move(picture), drawing);
 }
 
-std::string describeDamage(TiffSource& source, const TiffPage& page, const Rect& rect) {
-    const std::uint32_t bottom = rect.y + rect.height;
-    std::uint32_t damagedTiles = 0, firstTile = 0, firstRow = 0, firstRowOnPage = 0;
-    std::vector<unsigned char> data;
-    cit_enable_decode_gr4();
-    forTilesOf(page, rect, [&](std::uint32_t k) {
-        const std::uint64_t bytes = source.tileBytes(k);
-        if (bytes == 0) return;
-        data.resize(TiffSource::paddedBytes(bytes));
-        source.readTile(k, data.data(), bytes);
-        const std::uint32_t top = k / page.tilesAcross * page.tile.height;
-        const std::uint32_t rows = std::min(page.rowsOfTile(k), bottom - top);
-        const std::uint32_t good = goodRows(data, page.tile.width, rows);
-        if (good == rows) return;
-        if (damagedTiles++ > 0 && top + good >= firstRowOnPage) return;
-        firstTile = k;
-        firstRow = good;
-        firstRowOnPage = top + good;
-    });
-    cit_disable_decode_gr4();
-    if (damagedTiles == 0) return fmt::format("page {}: damaged Group 4 data", page.number);
-    return fmt::format("page {}: damaged Group 4 data: {} {} of {}, row {} of it (row {} of the page){}", page.number,
-                       page.tileName(), firstTile + 1, page.tiles, firstRow + 1, firstRowOnPage + 1,
-                       damagedTiles > 1 ? fmt::format("; {} {}s are damaged", damagedTiles, page.tileName()) : "");
+void requireDrawable(const TiffSource& source, const TiffPage& page) {
+    if (page.size.width > kMostSide || page.size.height > kMostSide || page.tile.width > kMostSide)
+        throw Failure(Exit::tooLarge, fmt::format("{}: page {} or its tiles are more than {} pixels long or wide",
+                                                  source.name(), page.number, kMostSide));
+    // Tiles may share data, but not so that a small file fills the memory.
+    if (page.compressedBytes / 8 > source.bytes())
+        throw Failure(Exit::unsupported, fmt::format("{}: page {}: the {}s overlap in the file", source.name(),
+                                                     page.number, page.tileName()));
 }
 
-G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std::uint64_t& bytes, Progress& progress) {
+std::string describe(const TiffPage& page, const TileDamage& damage) {
+    const std::uint32_t top = damage.tile / page.tilesAcross * page.tile.height;
+    return fmt::format("{} {} of {}, row {} of it (row {} of the page), byte {}: {}", page.tileName(), damage.tile + 1,
+                       page.tiles, damage.row + 1, top + damage.row + 1, damage.byte, damage.reason);
+}
+
+std::string describeDamage(TiffSource& source, const TiffPage& page, const Rect& rect) {
+    std::vector<TileDamage> damaged;
+    std::vector<unsigned char> words;
+    const DecoderTables tables;
+    forTilesOf(page, rect, [&](std::uint32_t k) {
+        if (source.tileBytes(k) == 0) return;
+        readWords(source, page, k, words);
+        const std::uint32_t top = k / page.tilesAcross * page.tile.height;
+        TileRows rows(words, page.tile.width);
+        if (const auto damage = decodeRows(rows, k, std::min(page.rowsOfTile(k), rect.y + rect.height - top)))
+            damaged.push_back(*damage);
+    });
+    if (damaged.empty()) return fmt::format("page {}: damaged Group 4 data", page.number);
+    const auto rowOnPage = [&](const TileDamage& d) { return d.tile / page.tilesAcross * page.tile.height + d.row; };
+    const auto first = std::min_element(damaged.begin(), damaged.end(), [&](const TileDamage& a, const TileDamage& b) {
+        return rowOnPage(a) < rowOnPage(b);
+    });
+    return fmt::format("page {}: damaged Group 4 data: {}{}", page.number, describe(page, *first),
+                       damaged.size() > 1 ? fmt::format("; {} {}s are damaged", damaged.size(), page.tileName()) : "");
+}
+
+void readWords(TiffSource& source, const TiffPage& page, std::uint32_t k, std::vector<unsigned char>& words) {
+    const std::uint64_t bytes = source.tileBytes(k);
+    requireTileBytes(source, page, k, bytes);
+    words.resize(TiffSource::paddedBytes(bytes));
+    source.readTile(k, words.data(), bytes);
+}
+
+static void exchangePairs(std::vector<unsigned char>& bytes) {
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) std::swap(bytes[i], bytes[i + 1]);
+}
+
+/// The damaged tile as far as it is good, then white; as words for the decoder.
+static std::vector<unsigned char> salvagedWords(const std::vector<unsigned char>& words, const TileRows& good,
+                                                std::uint32_t width, std::uint32_t whiteRows) {
+    std::vector<unsigned char> bytes = words;
+    bytes.resize(TiffSource::paddedBytes(good.bit() / 8 + 1));
+    exchangePairs(bytes);
+    G4Encoder encoder(width);
+    encoder.resume(bytes.data(), good.bit(), good.list(), good.count());
+    for (std::uint32_t row = 0; row < whiteRows; ++row) encoder.addWhite();
+    bytes = encoder.finish();
+    bytes.resize(TiffSource::paddedBytes(bytes.size()));
+    exchangePairs(bytes);
+    return bytes;
+}
+
+/// Puts new data, which the result holds, in the place of damaged tiles.
+static std::vector<std::vector<unsigned char>> salvage(const TiffPage& page, const Rect& rect,
+                                                       std::vector<unsigned char*>& tiles, std::vector<ImgULong>& lengths,
+                                                       std::vector<TileDamage>& damaged) {
+    std::vector<std::vector<unsigned char>> replaced;
+    const DecoderTables decoder;
+    const EncoderTables encoder;
+    std::vector<unsigned char> words;
+    forTilesOf(page, rect, [&](std::uint32_t k) {
+        if (lengths[k] == 0) return;
+        words.assign(tiles[k], tiles[k] + lengths[k]);
+        TileRows rows(words, page.tile.width);
+        const std::uint32_t height = page.rowsOfTile(k);
+        const auto damage = decodeRows(rows, k, height);
+        if (!damage) return;
+        damaged.push_back(*damage);
+        replaced.push_back(salvagedWords(words, rows, page.tile.width, height - damage->row));
+        tiles[k] = replaced.back().data();
+        lengths[k] = static_cast<ImgULong>(replaced.back().size());
+    });
+    return replaced;
+}
+
+G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std::uint64_t& bytes, Progress& progress,
+                 std::vector<TileDamage>* salvaged) {
     requireDrawable(source, page);
     std::vector<ImgULong> lengths(page.tiles);
     std::uint64_t padded = 0;
     bytes = 0;
     forTilesOf(page, rect, [&](std::uint32_t k) {
         const std::uint64_t length = source.tileBytes(k);
-        if (length > kMostTileBytes)
-            throw Failure(Exit::tooLarge, fmt::format("{}: page {}: {} {} has {} bytes", source.name(), page.number,
-                                                      page.tileName(), k + 1, length));
+        requireTileBytes(source, page, k, length);
         lengths[k] = static_cast<ImgULong>(TiffSource::paddedBytes(length));
         padded += lengths[k];
         bytes += length;
@@ -157,6 +195,8 @@ G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std
         source.readTile(k, tiles[k], source.tileBytes(k));
         progress.show("reading", used += lengths[k], padded);
     });
+    std::vector<std::vector<unsigned char>> replaced;
+    if (salvaged) replaced = salvage(page, rect, tiles, lengths, *salvaged);
     G4Image image(CImg1G4::create(page.size.width, page.size.height, page.tile.width, page.tile.height, tiles.data(),
                                   lengths.data(), 0x00FFFFFF, 0xFF000000, ImgAlignNone));
     if (!image) throw Failure(Exit::tooLarge, source.name() + ": not enough memory for the page");

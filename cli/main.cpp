@@ -14,7 +14,9 @@
 #include "convert.h"
 #include "failure.h"
 #include "info.h"
+#include "memory_limit.h"
 #include "render.h"
+#include "verify.h"
 
 namespace {
 
@@ -93,6 +95,9 @@ void addRender(CLI::App& app, RenderOptions& options) {
                           {{"auto", Background::automatic}, {"white", Background::white}, {"black", Background::black}},
                           "Which colour is the page's ground, the other being foreground; auto (the default) counts "
                           "pixels. Corners that a turn uncovers are white, or black with black");
+    addChoice<bool>(render, "--on-error", options.salvage, {{"fail", false}, {"salvage", true}},
+                    "Damaged data: end the picture there (the default), or decode every tile on its own and draw "
+                    "damaged ones white from the bad row on");
     render.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of the page")
         ->capture_default_str()->type_name("N");
     render.footer("The part is cut, scaled, mirrored and turned, in this order.\n" + std::string(kFooter));
@@ -107,6 +112,16 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
     convert.footer(kFooter);
 }
 
+void addVerify(CLI::App& app, VerifyOptions& options) {
+    CLI::App& verify = *app.add_subcommand("verify", "Decode every row of every page and name what is damaged");
+    verify.add_option("FILE", options.files, "Group 4 TIFF files; - is standard input")->required()->type_name("");
+    verify.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
+    verify.add_flag("--reference", options.reference, "Compare every pixel with libtiff's decode too");
+    verify.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of a page")
+        ->capture_default_str()->type_name("N");
+    verify.footer(kFooter);
+}
+
 int guarded(const std::function<int()>& command) {
     try {
         return command();
@@ -114,7 +129,7 @@ int guarded(const std::function<int()>& command) {
         fmt::print(stderr, "tilepress: {}\n", failure.what());
         return static_cast<int>(failure.code);
     } catch (const std::bad_alloc&) {
-        fmt::print(stderr, "tilepress: not enough memory\n");
+        fmt::print(stderr, "tilepress: not enough memory; --max-memory allows more\n");
         return static_cast<int>(Exit::tooLarge);
     }
 }
@@ -125,20 +140,27 @@ int main(int argc, char** argv) {
     CLI::App app("Reads bilevel Group 4 TIFF pages without expanding them.", "tilepress");
     app.set_version_flag("--version", TILEPRESS_VERSION);
     app.require_subcommand(1);
+    app.fallthrough();
     app.footer(kFooter);
     InfoOptions info;
     RenderOptions render;
     ConvertOptions convert;
+    VerifyOptions verify;
+    std::uint64_t maxMemory = std::uint64_t{2} << 30;
+    addParsed(app, "--max-memory", maxMemory, parseBytes, "Most memory, such as 500M or 8G; 2G otherwise")->type_name("SIZE");
     addInfo(app, info);
     addRender(app, render);
     addConvert(app, convert);
+    addVerify(app, verify);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? static_cast<int>(Exit::good) : static_cast<int>(Exit::failed);
     }
     return guarded([&] {
+        limitMemory(maxMemory);
         if (app.got_subcommand("info")) return runInfo(info);
+        if (app.got_subcommand("verify")) return runVerify(verify);
         return app.got_subcommand("convert") ? runConvert(convert) : runRender(render);
     });
 }

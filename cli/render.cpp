@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <utility>
+#include <vector>
 
 #include "failure.h"
 #include "g4_page.h"
@@ -56,9 +57,11 @@ public:
             requirePixels("the part to expand", from, options.maxPixels);
 
         bool damaged = false;
+        std::vector<TileDamage> salvaged;
         Picture picture;
         {
-            const G4Image image = loadPage(source, page, drawing.rect, stats.compressedBytes, progress);
+            const G4Image image = loadPage(source, page, drawing.rect, stats.compressedBytes, progress,
+                                           options.salvage ? &salvaged : nullptr);
             stats.expandedBytes = (std::uint64_t{from.width} + 7) / 8 * from.height;
             progress.show("decoding");
             picture = drawPage(*image, page, drawing, damaged);
@@ -69,8 +72,12 @@ public:
         if (page.emptyTiles > 0 && !options.quiet)
             fmt::print(stderr, "tilepress: {}: page {}: {} of {} {}s have no data and are drawn empty\n", source.name(),
                        page.number, page.emptyTiles, page.tiles, page.tileName());
-        if (!damaged) return static_cast<int>(Exit::good);
-        fmt::print(stderr, "tilepress: {}: {}\n", source.name(), describeDamage(source, page, drawing.rect));
+        for (const TileDamage& tile : salvaged)
+            fmt::print(stderr, "tilepress: {}: page {}: damaged Group 4 data, white from there on: {}\n", source.name(),
+                       page.number, describe(page, tile));
+        if (damaged)
+            fmt::print(stderr, "tilepress: {}: {}\n", source.name(), describeDamage(source, page, drawing.rect));
+        if (!damaged && salvaged.empty()) return static_cast<int>(Exit::good);
         return static_cast<int>(Exit::damaged);
     }
 

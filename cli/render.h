@@ -18,6 +18,7 @@ struct RenderOptions {
     double angle = 0;  ///< degrees, counter-clockwise
     ImgMirT mirror{};  ///< neither direction: none
     std::uint64_t maxPixels = std::uint64_t{1} << 28, maxInputPixels = std::uint64_t{1} << 32;
+    bool salvage = false;  ///< damaged tiles are drawn as far as they are good, and the others whole
     bool quiet = false, stats = false;
 };
 
