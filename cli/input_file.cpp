@@ -62,7 +62,11 @@ bool startsWith(const unsigned char* bytes, std::string_view with) {
 
 }  // namespace
 
-InputFile::InputFile(const std::string& path) : displayName(path == "-" ? "standard input" : path) {
+InputFile::InputFile(const std::string& path) : InputFile(path, path == "-" ? "standard input" : path) {}
+
+InputFile InputFile::again() const { return {fmt::format("/proc/self/fd/{}", file), displayName}; }
+
+InputFile::InputFile(const std::string& path, std::string name) : displayName(std::move(name)) {
     file = path == "-" ? copyOfStandardInput() : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) fail(path);
     struct stat status;
@@ -72,7 +76,7 @@ InputFile::InputFile(const std::string& path) : displayName(path == "-" ? "stand
         return;
     }
     close(file);
-    throw Failure(Exit::failed, path + ": not a regular file");
+    throw Failure(Exit::failed, displayName + ": not a regular file");
 }
 
 InputFile::~InputFile() {

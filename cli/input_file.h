@@ -13,6 +13,8 @@ public:
     ~InputFile();
     InputFile(InputFile&& other) noexcept;
     InputFile& operator=(InputFile&&) = delete;
+    /// The same file opened once more, with a place of its own.
+    InputFile again() const;
 
     /// How messages call it.
     const std::string& name() const { return displayName; }
@@ -23,6 +25,8 @@ public:
     int release();
 
 private:
+    InputFile(const std::string& path, std::string name);
+
     std::string displayName;
     int file = -1;
     std::uint64_t fileBytes = 0;

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <initializer_list>
 #include <new>
@@ -16,6 +17,7 @@
 #include "info.h"
 #include "memory_limit.h"
 #include "render.h"
+#include "repack.h"
 #include "verify.h"
 
 namespace {
@@ -112,6 +114,27 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
     convert.footer(kFooter);
 }
 
+/// encode and repack.
+void addPacking(CLI::App& packing, const char* input, RepackOptions& options) {
+    packing.add_option("IN", options.input, input)->required()->type_name("");
+    packing.add_option("-o,--output", options.output, "The TIFF file; - is standard output")->required()->type_name("OUT");
+    CLI::Option* const tile =
+        packing.add_option("--tile", options.layout.tile, "Square tiles of this side, a multiple of 16; 512 otherwise")
+            ->type_name("N")->check([](const std::string& text) {
+                const unsigned long side = std::strtoul(text.c_str(), nullptr, 10);
+                return side > 0 && side % 16 == 0 && side <= 65536 ? "" : "the side of a tile is a multiple of 16, at most 65536";
+            });
+    CLI::Option* const rows = packing.add_option("--strip-rows", options.layout.stripRows, "Strips of so many rows")
+                                  ->type_name("N")->check(CLI::PositiveNumber)->excludes(tile);
+    packing.add_flag("--single-strip", options.layout.singleStrip, "One strip a page")->excludes(tile)->excludes(rows);
+    packing.add_flag("--check,!--no-check", options.check,
+                     "Decode the result and compare every row (the default), or do not");
+    packing.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of a page")
+        ->capture_default_str()->type_name("N");
+    packing.add_flag("-q,--quiet", options.quiet, "No progress line");
+    packing.footer(kFooter);
+}
+
 void addVerify(CLI::App& app, VerifyOptions& options) {
     CLI::App& verify = *app.add_subcommand("verify", "Decode every row of every page and name what is damaged");
     verify.add_option("FILE", options.files, "Group 4 TIFF files; - is standard input")->required()->type_name("");
@@ -146,12 +169,17 @@ int main(int argc, char** argv) {
     RenderOptions render;
     ConvertOptions convert;
     VerifyOptions verify;
+    RepackOptions encode, repack;
     std::uint64_t maxMemory = std::uint64_t{2} << 30;
     addParsed(app, "--max-memory", maxMemory, parseBytes, "Most memory, such as 500M or 8G; 2G otherwise")->type_name("SIZE");
     addInfo(app, info);
     addRender(app, render);
     addConvert(app, convert);
     addVerify(app, verify);
+    addPacking(*app.add_subcommand("encode", "Code a bilevel picture, or every page of a TIFF file, as Group 4 TIFF"),
+               "A bilevel PBM, PNG or TIFF file; - is standard input", encode);
+    addPacking(*app.add_subcommand("repack", "Lay the pages of a TIFF file out anew, in tiles or strips of Group 4"),
+               "A bilevel TIFF file; - is standard input", repack);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -161,6 +189,8 @@ int main(int argc, char** argv) {
         limitMemory(maxMemory);
         if (app.got_subcommand("info")) return runInfo(info);
         if (app.got_subcommand("verify")) return runVerify(verify);
+        if (app.got_subcommand("encode")) return runEncode(encode);
+        if (app.got_subcommand("repack")) return runRepack(repack);
         return app.got_subcommand("convert") ? runConvert(convert) : runRender(render);
     });
 }

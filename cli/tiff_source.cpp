@@ -35,6 +35,7 @@ void addUnsupported(TIFF* tiff, TiffPage& page) {
     if (bits != 1 || samples != 1)
         refuse(fmt::format("{} sample{} of {} bit{} a pixel, not one of 1 bit", samples, samples == 1 ? "" : "s", bits,
                            bits == 1 ? "" : "s"));
+    page.bilevel = bits == 1 && samples == 1 && page.photometric <= 1;
     if (page.photometric > 1)
         refuse(fmt::format("photometric interpretation {}, neither 0 nor 1", page.photometric));
     if (page.fillOrder != FILLORDER_MSB2LSB && page.fillOrder != FILLORDER_LSB2MSB)
@@ -70,6 +71,26 @@ std::uint32_t TiffPage::rowsOfTile(std::uint32_t k) const {
 void TiffPage::requireSupported(const std::string& file) const {
     if (!unsupported.empty())
         throw Failure(Exit::unsupported, fmt::format("{}: page {}: {}", file, number, unsupported.front()));
+}
+
+void TiffPage::requireBilevel(const std::string& file) const {
+    if (!bilevel || (isGroup4() && !unsupported.empty()))
+        throw Failure(Exit::unsupported,
+                      fmt::format("{}: page {}: {}", file, number, unsupported.empty() ? "not bilevel" : unsupported.back()));
+}
+
+void TiffSource::copyTags(TIFF* to) const {
+    TIFF* const from = tiff.get();
+    for (const std::uint32_t tag : {TIFFTAG_ORIENTATION, TIFFTAG_PHOTOMETRIC, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
+        if (std::uint16_t value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, value);
+    for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION})
+        if (float value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, double{value});
+    if (std::uint32_t type = 0; TIFFGetField(from, TIFFTAG_SUBFILETYPE, &type)) TIFFSetField(to, TIFFTAG_SUBFILETYPE, type);
+    if (std::uint16_t page = 0, pages = 0; TIFFGetField(from, TIFFTAG_PAGENUMBER, &page, &pages))
+        TIFFSetField(to, TIFFTAG_PAGENUMBER, page, pages);
+    for (const std::uint32_t tag : {TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_PAGENAME,
+                                    TIFFTAG_SOFTWARE, TIFFTAG_DATETIME, TIFFTAG_ARTIST, TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT})
+        if (char* text = nullptr; TIFFGetField(from, tag, &text)) TIFFSetField(to, tag, text);
 }
 
 TiffSource::TiffSource(InputFile input) : displayName(input.name()), fileBytes(input.bytes()) {

@@ -24,9 +24,13 @@ struct TiffPage {
     std::uint16_t compression = 1, fillOrder = 1, photometric = 0, orientation = 1;
     bool mayBeUncompressed = false;  ///< parts in Group 4's uncompressed mode, which cannot be decoded, are announced
     std::vector<std::string> unsupported;  ///< why the page cannot be rendered; empty when it can
+    bool bilevel = false;                  ///< one bit a pixel, black and white, in whatever compression
 
     /// Throws Failure when the page cannot be rendered.
     void requireSupported(const std::string& file) const;
+    /// Throws Failure when the page is not bilevel.
+    void requireBilevel(const std::string& file) const;
+    bool isGroup4() const { return compression == COMPRESSION_CCITTFAX4; }
     bool whiteIsZero() const { return photometric == 0; }
     const char* tileName() const { return tiled ? "tile" : "strip"; }
     /// Rows of tile k that are on the page; less than the tile's height at the bottom.
@@ -52,6 +56,8 @@ public:
     /// first bit highest, the bytes of each pair exchanged, an odd last byte followed by 0. `buffer` has room for
     /// paddedBytes(bytes).
     void readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes);
+    /// Sets the tags of the page asked for last that say how to show it and what it is, not how it is stored.
+    void copyTags(TIFF* to) const;
     static std::uint64_t paddedBytes(std::uint64_t bytes) { return (bytes + 1) & ~std::uint64_t{1}; }
 
 private:

@@ -1,26 +1,9 @@
-#include <fmt/format.h>
 #include <tiffio.h>
 
-#include <cstdio>
-
-#include "failure.h"
 #include "picture_formats.h"
+#include "unnamed_tiff.h"
 
 namespace {
-
-int onError(TIFF*, void* message, const char*, const char* format, va_list arguments) {
-    char text[512];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    if (static_cast<std::string*>(message)->empty()) *static_cast<std::string*>(message) = text;
-    return 1;
-}
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-struct TiffCloser {
-    void operator()(TIFF* tiff) const { TIFFCleanup(tiff); }
-};
 
 void setFields(TIFF* tiff, const Picture& picture) {
     const Pixels pixels = picture.pixels();
@@ -56,27 +39,17 @@ void setFields(TIFF* tiff, const Picture& picture) {
 
 }  // namespace
 
-// libtiff goes back in the file, which standard output cannot: it writes to a file without a name.
 void writeTiff(const Picture& picture, OutputFile& file, Progress& progress) {
-    std::string message;
-    const std::unique_ptr<std::FILE, FileCloser> unnamed(std::tmpfile());
-    if (!unnamed) file.fail();
-    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-    TIFFOpenOptionsSetErrorHandlerExtR(options, onError, &message);
-    const std::unique_ptr<TIFF, TiffCloser> tiff(TIFFFdOpenExt(fileno(unnamed.get()), "TIFF", "w", options));
-    TIFFOpenOptionsFree(options);
-
-    bool good = tiff != nullptr;
-    if (good) setFields(tiff.get(), picture);
+    UnnamedTiff unnamed;
+    TIFF* const tiff = unnamed.get();
+    setFields(tiff, picture);
     const auto row = rowBuffer(picture);
     const std::uint32_t height = picture.size().height;
-    for (std::uint32_t y = 0; good && y < height; ++y) {
+    for (std::uint32_t y = 0; y < height; ++y) {
         picture.copyRow(y, row.get());
-        good = TIFFWriteScanline(tiff.get(), row.get(), y, 0) == 1;
+        unnamed.require(TIFFWriteScanline(tiff, row.get(), y, 0) == 1);
         progress.show("writing", y, height);
     }
-    good = good && TIFFFlush(tiff.get()) == 1;
-    if (!good) throw Failure(Exit::failed, fmt::format("TIFF cannot be written: {}", message));
-    std::rewind(unnamed.get());
-    file.copyFrom(unnamed.get());
+    unnamed.require(TIFFFlush(tiff) == 1);
+    unnamed.copyTo(file);
 }

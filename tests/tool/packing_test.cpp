@@ -1,0 +1,163 @@
+// encode and repack: pages laid out anew keep every pixel, and what their tags say.
+
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include <nlohmann/json.hpp>
+#include <tuple>
+
+#include "support.h"
+
+namespace {
+
+nlohmann::json pagesOf(const std::string& path) {
+    const auto list = nlohmann::json::parse(tool("info --json " + path).output);
+    return list[0]["pages"];
+}
+
+TEST(Repack, EverySampleInEveryLayout) {
+    const Folder folder;
+    const std::string packed = folder / "packed.tif";
+    for (const char* name : {"text.tif", "text_strips_lsb.tif", "drawing_tiled.tif", "halftone.tif", "negative.tif", "blackiszero.tif", "pages.tif"})
+        for (const auto& [layout, shape, height] : {std::tuple("", "tiles", 512u), {" --tile 48", "tiles", 48u}, {" --strip-rows 77", "strips", 77u}, {" --single-strip --no-check", "strips", 0u}}) {
+            ASSERT_EQ(tool("repack " + sample(name) + " -o " + packed + layout).code, 0) << name << layout;
+            const auto before = pagesOf(sample(name)), after = pagesOf(packed);
+            ASSERT_EQ(before.size(), after.size());
+            for (std::size_t k = 0; k < after.size(); ++k) {
+                EXPECT_EQ(after[k]["layout"], shape);
+                EXPECT_EQ(after[k]["tileHeight"], height ? nlohmann::json(height) : after[k]["height"]);
+                for (const char* tag : {"dpi", "orientation", "photometric"}) EXPECT_EQ(before[k][tag], after[k][tag]) << tag;
+                EXPECT_EQ(readTiff(packed, unsigned(k) + 1), readTiff(sample(name), unsigned(k) + 1)) << name << layout << k;
+            }
+        }
+}
+
+TEST(Repack, ThereAndBackIsTheSameFile) {
+    const Folder folder;
+    const std::string strip = folder / "strip.tif", tiles = folder / "tiles.tif";
+    ASSERT_EQ(tool("repack --single-strip -o " + strip + " " + sample("text.tif")).code, 0);
+    ASSERT_EQ(tool("repack -o " + tiles + " " + strip).code, 0);
+    EXPECT_EQ(tool("repack --single-strip - -o - <" + tiles).output, readFile(strip));
+}
+
+TEST(Encode, PicturesAndOtherCompressions) {
+    const Folder folder;
+    const std::string coded = folder / "coded.tif", lzw = folder / "lzw.tif";
+    const Raster page = readTiff(sample("halftone.tif"));
+    for (const char* name : {"page.png", "page.pbm"}) {
+        ASSERT_EQ(tool("render " + sample("halftone.tif -o ") + (folder / name)).code, 0);
+        ASSERT_EQ(tool("encode " + (folder / name) + " -o " + coded + " --tile 64").code, 0) << name;
+        EXPECT_EQ(readTiff(coded), page) << name;
+    }
+    for (const bool tiled : {false, true}) {
+        TIFF* tiff = TIFFOpen(lzw.c_str(), "w");
+        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.width);
+        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.height);
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
+        const std::uint32_t width = tiled ? 80 : page.width, height = tiled ? 48 : 1;
+        if (tiled) TIFFSetField(tiff, TIFFTAG_TILEWIDTH, width), TIFFSetField(tiff, TIFFTAG_TILELENGTH, height);
+        for (std::uint32_t top = 0; top < page.height; top += height)
+            for (std::uint32_t left = 0; left < page.width; left += width) {
+                std::vector<unsigned char> part((width + 7) / 8 * height);
+                for (std::uint32_t y = 0; y < height && top + y < page.height; ++y)
+                    for (std::uint32_t x = 0; x < width && left + x < page.width; ++x)
+                        if (page.at(left + x, top + y)) part[y * ((width + 7) / 8) + x / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
+                if (tiled) TIFFWriteTile(tiff, part.data(), left, top, 0, 0);
+                else TIFFWriteScanline(tiff, part.data(), top, 0);
+            }
+        TIFFClose(tiff);
+        ASSERT_EQ(tool("repack " + lzw + " -o " + coded).code, 0) << tiled;
+        EXPECT_EQ(readTiff(coded), page) << tiled;
+    }
+}
+
+// More changes, and longer rows, than the strip builder of the interface takes.
+TEST(Encode, RowsOfAnyLength) {
+    const Folder folder;
+    const std::string wide = folder / "wide.pbm", coded = folder / "coded.tif";
+    writeFile(wide, "P4\n40000 3\n" + std::string(5000, '\x55') + std::string(5000, '\0') + std::string(5000, '\xAA'));
+    for (const char* layout : {" --single-strip", " --tile 1024"}) {
+        ASSERT_EQ(tool("encode " + wide + " -o " + coded + layout).code, 0);
+        EXPECT_EQ(readTiff(coded), parsePnm(readFile(wide))) << layout;
+    }
+}
+
+TEST(Encode, RefusesWhatItCannotKeep) {
+    const Folder folder;
+    const std::string out = " -o " + (folder / "out.tif"), damaged = folder / "damaged.tif", grey = folder / "grey.png";
+    std::string file = readFile(sample("text.tif"));
+    file.replace(12000, 8, 8, '\0');
+    writeFile(damaged, file);
+    const Outcome run = tool("repack " + damaged + out);
+    EXPECT_EQ(run.code, 2);
+    EXPECT_NE(run.errors.find("strip 1 of 1, row 1003"), std::string::npos) << run.errors;
+    ASSERT_EQ(tool("render --scale 0.1 -o " + grey + " " + sample("text.tif")).code, 0);
+    EXPECT_EQ(tool("encode " + grey + out).code, 3);
+    EXPECT_EQ(tool("repack " + grey + out).code, 3) << "TIFF files only";
+    for (const char* wrong : {" --tile 100", " --tile 0", " --strip-rows 0", " --tile 64 --single-strip"})
+        EXPECT_EQ(tool("repack " + sample("text.tif") + out + wrong).code, 1) << wrong;
+    EXPECT_EQ(tool("repack --max-input-pixels 1000 " + sample("text.tif") + out).code, 4);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"damaged.tif", "grey.png"}));
+}
+
+// --- damage ---------------------------------------------------------------------------------
+
+/// A tiled drawing with two damaged tiles.
+std::string damagedTiles(const Folder& folder) {
+    std::string file = readFile(sample("drawing_tiled.tif"));
+    file.replace(file.size() / 3, 40, 40, '\0');
+    file.replace(file.size() / 2, 4, 4, '\0');
+    writeFile(folder / "damaged.tif", file);
+    return folder / "damaged.tif";
+}
+
+TEST(Verify, NamesWhatIsDamaged) {
+    const Folder folder;
+    for (const char* name : {"text.tif", "text_strips_lsb.tif", "drawing_tiled.tif", "blackiszero.tif", "pages.tif"})
+        EXPECT_EQ(tool(std::string("verify --reference ") + sample(name)).code, 0) << name;
+    const Outcome run = tool("verify --json --reference " + sample("text.tif ") + damagedTiles(folder));
+    EXPECT_EQ(run.code, 2);
+    const auto files = nlohmann::json::parse(run.output);
+    EXPECT_TRUE(files[0]["pages"][0]["damaged"].empty());
+    const auto damaged = files[1]["pages"][0]["damaged"];
+    ASSERT_EQ(damaged.size(), 2u);
+    EXPECT_EQ(damaged[0]["tile"], 15);
+    EXPECT_EQ(damaged[1]["tile"], 22);
+    EXPECT_GT(damaged[0]["byte"], 0);
+    EXPECT_EQ(tool("verify --reference - <" + sample("text.tif")).code, 1);
+    EXPECT_EQ(tool("verify /no/such/file " + sample("text.tif")).code, 1);
+}
+
+TEST(Salvage, OneBadTileDoesNotCostTheRest) {
+    const Folder folder;
+    const std::string damaged = damagedTiles(folder), picture = folder / "picture.pbm";
+    const Outcome run = tool("render --on-error salvage -o " + picture + " " + damaged);
+    EXPECT_EQ(run.code, 2);
+    EXPECT_NE(run.errors.find("tile 15 of 35"), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find("tile 22 of 35"), std::string::npos) << run.errors;
+    const Raster drawn = parsePnm(readFile(picture)), whole = readTiff(sample("drawing_tiled.tif"));
+    ASSERT_EQ(drawn.width, whole.width);
+    for (std::uint32_t y = 0; y < whole.height; ++y)
+        for (std::uint32_t x = 0; x < whole.width; ++x) {
+            const std::uint32_t tile = y / 128 * 5 + x / 256 + 1;
+            const bool good = tile != 15 && tile != 22;
+            if (!good && y % 128 < 127) continue;
+            ASSERT_EQ(drawn.at(x, y), good ? whole.at(x, y) : 255) << x << ' ' << y << ": white from the bad row on";
+        }
+    EXPECT_EQ(tool("render --on-error salvage -o " + picture + " " + sample("drawing_tiled.tif")).code, 0);
+}
+
+TEST(Limits, Memory) {
+    const Folder folder;
+    const std::string out = " -o " + (folder / "x.png ");
+    EXPECT_EQ(tool("render --max-memory 5Q" + out + sample("text.tif")).code, 1);
+    EXPECT_EQ(tool("render --max-memory 1G" + out + sample("text.tif")).code, 0);
+#ifndef __SANITIZE_ADDRESS__  // whose own needs no limit allows
+    const Outcome run = tool("render --max-memory 300M --size 10000x10000 --mode ink" + out + sample("text.tif"));
+    EXPECT_EQ(run.code, 0) << run.errors;
+    EXPECT_EQ(tool("render --max-memory 300M --rotate 10 --max-pixels 2000000000 --size 40000x40000 --mode ink" + out + sample("text.tif")).code, 4);
+#endif
+}
+
+}  // namespace
