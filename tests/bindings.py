@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+"""Compares the declarations for other languages with the public headers: every
+plain function is there, with as many arguments; for Python also of the same kinds.
+"""
+
+import ctypes
+import pathlib
+import re
+import sys
+
+root = pathlib.Path(__file__).resolve().parent.parent
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(root / "examples/python"))
+import tilepress  # noqa: E402
+
+KINDS = {"int16_t": ctypes.c_int16, "int32_t": ctypes.c_int32, "uint32_t": ctypes.c_uint32, "int": ctypes.c_int,
+         "size_t": ctypes.c_size_t, "double": ctypes.c_double, "ImgErrResult": ctypes.c_int32, "void": None}
+
+
+def kind(declaration):
+    """The ctypes type of a C type with or without a name behind it; any pointer is "pointer"."""
+    if "*" in declaration:
+        return "pointer"
+    return KINDS[declaration.replace("const ", "").split()[0]]
+
+
+def kind_of_ctypes(declared):
+    pointer = declared is ctypes.c_void_p or (declared is not None and hasattr(declared, "contents"))
+    return "pointer" if pointer else declared
+
+
+def split(arguments, separator=","):
+    return [] if arguments.strip() in ("", "void") else arguments.split(separator)
+
+
+prototypes = {}
+for header in (root / "include/tilepress").glob("*.h"):
+    for result, name, arguments in re.findall(r"^TILEPRESS_API ([\w *]+?)\s*TILEPRESS_CALL\s+(\w+)\(([^)]*)\)",
+                                              header.read_text(), re.M):
+        prototypes[name] = kind(result), [kind(a) for a in split(arguments)]
+
+faults = []
+plain = (root / "src/dll/plain_names.txt").read_text().split()
+if sorted(plain) != sorted(prototypes):
+    faults.append(f"headers and list differ: {set(plain) ^ set(prototypes)}")
+
+for name, (result, arguments) in prototypes.items():
+    declared = tilepress.FUNCTIONS.get(name)
+    if not declared or (kind_of_ctypes(declared[0]), [kind_of_ctypes(a) for a in declared[1]]) != (result, arguments):
+        faults.append(f"Python: {name}")
+
+csharp = (root / "examples/csharp/Tilepress.cs").read_text()
+found = {name: len(split(arguments.replace("[In]", "")))
+         for name, arguments in re.findall(r"static extern \w+ (\w+)\(([^)]*)\)", csharp)}
+pascal = (root / "examples/pascal/tilepress.pas").read_text()
+found_pascal = {name: sum(len(group.split(":")[0].split(",")) for group in split(arguments, ";"))
+                for name, arguments in re.findall(r"^(?:function|procedure) (\w+)(?:\(([^)]*)\))?[:;]", pascal, re.M)}
+expected = {name: len(arguments) for name, (_, arguments) in prototypes.items()}
+for language, counts in (("C#", found), ("Pascal", found_pascal)):
+    faults += [f"{language}: {name}" for name in sorted(set(expected.items()) ^ set(counts.items()))]
+
+for fault in faults:
+    print(fault, file=sys.stderr)
+sys.exit(bool(faults) or not prototypes)
