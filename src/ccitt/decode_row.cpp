@@ -187,9 +187,9 @@ inline std::int32_t readRun(Bits& bits, const unsigned char* readEnd,
 /// The count of the decoded list, or 0 to leave the row to the exact decoder.
 ///
 /// a0 increases with every code and the cursor i is the first element of the right
-/// parity past it: after a vertical code that is one of i - 1, i + 1, i + 3, i + 5, so
-/// their elements are loaded together and chosen without branches. Behind the last
-/// change, at index `last`, the list repeats width + 1, which ends every search.
+/// parity past it: after a vertical code that is i + 1 nearly always, so that no code waits
+/// for elements that the one before loaded, and else i - 1, i + 3 or i + 5. Behind the
+/// last change, at index `last`, the list repeats width + 1, which ends every search.
 template <class Lists, class Bits>
 std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned char* readEnd, RowList reference,
                         std::int32_t width, std::int32_t* coding) {
@@ -222,7 +222,8 @@ std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned c
                 if (!refill<Lists>(bits, readEnd)) return 0;
                 bits.drop(3);
                 const std::int32_t a1 = a0 + (a0 == 0) + readRun<Lists>(bits, readEnd, tables.run[~n & 1], width);
-                if (!refill<Lists>(bits, readEnd)) return 0;
+                // Without make-up codes both runs take 29 bits; behind one the bits are refilled.
+                if (Bits::kRefilled < 56 && !refill<Lists>(bits, readEnd)) return 0;
                 const std::int32_t length = readRun<Lists>(bits, readEnd, tables.run[n & 1], width);
                 const std::int32_t a2 = a1 + length;
                 if (a1 <= a0 || length < 0 || a2 > end) return 0;
@@ -250,7 +251,9 @@ std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned c
                 if (a1 <= a0) return 0;
                 a0 = a1;
                 coding[n++] = a1;
-                i += 1 - 2 * (before > a1) + 2 * (after1 <= a1) + 2 * (after3 <= a1);
+                i += 1;
+                if ((before > a1) | (after1 <= a1)) [[unlikely]]
+                    i += -2 * (before > a1) + 2 * (after1 <= a1) + 2 * (after3 <= a1);
                 if (a0 >= end) return a0 == end ? n : 0;
             }
         } while (room >= 0);

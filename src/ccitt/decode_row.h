@@ -4,6 +4,7 @@
 
 #include "ccitt/bit_reader.h"
 #include "ccitt/decode_tables.h"
+#include "foundation/line.h"
 
 #include <cstdint>
 
@@ -33,6 +34,12 @@ RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_
 /// least kCodedPadding zero bytes.
 RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
                      std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
+
+/// Whether a line that follows a white one is white too by a single code.
+inline bool staysWhite(const CodedData& in, std::int64_t bit, RowList reference) {
+    return reference.count == 4 && reference.elements[kLineIrregular] == 0 && bit >= 0 && bit >> 3 < in.length &&
+           (in.bytes[bit >> 3] << (bit & 7) & 0x80) != 0;
+}
 
 /// Makes a line the all-white row; the result is its count.
 std::int32_t whiteLine(std::int32_t* line, std::int32_t width);

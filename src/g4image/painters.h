@@ -107,13 +107,18 @@ ImgErr CImg1G4::decodeRow(OnTile onTile) {
             const std::int64_t length = (std::int64_t{lengths[column]} + 1) & ~std::int64_t{1};
             const CodedData in{tile.data, std::min(length, kMostBytes), false};
             std::int64_t bit = 8 * std::int64_t{tile.bytePosition} + tile.bitPosition - 1;
-            if (decodeLine(*tables, in, bit, {tile.referenceLine, tile.referenceCount},
-                           static_cast<std::int32_t>(tileWidth), tile.codingLine, tile.codingCount) != kRowDecoded)
-                return ImgErrDecode;
+            const RowList reference{tile.referenceLine, tile.referenceCount};
+            if (staysWhite(in, bit, reference)) {
+                ++bit;
+            } else {
+                if (decodeLine(*tables, in, bit, reference, static_cast<std::int32_t>(tileWidth), tile.codingLine,
+                               tile.codingCount) != kRowDecoded)
+                    return ImgErrDecode;
+                std::swap(tile.codingLine, tile.referenceLine);
+                std::swap(tile.codingCount, tile.referenceCount);
+            }
             tile.bytePosition = static_cast<std::int32_t>(bit >> 3);
             tile.bitPosition = static_cast<std::int32_t>(bit & 7) + 1;
-            std::swap(tile.codingLine, tile.referenceLine);
-            std::swap(tile.codingCount, tile.referenceCount);
         }
         onTile(tile.referenceLine, tile.referenceCount, column * tileWidth);
     }
