@@ -47,7 +47,13 @@ ImgErr CImg1G4::decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info) {
 /// Counts the row's black pixels by cells.
 ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
     CellCounter& cells = *info->cells;
-    return decodeRuns(*info, [&](std::size_t from, std::size_t to) { cells.add(from, to); });
+    return decodeRow([&](const std::int32_t* list, std::int32_t count, ImgULong left) {
+        const std::int64_t offset = std::int64_t{left} - 1 - info->clipStart;
+        if (isWhollyInside(list, count, offset, *info))
+            cells.addRuns(list, count, static_cast<std::ptrdiff_t>(offset));
+        else
+            clippedRuns(list, count, left, *info, [&](std::size_t from, std::size_t to) { cells.add(from, to); });
+    });
 }
 
 /// Ink for a background known to be 0; null when memory runs out.
@@ -180,6 +186,20 @@ CImg1* CImg1G4::Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) 
     return result;
 }
 
+/// Counts of black pixels, in place, to grey pixels of a row of cells, the narrowest of which are `low` wide.
+template <bool kWhiteInk>
+static void greyRow(ImgULong* row, ImgULong cellCount, ImgULong height, const CellCounter& cells, const GreyMaps& maps,
+                    ImgULong low) {
+    const unsigned char *const narrow = maps.of(height, low), *const wide = maps.of(height, low + 1);
+    for (ImgULong x = 0; x < cellCount; ++x) {
+        const ImgULong width = cells.width(x), area = height * width;
+        const ImgULong count = std::min(row[x], area);  // damaged tiles can count a pixel twice
+        const ImgULong ink = kWhiteInk ? area - count : count;
+        const unsigned char* const map = width == low ? narrow : wide;
+        row[x] = greyPixel(map ? map[ink] : staircaseGrey(area + 1, ink));
+    }
+}
+
 CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
     if (newWidth == 0 || newHeight == 0 || newWidth > r.getWidth() || newHeight > r.getHeight()) {
         imgRaise(ImgErrBadArgument);
@@ -195,13 +215,11 @@ CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const I
         return nullptr;
     }
     ImgULong** const rows = result->peekDataArray();
-    // Counts of black pixels, in place, to grey pixels; damaged tiles can count a pixel twice.
     const auto toGrey = [&](ImgULong band, ImgULong height) {
-        for (ImgULong x = 0; x < newWidth; ++x) {
-            const ImgULong area = height * cells.width(x), count = std::min(rows[band][x], area);
-            const bool blackIsInk = !backgroundKnown || backgroundColor == 0;
-            rows[band][x] = greyPixel(maps.grey(height, cells.width(x), blackIsInk ? count : area - count));
-        }
+        if (backgroundKnown && backgroundColor == 1)
+            greyRow<true>(rows[band], newWidth, height, cells, maps, r.getWidth() / newWidth);
+        else
+            greyRow<false>(rows[band], newWidth, height, cells, maps, r.getWidth() / newWidth);
     };
     const bool wasKnown = backgroundKnown;
     G4ScaleInfo info(r);

@@ -46,22 +46,37 @@ public:
         sums_[last.cell] -= kCovers + last.rest;
     }
 
+    /// The same for every black run of a list that increases; an element's column is its value plus `offset`.
+    void addRuns(const std::int32_t* list, std::int32_t count, std::ptrdiff_t offset) {
+        const CellEdge* const edges = edges_.get();
+        std::uint64_t* const sums = sums_.get();
+        for (const std::int32_t *change = list + 2, *end = list + count - 2; change < end; change += 2) {
+            const CellEdge first = edges[offset + change[-1]], last = edges[offset + change[0]];
+            sums[first.cell] += kCovers + first.rest;
+            sums[last.cell] -= kCovers + last.rest;
+        }
+    }
+
     /// Whether the sums must be folded away after so many rows, before they could overflow.
     bool mustFold(std::uint32_t rows) const { return rows % foldEvery_ == 0; }
 
     /// Adds the counts to `counts`, one a cell, and starts anew; the result is their total.
     std::uint64_t fold(ImgULong* counts) {
-        std::int64_t covering = 0;
+        const std::uint32_t* const widths = widths_.get();
+        std::uint64_t* const sums = sums_.get();
         std::uint64_t total = 0;
+        std::uint32_t covering = 0;
         for (std::uint32_t cell = 0; cell < cells_; ++cell) {
-            const auto sum = static_cast<std::int64_t>(sums_[cell]);
-            const auto own = static_cast<std::int32_t>(sum);
-            const std::int64_t count = own + covering * widths_[cell];
-            covering += (sum - own) >> 32;
-            counts[cell] += static_cast<ImgULong>(count);
-            total += static_cast<std::uint64_t>(count);
+            const std::uint64_t sum = sums[cell];
+            sums[cell] = 0;
+            const auto own = static_cast<std::uint32_t>(sum);
+            // The low half is signed: below zero it has borrowed one from the high half.
+            const std::uint32_t count = own + covering * widths[cell];
+            covering += static_cast<std::uint32_t>(sum >> 32) + (own >> 31);
+            counts[cell] += count;
+            total += count;
         }
-        std::fill_n(sums_.get(), std::size_t{cells_} + 1, 0);
+        sums[cells_] = 0;
         return total;
     }
 
