@@ -1,5 +1,6 @@
 #include "ccitt/decode_row.h"
 
+#include "foundation/lanes.h"
 #include "foundation/line.h"
 
 #include <algorithm>
@@ -184,12 +185,26 @@ inline std::int32_t readRun(Bits& bits, const unsigned char* readEnd,
     }
 }
 
+/// Where vertical codes lead whose first has its b1 at `here`, each next one the element after.
+struct Steps {
+    Ints4 to;
+    /// Bit k for the code k after which the cursor moves otherwise, or that leads left of a0 or to the end of the row.
+    unsigned refused;
+
+    Steps(const VerticalCodes& codes, const std::int32_t* here, std::int32_t a0) {
+        static constexpr Ints4 counted[5] = {{}, {-1, 0, 0, 0}, {-1, -1, 0, 0}, {-1, -1, -1, 0}, {-1, -1, -1, -1}};
+        to = loadLanes<Ints4>(here) + widened(codes.deltas);
+        const Ints4 before = loadLanes<Ints4>(here - 1), after = loadLanes<Ints4>(here + 1);
+        refused = laneBits(((before > to) | (after <= to) | (to <= shifted(to, a0))) & counted[codes.count]);
+    }
+};
+
 /// The count of the decoded list, or 0 to leave the row to the exact decoder.
 ///
-/// a0 increases with every code and the cursor i is the first element of the right
-/// parity past it: after a vertical code that is i + 1 nearly always, so that no code waits
-/// for elements that the one before loaded, and else i - 1, i + 3 or i + 5. Behind the
-/// last change, at index `last`, the list repeats width + 1, which ends every search.
+/// a0 increases with every code and the cursor i is the first element of the right parity
+/// past it. After a vertical code that is i + 1 nearly always, so that up to four of them are
+/// taken at once and all checked together; else it is i - 1, i + 3 or i + 5. Behind the last
+/// change, at index `last`, the list repeats width + 1, which ends every search.
 template <class Lists, class Bits>
 std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned char* readEnd, RowList reference,
                         std::int32_t width, std::int32_t* coding) {
@@ -200,22 +215,29 @@ std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned c
     coding[0] = 0;
     for (;;) {
         if (!refill<Lists>(bits, readEnd)) return 0;
-        int room = Bits::kRefilled - 8;
+        int room = Bits::kRefilled - static_cast<int>(kVerticalBits);
         do {
-            if (static_cast<std::int64_t>(bits.acc) < 0) {  // codes "directly below": copy reference elements
-                std::int32_t k = std::min({std::countl_zero(~bits.acc), 8, std::max(last - i + 1, 1)});
-                if (!Lists::kExact || (i + 8 <= reference.count && n + 8 <= width + 4))
-                    std::memcpy(coding + n, ref + i, 8 * sizeof *ref);
-                else
-                    for (std::int32_t j = 0; j < k; ++j) coding[n + j] = at(i + j);
-                n += k;
-                i += k;
-                room -= k;
-                bits.drop(static_cast<unsigned>(k));
-                a0 = coding[n - 1];
-                if (a0 >= end) return n;
-                if (room < 0) break;
-                if (k == 8) continue;
+            const VerticalCodes codes = tables.verticals[bits.top(kVerticalBits)];
+            if (codes.count != 0 && (!Lists::kExact || (i + 4 < reference.count && n <= width))) [[likely]] {
+                const Steps steps(codes, ref + i, a0);
+                storeLanes(coding + n, steps.to);
+                if (steps.refused == 0) [[likely]] {
+                    n += codes.count;
+                    i += codes.count;
+                    room -= codes.length;
+                    bits.drop(codes.length);
+                    a0 = coding[n - 1];
+                    continue;
+                }
+                if (const int taken = std::countr_zero(steps.refused); taken > 0) {
+                    const int length = codes.lengths >> 4 * taken & 15;
+                    n += taken;
+                    i += taken;
+                    room -= length;
+                    bits.drop(static_cast<unsigned>(length));
+                    a0 = coding[n - 1];
+                    if (room < 0) break;
+                }
             }
             const ModeEntry mode = tables.mode[bits.top(kModeBits)];
             if (mode.mode == kHorizontal) [[unlikely]] {

@@ -32,18 +32,41 @@ struct RunEntry {
     std::uint16_t length;
 };
 
-inline constexpr unsigned kModeBits = 7, kRunBits = 13;
+/// The vertical codes that the next bits begin with, four at most.
+struct VerticalCodes {
+    std::uint32_t deltas;   // a1 - b1 of each in a byte, the first lowest
+    std::uint8_t count;
+    std::uint8_t length;    // bits of all
+    std::uint16_t lengths;  // of the first one, two and three, in four bits each from bit 4 on
+};
+
+inline constexpr unsigned kModeBits = 7, kRunBits = 13, kVerticalBits = 10;
 inline constexpr std::int16_t kNoRun = -9;
 
 struct DecodeTables {
     std::array<ModeEntry, 1 << kModeBits> mode;
     std::array<RunEntry, 1 << kRunBits> run[2];  // white, black
+    std::array<VerticalCodes, 1 << kVerticalBits> verticals;
 };
 
 constexpr void fillMode(DecodeTables& t, unsigned code, unsigned length, ModeEntry entry) {
     const unsigned spare = kModeBits - length;
     entry.length = static_cast<std::uint8_t>(length);
     for (unsigned i = 0; i < 1u << spare; ++i) t.mode[(code << spare) + i] = entry;
+}
+
+constexpr VerticalCodes verticalCodes(const DecodeTables& t, unsigned bits) {
+    VerticalCodes codes{};
+    while (codes.count < 4) {
+        // What lies beyond the bits at hand reads as 0, which begins a longer code than there is room for.
+        const unsigned next = bits << codes.length & ((1u << kVerticalBits) - 1);
+        const ModeEntry mode = t.mode[next >> (kVerticalBits - kModeBits)];
+        if (mode.length == 0 || mode.mode >= kPass || codes.length + mode.length > kVerticalBits) break;
+        codes.lengths = static_cast<std::uint16_t>(codes.lengths | codes.length << 4 * codes.count);
+        codes.deltas |= std::uint32_t{static_cast<std::uint8_t>(mode.delta)} << 8 * codes.count++;
+        codes.length = static_cast<std::uint8_t>(codes.length + mode.length);
+    }
+    return codes;
 }
 
 constexpr DecodeTables makeDecodeTables() {
@@ -68,12 +91,17 @@ constexpr DecodeTables makeDecodeTables() {
                 t.run[colour][first + i] = {static_cast<std::int16_t>(code.run), code.length};
         }
     }
+    for (unsigned bits = 0; bits < t.verticals.size(); ++bits) t.verticals[bits] = verticalCodes(t, bits);
     return t;
 }
 
 inline constexpr DecodeTables kDecodeTables = makeDecodeTables();
 
 static_assert(kDecodeTables.mode[0].length == 0 && kDecodeTables.mode[1].mode == kExtension);
+// V0, one right, one left, V0.
+static_assert(kDecodeTables.verticals[0b1011010100].count == 4 && kDecodeTables.verticals[0b1011010100].length == 8);
+static_assert(kDecodeTables.verticals[0b1011010100].deltas == 0x00FF0100 &&
+              kDecodeTables.verticals[0b1011010100].lengths == 0x7410);
 static_assert(kDecodeTables.mode[127].mode == kVertical + 3 && kDecodeTables.mode[127].length == 1);
 // Only eight zero bits begin no run code, in either colour.
 static_assert(kDecodeTables.run[0][0x1F].run == kNoRun && kDecodeTables.run[1][0x1F].run == kNoRun);

@@ -12,6 +12,8 @@ namespace tilepress {
 typedef std::uint64_t Words2 __attribute__((vector_size(16)));
 typedef std::uint32_t Words4 __attribute__((vector_size(16)));
 typedef std::uint16_t Halves8 __attribute__((vector_size(16)));
+typedef std::int32_t Ints4 __attribute__((vector_size(16)));
+typedef signed char Chars16 __attribute__((vector_size(16)));
 typedef unsigned char Bytes16 __attribute__((vector_size(16)));
 
 template <class Lanes>
@@ -39,6 +41,29 @@ inline Words2 swapBytes(Words2 v) {
     pairs = __builtin_shufflevector(pairs, pairs, 3, 2, 1, 0, 7, 6, 5, 4);
     const Words2 words = reinterpret_cast<Words2>(pairs);
     return __builtin_shufflevector(words, words, 1, 0);
+}
+
+/// Four small numbers, the first lowest, as a lane each.
+inline Ints4 widened(std::uint32_t four) {
+    const Chars16 bytes = reinterpret_cast<Chars16>(Words4{four, 0, 0, 0});
+    const auto twice = reinterpret_cast<Halves8>(
+        __builtin_shufflevector(bytes, bytes, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7));
+    return reinterpret_cast<Ints4>(__builtin_shufflevector(twice, twice, 0, 0, 1, 1, 2, 2, 3, 3)) >> 24;
+}
+
+/// The lanes one place on, `first` before them.
+inline Ints4 shifted(Ints4 v, std::int32_t first) {
+    return __builtin_shufflevector(v, Ints4{0, 0, 0, 0}, 4, 0, 1, 2) | Ints4{first, 0, 0, 0};
+}
+
+/// Bit k for lane k of a comparison's result.
+inline unsigned laneBits(Ints4 v) {
+#ifdef __SSE2__
+    typedef float Floats4 __attribute__((vector_size(16)));
+    return static_cast<unsigned>(__builtin_ia32_movmskps(reinterpret_cast<Floats4>(v)));
+#else
+    return (v[0] & 1u) | (v[1] & 2u) | (v[2] & 4u) | (v[3] & 8u);
+#endif
 }
 
 inline bool isZero(Words2 v) { return (v[0] | v[1]) == 0; }
