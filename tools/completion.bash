@@ -2,28 +2,30 @@
 # the program's own --help: nothing to be kept up to date here.
 
 _tilepress() {
-    local word=$2 before=$3 tool=${COMP_WORDS[0]} words command
+    local word=$2 before=$3 tool=${COMP_WORDS[0]} i help commands words= command=
     COMPREPLY=()
-    if [ "$COMP_CWORD" -eq 1 ]; then
-        words=$("$tool" --help 2>/dev/null | awk '/^Subcommands:/ { on = 1; next } /^$/ { on = 0 } on { print $1 }')
-        mapfile -t COMPREPLY < <(compgen -W "$words --help --version" -- "$word")
-        return
-    fi
-    command=${COMP_WORDS[1]}
+    help=$("$tool" --help 2>/dev/null)
+    commands=$(awk '/^Subcommands:/ { on = 1; next } /^$/ { on = 0 } on { print $1 }' <<<"$help")
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        if grep -qxF -e "${COMP_WORDS[i]}" <<<"$commands"; then
+            command=${COMP_WORDS[i]}
+            help=$("$tool" "$command" --help 2>/dev/null)
+            break
+        fi
+    done
     case $before in
         -?*)    # the words that an option takes stand behind it, with bars between
-            words=$("$tool" "$command" --help 2>/dev/null | awk -v option="$before" '
+            words=$(awk -v option="$before" '
                 /^  -/ { n = split($1, names, ","); for (i = 1; i <= n; i++)
-                         if (names[i] == option && $2 ~ /^[a-z]+([|][a-z]+)+$/) { gsub(/[|]/, " ", $2); print $2 } }')
-            if [ -n "$words" ]; then
-                mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
-                return
-            fi ;;
+                         if (names[i] == option && $2 ~ /^[a-z]+([|][a-z]+)+$/) { gsub(/[|]/, " ", $2); print $2 } }' <<<"$help") ;;
     esac
-    case $word in
-        -*) words=$("$tool" "$command" --help 2>/dev/null | awk '/^  -/ { gsub(/,/, " ", $1); print $1 }')
-            mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word") ;;
-    esac
+    if [ -z "$words" ]; then
+        case $word in
+            -*) words=$(awk '/^  -/ { gsub(/,/, " ", $1); gsub(/[{][a-z]*[}]/, "", $1); print $1 }' <<<"$help") ;;
+            *) [ -n "$command" ] || words=$commands ;;
+        esac
+    fi
+    [ -z "$words" ] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
 }
 # Files where the function offers nothing.
 complete -o default -F _tilepress tilepress
