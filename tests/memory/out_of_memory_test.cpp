@@ -1,0 +1,102 @@
+// What is done when memory runs out, and what is released: the library's calls of the
+// heap come by here (the program is linked with --wrap).
+
+#include "support/handles.h"
+#include "tilepress/Rothstein.h"
+#include "tilepress/ccitt.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+int failing = 0;             // 1: the next allocation fails
+void* watched[8] = {};       // blocks of which is asked whether they were released
+bool released[8] = {};
+}  // namespace
+
+extern "C" {
+void* __real_malloc(std::size_t bytes);
+void* __real_calloc(std::size_t count, std::size_t bytes);
+void __real_free(void* block);
+void* __wrap_malloc(std::size_t bytes) { return failing && --failing == 0 ? nullptr : __real_malloc(bytes); }
+void* __wrap_calloc(std::size_t count, std::size_t bytes) {
+    return failing && --failing == 0 ? nullptr : __real_calloc(count, bytes);
+}
+void __wrap_free(void* block) {
+    for (std::size_t i = 0; i < 8; ++i)
+        if (block && block == watched[i]) released[i] = true;
+    __real_free(block);
+}
+}
+
+namespace tilepress::test {
+namespace {
+
+void watch(std::initializer_list<void*> blocks) {
+    std::fill(std::begin(released), std::end(released), false);
+    std::fill(std::begin(watched), std::end(watched), nullptr);
+    std::copy(blocks.begin(), blocks.end(), watched);
+}
+
+TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
+    failing = 1;
+    EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrCreate);
+    EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
+    std::int32_t reference[] = {0, 9, 9, 9}, coding[12], count = 0, byte = 0, bit = 1;
+    std::uint16_t data[] = {0x8000};
+    EXPECT_EQ(CCITT_G4Decode(reference, 4, 8, data, &byte, &bit, nullptr, coding, &count, 2), 6);
+    CCITT_DisableG4Decode();
+    EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
+    EXPECT_EQ(CCITT_G4Decode(reference, 4, 8, data, &byte, &bit, nullptr, coding, &count, 2), 0);
+    CCITT_DisableG4Decode();
+}
+
+template <class Kind>
+class HandleMemory : public ::testing::Test {};
+TYPED_TEST_SUITE(HandleMemory, HandleKinds);
+
+TYPED_TEST(HandleMemory, KeptFailingRowTablesReleaseTheCallersBlock) {
+    bool created = false, lost = false;
+    for (int n = 1; !created && n < 10; ++n) {
+        const Handle image(ImgNew(TypeParam::type));
+        void* block = __real_malloc(64);
+        watch({block});
+        failing = n;
+        created = TypeParam::create(image.get(), 4, 4, block);
+        failing = 0;
+        if (released[0]) lost = true;
+        else if (!created) __real_free(block);
+    }
+    EXPECT_TRUE(created);
+    EXPECT_EQ(lost, TypeParam::type != ImgTypeBilevel) << "bilevel images have no row table";
+}
+
+TEST(HandleMemory, KeptClonesOfUnalignedRowsAreClear) {
+    const Handle image(ImgNew(ImgTypeBilevel));
+    ASSERT_TRUE(ImgCreateBilevel(image.get(), 16, 2, 0, nullptr));
+    static_cast<std::uint8_t*>(image->data)[0] = 0xFF;
+    const Handle copy(image->clone(image.get()));
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(static_cast<std::uint8_t*>(copy->data)[0], 0);
+}
+
+TEST(RothsteinMemory, KeptListsAreReleasedInPart) {
+    std::vector<rothstein_code_struct*> nodes;
+    for (int i = 0; i < 4; ++i) {
+        nodes.push_back(static_cast<rothstein_code_struct*>(__real_calloc(1, sizeof(rothstein_code_struct))));
+        nodes.back()->payload = __real_malloc(1);
+    }
+    for (std::size_t i = 0; i < 4; ++i) nodes[i]->next = nodes[(i + 1) % 4];
+    void* const payloads[] = {nodes[0]->payload, nodes[1]->payload, nodes[2]->payload, nodes[3]->payload};
+    watch({nodes[0], nodes[1], nodes[2], nodes[3], payloads[0], payloads[1], payloads[2], payloads[3]});
+    DestroyRothsteinList(nodes[0]);
+    const bool expected[8] = {true, false, false, false, true, false, true, true};
+    for (std::size_t i = 0; i < 8; ++i) {
+        EXPECT_EQ(released[i], expected[i]) << i;
+        if (!released[i]) __real_free(watched[i]);
+    }
+}
+
+}  // namespace
+}  // namespace tilepress::test
