@@ -106,7 +106,7 @@ std::string describeDamage(TiffSource& source, const TiffPage& page, const Rect&
     std::vector<unsigned char> words;
     const DecoderTables tables;
     forTilesOf(page, rect, [&](std::uint32_t k) {
-        if (source.tileBytes(k) == 0) return;
+        if (source.isEmpty(k)) return;
         readWords(source, page, k, words);
         const std::uint32_t top = k / page.tilesAcross * page.tile.height;
         TileRows rows(words, page.tile.width);
@@ -149,7 +149,7 @@ static std::vector<unsigned char> salvagedWords(const std::vector<unsigned char>
 }
 
 /// Puts new data, which the result holds, in the place of damaged tiles.
-static std::vector<std::vector<unsigned char>> salvage(const TiffPage& page, const Rect& rect,
+static std::vector<std::vector<unsigned char>> salvage(TiffSource& source, const TiffPage& page, const Rect& rect,
                                                        std::vector<unsigned char*>& tiles, std::vector<ImgULong>& lengths,
                                                        std::vector<TileDamage>& damaged) {
     std::vector<std::vector<unsigned char>> replaced;
@@ -158,7 +158,7 @@ static std::vector<std::vector<unsigned char>> salvage(const TiffPage& page, con
     std::vector<unsigned char> words;
     forTilesOf(page, rect, [&](std::uint32_t k) {
         if (lengths[k] == 0) return;
-        words.assign(tiles[k], tiles[k] + lengths[k]);
+        words.assign(tiles[k], tiles[k] + TiffSource::paddedBytes(source.tileBytes(k)));
         TileRows rows(words, page.tile.width);
         const std::uint32_t height = page.rowsOfTile(k);
         const auto damage = decodeRows(rows, k, height);
@@ -180,7 +180,8 @@ G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std
     forTilesOf(page, rect, [&](std::uint32_t k) {
         const std::uint64_t length = source.tileBytes(k);
         requireTileBytes(source, page, k, length);
-        lengths[k] = static_cast<ImgULong>(TiffSource::paddedBytes(length));
+        // What the file has lost must not look like what it leaves out: zeros in its place are no code.
+        lengths[k] = static_cast<ImgULong>(TiffSource::paddedBytes(length > 0 || source.isEmpty(k) ? length : 2));
         padded += lengths[k];
         bytes += length;
     });
@@ -192,11 +193,12 @@ G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std
     forTilesOf(page, rect, [&](std::uint32_t k) {
         if (lengths[k] == 0) return;
         tiles[k] = block.get() + used;
+        std::fill_n(tiles[k], 2, static_cast<unsigned char>(0));
         source.readTile(k, tiles[k], source.tileBytes(k));
         progress.show("reading", used += lengths[k], padded);
     });
     std::vector<std::vector<unsigned char>> replaced;
-    if (salvaged) replaced = salvage(page, rect, tiles, lengths, *salvaged);
+    if (salvaged) replaced = salvage(source, page, rect, tiles, lengths, *salvaged);
     G4Image image(CImg1G4::create(page.size.width, page.size.height, page.tile.width, page.tile.height, tiles.data(),
                                   lengths.data(), 0x00FFFFFF, 0xFF000000, ImgAlignNone));
     if (!image) throw Failure(Exit::tooLarge, source.name() + ": not enough memory for the page");

@@ -99,7 +99,7 @@ struct PageInput {
 
 class Packer {
 public:
-    explicit Packer(const RepackOptions& chosen) : options(chosen), progress(chosen.quiet) {}
+    explicit Packer(const RepackOptions& chosen) : options(chosen), progress(chosen.quiet), output(chosen.output) {}
 
     void add(const PageInput& page) {
         requirePixels("the page", page.size, options.maxInputPixels);
@@ -116,7 +116,6 @@ public:
         if (options.check) check(page, ++pages);
     }
     void finish() {
-        OutputFile output(options.output);
         file.copyTo(output);
         output.commit();
         progress.clear();
@@ -141,6 +140,7 @@ private:
 
     const RepackOptions& options;
     Progress progress;
+    OutputFile output;  ///< from the start: where nothing can be written is known before the work
     UnnamedTiff file;
     unsigned pages = 0;
     const DecoderTables decoder;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <string_view>
 
 #include "failure.h"
 #include "g4_page.h"
@@ -60,14 +62,18 @@ private:
     void startTileRow() {
         tiles.clear();
         for (std::uint32_t column = 0; column < page.tilesAcross; ++column) {
+            if (source.isEmpty(firstTile() + column)) {
+                tiles.push_back(nullptr);
+                continue;
+            }
             readWords(source, page, firstTile() + column, data[column]);
             tiles.push_back(std::make_unique<TileRows>(data[column], page.tile.width));
         }
     }
     std::uint32_t firstTile() const { return y / page.tile.height * page.tilesAcross; }
-    /// False for a tile without data, which is white.
+    /// False for a tile that is left out, which is white.
     bool decode(std::uint32_t column) {
-        if (data[column].empty()) return false;
+        if (!tiles[column]) return false;
         TileRows& tile = *tiles[column];
         if (!tile.next())
             throw Failure(Exit::damaged,
@@ -131,8 +137,8 @@ class LibtiffRows : public RowSource {
 public:
     LibtiffRows(InputFile input, const TiffPage& which) : name(input.name()), page(which) {
         TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-        TIFFOpenOptionsSetErrorHandlerExtR(options, ignore, nullptr);
-        TIFFOpenOptionsSetWarningHandlerExtR(options, ignore, nullptr);
+        TIFFOpenOptionsSetErrorHandlerExtR(options, onError, this);
+        TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, this);
         tiff.reset(TIFFFdOpenExt(input.release(), name.c_str(), "rm", options));
         TIFFOpenOptionsFree(options);
         if (!tiff || !TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(page.number - 1))) fail();
@@ -142,7 +148,7 @@ public:
     }
     void next(ChangeList& row) override {
         if (!page.tiled) {
-            if (TIFFReadScanline(tiff.get(), packed.data(), y) != 1) fail();
+            if (TIFFReadScanline(tiff.get(), packed.data(), y) != 1 || !damage.empty()) fail();
         } else {
             if (y % page.tile.height == 0) readTileRow();
             std::copy_n(tileRow.begin() + static_cast<std::ptrdiff_t>(y % page.tile.height * rowBytes), rowBytes, packed.begin());
@@ -156,7 +162,7 @@ private:
         const std::size_t tileBytes = (std::size_t{page.tile.width} + 7) / 8;
         std::vector<unsigned char> tile(static_cast<std::size_t>(TIFFTileSize(tiff.get())));
         for (std::uint32_t x = 0; x < page.size.width; x += page.tile.width) {
-            if (TIFFReadTile(tiff.get(), tile.data(), x, y, 0, 0) < 0) fail();
+            if (TIFFReadTile(tiff.get(), tile.data(), x, y, 0, 0) < 0 || !damage.empty()) fail();
             const std::size_t left = x / 8, bytes = std::min(tileBytes, rowBytes - left);
             for (std::size_t i = 0; i < page.tile.height; ++i)
                 std::copy_n(tile.begin() + static_cast<std::ptrdiff_t>(i * tileBytes), bytes,
@@ -164,15 +170,27 @@ private:
         }
     }
     [[noreturn]] void fail() const {
-        throw Failure(Exit::damaged, fmt::format("{}: page {}: row {} cannot be decoded", name, page.number, y + 1));
+        throw Failure(Exit::damaged, fmt::format("{}: page {}: row {} cannot be decoded{}{}", name, page.number, y + 1,
+                                                 damage.empty() ? "" : ": ", damage));
     }
-    static int ignore(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+    static int onError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
+        char text[512];
+        std::vsnprintf(text, sizeof text, format, arguments);
+        auto& rows = *static_cast<LibtiffRows*>(self);
+        if (rows.damage.empty()) rows.damage = text;
+        return 1;
+    }
+    /// libtiff only warns of a fax row that it had to cut or fill up, and delivers it.
+    static int onWarning(TIFF* file, void* self, const char* module, const char* format, va_list arguments) {
+        return std::string_view(module ? module : "").starts_with("Fax3") ? onError(file, self, module, format, arguments) : 1;
+    }
     struct Closer {
         void operator()(TIFF* file) const { TIFFClose(file); }
     };
 
     const std::string name;
     const TiffPage& page;
+    std::string damage;  ///< libtiff's first message; rows may arrive in spite of it
     std::unique_ptr<TIFF, Closer> tiff;
     std::size_t rowBytes = 0;
     std::vector<unsigned char> packed, tileRow;

@@ -197,12 +197,15 @@ void TiffSource::addSizes(TiffPage& page) {
     }
 }
 
+bool TiffSource::isEmpty(std::uint32_t k) const { return TIFFGetStrileByteCount(tiff.get(), k) == 0; }
+
 std::uint64_t TiffSource::tileBytes(std::uint32_t k) {
     const std::uint64_t offset = TIFFGetStrileOffset(tiff.get(), k);
     return std::min(TIFFGetStrileByteCount(tiff.get(), k), fileBytes - std::min(offset, fileBytes));
 }
 
 void TiffSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
+    if (bytes == 0) return;
     const auto asked = static_cast<tmsize_t>(bytes);
     const tmsize_t got = currentTiled ? TIFFReadRawTile(tiff.get(), k, buffer, asked)
                                       : TIFFReadRawStrip(tiff.get(), k, buffer, asked);

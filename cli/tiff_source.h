@@ -50,7 +50,9 @@ public:
     /// What countPages met at the end of a broken list of pages, else empty.
     const std::string& damageOfPageList() const { return pageListDamage; }
     TiffPage page(unsigned number);
-    /// The tile's bytes in the file, clipped to the file; 0 for a tile without data.
+    /// Whether the file leaves the tile out: it is as if coded all white.
+    bool isEmpty(std::uint32_t k) const;
+    /// The tile's bytes in the file, clipped to the file; 0 also for a tile that is wholly past its end.
     std::uint64_t tileBytes(std::uint32_t k);
     /// Reads the first `bytes` of a tile of the page asked for last into `buffer`, as words for the decoder:
     /// first bit highest, the bytes of each pair exchanged, an odd last byte followed by 0. `buffer` has room for

@@ -90,7 +90,7 @@ PageReport verify(TiffSource& source, const TiffPage& page, Reference* reference
     const DecoderTables tables;
     std::vector<unsigned char> words;
     for (std::uint32_t k = 0; k < page.tiles; ++k) {
-        if (source.tileBytes(k) == 0) continue;  // as if coded all white
+        if (source.isEmpty(k)) continue;  // as if coded all white
         readWords(source, page, k, words);
         TileRows rows(words, page.tile.width);
         const std::uint32_t height = page.rowsOfTile(k);

@@ -163,7 +163,7 @@ TEST(Codes, HostileHeaders) {
         std::uint32_t value;
         int code;
     } cases[] = {
-        {strip, 256, 0xFFFFFFFF, 4}, {strip, 257, 0xFFFFFFFF, 3}, {strip, 256, 0, 3},         {strip, 273, 0xFFFFFFF0, 0},
+        {strip, 256, 0xFFFFFFFF, 4}, {strip, 257, 0xFFFFFFFF, 3}, {strip, 256, 0, 3},         {strip, 273, 0xFFFFFFF0, 2},
         {strip, 279, 0xFFFFFFF0, 0}, {strip, 278, 1, 0},          {tiled, 256, 0xFFFFFFFF, 3}, {tiled, 322, 16, 3},
         {tiled, 322, 0, 3},
     };
