@@ -1,0 +1,136 @@
+// Does every main operation once, each in a function of its own whose instructions callgrind counts.
+
+#include "tilepress/CImg1.h"
+#include "tilepress/CImg1G4.h"
+#include "tilepress/CImg32.h"
+#include "tilepress/CImg8.h"
+#include "tilepress/ccitt.h"
+
+#include <tiffio.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Picture = std::unique_ptr<IImg>;
+
+struct Release {
+    void operator()(CImg1G4* image) const {
+        image->releaseData();
+        delete image;
+    }
+};
+using Coded = std::unique_ptr<CImg1G4, Release>;
+
+[[noreturn]] void fail(const char* what) {
+    std::fprintf(stderr, "%s\n", what);
+    std::exit(1);
+}
+
+/// A sample page, as the library takes it: words of two coded bytes each.
+Coded open(const char* name) {
+    TIFF* const tiff = TIFFOpen((std::string(TILEPRESS_SAMPLES "/") + name).c_str(), "r");
+    if (!tiff) fail(name);
+    std::uint32_t width = 0, height = 0, tileWidth = 0, tileHeight = 0;
+    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+    const bool tiled = TIFFIsTiled(tiff);
+    TIFFGetField(tiff, tiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, &tileHeight);
+    tileWidth = width;
+    if (tiled) TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &tileWidth);
+    std::vector<Bytes> tiles(tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff));
+    std::vector<unsigned char*> blocks;
+    std::vector<ImgULong> lengths;
+    for (std::uint32_t k = 0; k < tiles.size(); ++k) {
+        const auto size = static_cast<tmsize_t>(TIFFGetStrileByteCount(tiff, k));
+        tiles[k].resize(static_cast<std::size_t>(size + size % 2));
+        if (tiled) TIFFReadRawTile(tiff, k, tiles[k].data(), size);
+        else TIFFReadRawStrip(tiff, k, tiles[k].data(), size);
+        for (std::size_t i = 0; i < tiles[k].size(); i += 2) std::swap(tiles[k][i], tiles[k][i + 1]);
+        blocks.push_back(tiles[k].data());
+        lengths.push_back(static_cast<ImgULong>(tiles[k].size()));
+    }
+    TIFFClose(tiff);
+    return Coded(CImg1G4::create(width, height, tileWidth, tileHeight, blocks.data(), lengths.data(), 0xFFFFFF, 0,
+                                 ImgAlignNone));
+}
+
+Picture scaled(IImg& image, double factor, ImgULong depth) {
+    ImgScaleAttr attr{depth};
+    return Picture(image.scale(image.getRect(), static_cast<ImgULong>(image.getWidth() * factor),
+                               static_cast<ImgULong>(image.getHeight() * factor), attr));
+}
+
+}  // namespace
+
+#define OPERATION(name) extern "C" [[gnu::noinline]] bool operation_##name
+
+OPERATION(decode_strip)(CImg1G4& page, CImg1& dest) { return page.uncompress(&dest, page.getRect()); }
+OPERATION(decode_tiles)(CImg1G4& page, CImg1& dest) { return page.uncompress(&dest, page.getRect()); }
+OPERATION(decode_halftone)(CImg1G4& page, CImg1& dest) { return page.uncompress(&dest, page.getRect()); }
+OPERATION(coded_grey_tenth)(CImg1G4& page) { return scaled(page, 0.1, 32) != nullptr; }
+OPERATION(coded_ink_quarter)(CImg1G4& page) { return scaled(page, 0.25, 1) != nullptr; }
+OPERATION(coded_enlarge_2)(CImg1G4& page) { return scaled(page, 2, 1) != nullptr; }
+OPERATION(encode)(CImg1& page, Bytes& rows) {
+    unsigned char* strip = nullptr;
+    const bool done = create_g4_tiff_strip(rows.data(), &strip, static_cast<std::int32_t>(page.getWidth()),
+                                           static_cast<std::int32_t>(page.getBytesPerLine()),
+                                           static_cast<std::int32_t>(page.getHeight())) > 0;
+    std::free(strip);
+    return done;
+}
+OPERATION(bilevel_turn)(IImg& page) { return Picture(page.rotate(90)) != nullptr; }
+OPERATION(bilevel_mirror)(IImg& page) { return Picture(page.mirror(ImgMirY)) != nullptr; }
+OPERATION(bilevel_shear)(IImg& page) { return Picture(page.rotate(7)) != nullptr; }
+OPERATION(bilevel_ink_quarter)(IImg& page) { return scaled(page, 0.25, 1) != nullptr; }
+OPERATION(bilevel_grey_tenth)(IImg& page) { return scaled(page, 0.1, 32) != nullptr; }
+OPERATION(bilevel_enlarge_2)(IImg& page) { return scaled(page, 2, 1) != nullptr; }
+OPERATION(palette_turn)(IImg& page) { return Picture(page.rotate(90)) != nullptr; }
+OPERATION(palette_enlarge_2)(IImg& page) { return scaled(page, 2, 1) != nullptr; }
+OPERATION(rgb_turn)(IImg& page) { return Picture(page.rotate(90)) != nullptr; }
+OPERATION(rgb_reduce_4)(IImg& page) { return scaled(page, 0.25, 32) != nullptr; }
+OPERATION(rgb_dither)(IImg& page) { return Picture(CImg1::create(page, 0xFFFFFF, 0, ImgAlignNone)) != nullptr; }
+
+namespace {
+
+std::unique_ptr<CImg1> bitmapFor(const CImg1G4& page) {
+    return std::unique_ptr<CImg1>(CImg1::create(page.getWidth(), page.getHeight(), 0xFFFFFF, 0, ImgAlignNone));
+}
+
+bool codedOperations(CImg1& text) {
+    const Coded strip = open("text.tif"), tiles = open("drawing_tiled.tif"), halftone = open("halftone.tif");
+    const auto drawing = bitmapFor(*tiles), picture = bitmapFor(*halftone);
+    bool done = operation_decode_strip(*strip, text) && operation_decode_tiles(*tiles, *drawing) &&
+                operation_decode_halftone(*halftone, *picture) && operation_coded_grey_tenth(*strip) &&
+                operation_coded_enlarge_2(*strip);
+    const Coded unknown = open("text.tif");  // whose background is yet to be found
+    return done && operation_coded_ink_quarter(*unknown);
+}
+
+bool uncompressedOperations(CImg1& text) {
+    Bytes rows(text.peekData(), text.peekData() + text.getTotalBytes());
+    rows.push_back(0);  // change detection borrows the byte after a row
+    cit_enable_detect_changes();
+    cit_enable_encode_gr4();
+    const std::unique_ptr<CImg8> palette(CImg8::create(text, nullptr, ImgAlignNone));
+    const std::unique_ptr<CImg32> rgb(CImg32::create(text, RGBOrderRGB));
+    return operation_encode(text, rows) && operation_bilevel_turn(text) && operation_bilevel_mirror(text) &&
+           operation_bilevel_shear(text) && operation_bilevel_ink_quarter(text) && operation_bilevel_grey_tenth(text) &&
+           operation_bilevel_enlarge_2(text) && operation_palette_turn(*palette) &&
+           operation_palette_enlarge_2(*palette) && operation_rgb_turn(*rgb) && operation_rgb_reduce_4(*rgb) &&
+           operation_rgb_dither(*rgb);
+}
+
+}  // namespace
+
+int main() {
+    const auto text = bitmapFor(*open("text.tif"));
+    if (!codedOperations(*text) || !uncompressedOperations(*text)) fail("an operation gave nothing");
+    return 0;
+}
