@@ -40,24 +40,36 @@ inline std::int32_t firstRun(const std::int32_t* list, const G4ScaleInfo& info) 
     return !info.paintWhite ? 2 : list[1] == 1 ? 3 : 1;
 }
 
-/// Whether the list increases and all of its runs lie in the rectangle.
-inline bool isWhollyInside(const std::int32_t* list, std::int32_t count, std::int64_t offset, const G4ScaleInfo& info) {
-    return list[kLineIrregular] == 0 && offset + !info.paintWhite >= 0 && offset + list[count - 3] <= info.width;
+/// How much of a list can be painted without clipping: its first elements, or none. They increase, and their runs lie
+/// in the rectangle.
+inline std::int32_t insideCount(const std::int32_t* list, std::int32_t count, std::int64_t offset,
+                                const G4ScaleInfo& info) {
+    if (list[kLineIrregular] != 0 || offset + !info.paintWhite < 0) return 0;
+    while (count > 3 && offset + list[count - 3] > info.width) --count;
+    return count;
 }
 
-/// Calls onRun(from, to) for the runs of a tile row inside the rectangle, as half-open columns
-/// counted from the rectangle's left edge. Every black pixel of the rectangle arrives and
-/// nothing outside it does, whatever the list holds.
+/// Calls onList(count, k, offset) for the first elements of a tile row's list, whose runs from the one that ends with
+/// element k on lie inside the rectangle, and then onRun(from, to) for the runs that had to be clipped. Columns are
+/// half-open and counted from the rectangle's left edge. Every black pixel of the rectangle arrives and nothing
+/// outside it does, whatever the list holds.
+template <class OnList, class OnRun>
+inline void clippedRuns(const std::int32_t* list, std::int32_t count, ImgULong tileLeft, const G4ScaleInfo& info,
+                        OnList onList, OnRun onRun) {
+    const std::int64_t offset = std::int64_t{tileLeft} - 1 - info.clipStart;
+    const std::int32_t inside = insideCount(list, count, offset, info);
+    std::int32_t k = firstRun(list, info);
+    if (inside > 0) {
+        onList(inside, k, static_cast<std::ptrdiff_t>(offset));
+        k += std::max(inside - 1 - k, 0) / 2 * 2;
+    }
+    clippedRuns(list, count, k, tileLeft, ColumnRange{info.clipStart, info.width}, onRun);
+}
+
+/// The same for the runs one by one.
 template <class OnRun>
 inline void clippedRuns(const std::int32_t* list, std::int32_t count, ImgULong tileLeft, const G4ScaleInfo& info,
                         OnRun onRun) {
-    const std::int64_t offset = std::int64_t{tileLeft} - 1 - info.clipStart;
-    if (isWhollyInside(list, count, offset, info)) {
-        const auto shift = static_cast<std::ptrdiff_t>(offset);
-        for (std::int32_t k = firstRun(list, info); k < count - 2; k += 2)
-            onRun(static_cast<std::size_t>(shift + list[k - 1]), static_cast<std::size_t>(shift + list[k]));
-        return;
-    }
     clippedRuns(list, count, firstRun(list, info), tileLeft, ColumnRange{info.clipStart, info.width}, onRun);
 }
 
@@ -72,19 +84,21 @@ inline void setBits(unsigned char* row, std::size_t from, std::size_t to) {
 template <class Onto>
 inline std::uint64_t paintRuns(unsigned char* row, const std::int32_t* list, std::int32_t count, ImgULong tileLeft,
                                const G4ScaleInfo& info, Onto onto) {
-    const std::int64_t offset = std::int64_t{tileLeft} - 1 - info.clipStart;
     ToggledRow& painted = *info.painted;
-    if (isWhollyInside(list, count, offset, info))
-        return painted.addRuns(list, count, firstRun(list, info), static_cast<std::ptrdiff_t>(offset), onto);
     const bool inOrder = list[kLineIrregular] == 0;
     std::uint64_t pixels = 0;
-    clippedRuns(list, count, tileLeft, info, [&](std::size_t from, std::size_t to) {
-        pixels += to - from;
-        onto(from, to, [&](std::size_t first, std::size_t last) {
-            if (inOrder) painted.add(first, last);
-            else setBits(row, first, last);
+    clippedRuns(
+        list, count, tileLeft, info,
+        [&](std::int32_t inside, std::int32_t k, std::ptrdiff_t offset) {
+            pixels += painted.addRuns(list, inside, k, offset, onto);
+        },
+        [&](std::size_t from, std::size_t to) {
+            pixels += to - from;
+            onto(from, to, [&](std::size_t first, std::size_t last) {
+                if (inOrder) painted.add(first, last);
+                else setBits(row, first, last);
+            });
         });
-    });
     return pixels;
 }
 

@@ -1,6 +1,7 @@
 #include "g4image/painters.h"
 
 #include "foundation/heap.h"
+#include "foundation/lanes.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
@@ -48,11 +49,10 @@ ImgErr CImg1G4::decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info) {
 ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
     CellCounter& cells = *info->cells;
     return decodeRow([&](const std::int32_t* list, std::int32_t count, ImgULong left) {
-        const std::int64_t offset = std::int64_t{left} - 1 - info->clipStart;
-        if (isWhollyInside(list, count, offset, *info))
-            cells.addRuns(list, count, static_cast<std::ptrdiff_t>(offset));
-        else
-            clippedRuns(list, count, left, *info, [&](std::size_t from, std::size_t to) { cells.add(from, to); });
+        clippedRuns(
+            list, count, left, *info,
+            [&](std::int32_t inside, std::int32_t, std::ptrdiff_t offset) { cells.addRuns(list, inside, offset); },
+            [&](std::size_t from, std::size_t to) { cells.add(from, to); });
     });
 }
 
@@ -75,16 +75,51 @@ CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
     return result;
 }
 
-/// Packs test(x) for `count` pixels; pad bits become 0.
+/// Packs test(x), the lanes of four pixels from x on, for `count` pixels; pad bits become 0.
 template <class Test>
 static void packBits(unsigned char* out, ImgULong count, Test test) {
-    for (ImgULong x = 0; x < count;) {
-        const unsigned pixels = std::min<ImgULong>(8, count - x);
-        unsigned byte = 0;
-        for (unsigned i = 0; i < pixels; ++i, ++x) byte = byte << 1 | test(x);
-        *out++ = static_cast<unsigned char>(byte << (8 - pixels));
+    const auto four = [&](ImgULong x) {
+        const Ints4 passed = test(x);
+        return laneBits(__builtin_shufflevector(passed, passed, 3, 2, 1, 0));
+    };
+    for (ImgULong x = 0; x < count; x += 8) {
+        const unsigned byte = four(x) << 4 | four(x + 4);
+        *out++ = static_cast<unsigned char>(count - x < 8 ? byte & 0xFF00u >> (count - x) : byte);
     }
 }
+
+/// The black pixels of the cells of one destination row, and how many a cell can have with a white one among them.
+class CellCounts {
+public:
+    /// False when memory runs out.
+    bool prepare(ImgULong cells) {
+        cells_ = cells;
+        return counts_.reserve(std::uint64_t{cells} + 8) && most_.reserve(std::uint64_t{cells} + 8);
+    }
+    ImgULong* get() const { return counts_.get(); }
+    void clear() { std::fill_n(counts_.get(), cells_, 0); }
+
+    void packBlack(unsigned char* out) const {
+        packBits(out, cells_, [this](ImgULong x) { return loadLanes<Ints4>(counts_.get() + x) != Ints4{0, 0, 0, 0}; });
+    }
+    /// Of cells of so many rows.
+    void packWhite(unsigned char* out, ImgULong rows, const CellCounter& cells) {
+        if (rows != rows_)
+            for (ImgULong x = 0; x < cells_; ++x)
+                most_[x] = static_cast<ImgULong>(
+                    std::min<std::uint64_t>(std::uint64_t{rows} * cells.width(x) - 1, 0xFFFFFFFF));
+        rows_ = rows;
+        packBits(out, cells_, [this](ImgULong x) {
+            constexpr Words4 top{0x80000000, 0x80000000, 0x80000000, 0x80000000};  // compares as without sign
+            return reinterpret_cast<Ints4>(loadLanes<Words4>(counts_.get() + x) ^ top) <=
+                   reinterpret_cast<Ints4>(loadLanes<Words4>(most_.get() + x) ^ top);
+        });
+    }
+
+private:
+    Heap<ImgULong> counts_, most_;
+    ImgULong cells_ = 0, rows_ = 0;
+};
 
 /// Ink by counting: a cell is foreground when it holds a black pixel, or, with background 1, a white one.
 /// Null when memory runs out.
@@ -93,10 +128,10 @@ CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
     const std::size_t bytesPerRow = result->getBytesPerLine();
     const bool wasKnown = backgroundKnown;
     CellCounter cells;
-    Heap<ImgULong> counts{std::uint64_t{newWidth}};
+    CellCounts counts;
     // The picture for background 1, until the background is known.
     Heap<unsigned char> whiteInk(wasKnown ? 0 : std::uint64_t{result->getTotalBytes()});
-    if (!counts || !whiteInk || !cells.prepare(r.getWidth(), newWidth)) return nullptr;
+    if (!counts.prepare(newWidth) || !whiteInk || !cells.prepare(r.getWidth(), newWidth)) return nullptr;
     G4ScaleInfo info(r);
     info.cells = &cells;
     std::uint64_t black = 0;
@@ -110,10 +145,9 @@ CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
             black += cells.fold(counts.get());
             unsigned char* const ink = result->peekData() + band * bytesPerRow;
             unsigned char* const white = wasKnown ? ink : whiteInk.get() + band * bytesPerRow;
-            if (!wasKnown) packBits(ink, newWidth, [&](ImgULong x) { return counts[x] != 0; });
-            packBits(white, newWidth,
-                     [&](ImgULong x) { return counts[x] < std::uint64_t{rows} * cells.width(x); });
-            std::fill_n(counts.get(), newWidth, 0);
+            if (!wasKnown) counts.packBlack(ink);
+            counts.packWhite(white, rows, cells);
+            counts.clear();
         });
     if (whole && !wasKnown) {
         settleBackground(black, std::uint64_t{r.getWidth()} * r.getHeight());
