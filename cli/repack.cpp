@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -113,7 +114,21 @@ public:
             progress.show("coding", y, page.size.height);
         }
         writer.finish();
-        if (options.check) check(page, ++pages);
+    }
+    /// Decodes what was written of the next page and compares every row with the source; all pages have been added.
+    void check(const PageInput& page) {
+        if (!written) written.emplace(file.reopened());
+        const TiffPage result = written->page(++checked);
+        const std::unique_ptr<RowSource> source = page.rows(), copy = g4Rows(*written, result);
+        ChangeList wanted(page.size.width), found(page.size.width);
+        for (std::uint32_t y = 0; y < page.size.height; ++y) {
+            source->next(wanted);
+            copy->next(found);
+            if (!(wanted == found))
+                throw Failure(Exit::failed, fmt::format("page {}: row {} has other pixels when decoded; nothing is written",
+                                                        checked, y + 1));
+            progress.show("checking", y, page.size.height);
+        }
     }
     void finish() {
         file.copyTo(output);
@@ -122,67 +137,58 @@ public:
     }
 
 private:
-    /// Decodes what was written and compares every row with the source.
-    void check(const PageInput& page, unsigned number) {
-        TiffSource written(file.reopened());
-        const TiffPage result = written.page(number);
-        const std::unique_ptr<RowSource> source = page.rows(), copy = g4Rows(written, result);
-        ChangeList wanted(page.size.width), found(page.size.width);
-        for (std::uint32_t y = 0; y < page.size.height; ++y) {
-            source->next(wanted);
-            copy->next(found);
-            if (!(wanted == found))
-                throw Failure(Exit::failed, fmt::format("page {}: row {} has other pixels when decoded; nothing is written",
-                                                        number, y + 1));
-            progress.show("checking", y, page.size.height);
-        }
-    }
-
     const RepackOptions& options;
     Progress progress;
     OutputFile output;  ///< from the start: where nothing can be written is known before the work
     UnnamedTiff file;
-    unsigned pages = 0;
+    std::optional<TiffSource> written;
+    unsigned checked = 0;
     const DecoderTables decoder;
     const EncoderTables encoder;
     const DetectorTables detector;
 };
 
-void addPages(Packer& packer, InputFile input) {
+void addPages(Packer& packer, InputFile input, bool check) {
     const InputFile second = input.again();  // for pages that libtiff decodes
     TiffSource source(std::move(input));
     const unsigned pages = source.countPages();
     if (!source.damageOfPageList().empty())
         throw Failure(Exit::damaged,
                       fmt::format("{}: the list of pages is damaged: {}", source.name(), source.damageOfPageList()));
-    for (unsigned number = 1; number <= pages; ++number) {
-        const TiffPage page = source.page(number);
-        page.requireBilevel(source.name());
-        requireDrawable(source, page);
-        packer.add({page.size,
-                    [&]() { return page.isGroup4() ? g4Rows(source, page) : libtiffRows(second.again(), page); },
-                    [&](TIFF* to) { source.copyTags(to); }});
-    }
+    const auto forPages = [&](const auto& visit) {
+        for (unsigned number = 1; number <= pages; ++number) {
+            const TiffPage page = source.page(number);
+            page.requireBilevel(source.name());
+            requireDrawable(source, page);
+            visit(PageInput{page.size,
+                            [&]() { return page.isGroup4() ? g4Rows(source, page) : libtiffRows(second.again(), page); },
+                            [&](TIFF* to) { source.copyTags(to); }});
+        }
+    };
+    forPages([&](const PageInput& page) { packer.add(page); });
+    if (check) forPages([&](const PageInput& page) { packer.check(page); });
 }
 
-void addPicture(Packer& packer, const InputFile& input) {
+void addPicture(Packer& packer, const InputFile& input, bool check) {
     const std::unique_ptr<PictureReader> first = openPicture(input.again());
-    packer.add({first->size, [&]() { return pictureRows(openPicture(input.again())); },
-                [&](TIFF* to) {
-                    if (!(first->dpiX > 0)) return;
-                    TIFFSetField(to, TIFFTAG_XRESOLUTION, first->dpiX);
-                    TIFFSetField(to, TIFFTAG_YRESOLUTION, first->dpiY);
-                    TIFFSetField(to, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-                }});
+    const PageInput page{first->size, [&]() { return pictureRows(openPicture(input.again())); },
+                         [&](TIFF* to) {
+                             if (!(first->dpiX > 0)) return;
+                             TIFFSetField(to, TIFFTAG_XRESOLUTION, first->dpiX);
+                             TIFFSetField(to, TIFFTAG_YRESOLUTION, first->dpiY);
+                             TIFFSetField(to, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+                         }};
+    packer.add(page);
+    if (check) packer.check(page);
 }
 
 int run(const RepackOptions& options, bool pictures) {
     InputFile input(options.input);
     Packer packer(options);
     if (pictures && (input.kind() == InputFile::Kind::png || input.kind() == InputFile::Kind::pnm))
-        addPicture(packer, input);
+        addPicture(packer, input, options.check);
     else
-        addPages(packer, std::move(input));
+        addPages(packer, std::move(input), options.check);
     packer.finish();
     return static_cast<int>(Exit::good);
 }

@@ -131,11 +131,18 @@ unsigned TiffSource::countPages() {
     return pages;
 }
 
+bool TiffSource::goTo(unsigned number) {
+    if (number == 0 || number - 1 > std::numeric_limits<tdir_t>::max()) return false;
+    const auto directory = static_cast<tdir_t>(number - 1);
+    // From page to page, because any other way leads past all the pages before it.
+    return number > 1 && TIFFCurrentDirectory(tiff.get()) + 1 == directory ? TIFFReadDirectory(tiff.get()) != 0
+                                                                          : TIFFSetDirectory(tiff.get(), directory) != 0;
+}
+
 TiffPage TiffSource::page(unsigned number) {
     TIFF* const file = tiff.get();
     message.clear();
-    if (number == 0 || number - 1 > std::numeric_limits<tdir_t>::max() ||
-        !TIFFSetDirectory(file, static_cast<tdir_t>(number - 1))) {
+    if (!goTo(number)) {
         const unsigned pages = countPages();
         if (number > pages)
             throw Failure(Exit::failed, fmt::format("{}: no page {}: the file has {}", displayName, number, pages));

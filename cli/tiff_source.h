@@ -66,6 +66,7 @@ private:
     static int onError(TIFF*, void* self, const char* module, const char* format, va_list arguments);
     static int onWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
     [[noreturn]] void fail(const std::string& otherwise);
+    bool goTo(unsigned number);
     void addLayout(TiffPage& page);
     void addSizes(TiffPage& page);
 
