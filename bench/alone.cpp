@@ -1,5 +1,8 @@
 // tilepress_alone: this library alone on a page drawn here, without a peer, so that it can be built for any
 // target. Prints one line an operation: name, tab, nanoseconds a pixel (a code for rows), least of many calls.
+//
+// tilepress_alone --sizes: the same for pages of 1 to 250 million pixels that repeat the page drawn here, with the
+// kilobytes by which the process's peak grows while the coded page is reduced.
 
 #include "rows.h"
 #include "synthetic.h"
@@ -9,6 +12,7 @@
 #include "tilepress/CImg8.h"
 
 #include <malloc.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -26,15 +30,21 @@ double now() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
+/// Seconds of the shortest call.
 template <class Work>
-void report(const char* name, double units, Work work) {
+double leastTime(Work work) {
     double least = 1e9;
     const double end = now() + 0.4;
     for (double start = now(); start < end; start = now()) {
         work();
         least = std::min(least, now() - start);
     }
-    std::printf("%s\t%.4f\n", name, least / units * 1e9);
+    return least;
+}
+
+template <class Work>
+void report(const char* name, double units, Work work) {
+    std::printf("%s\t%.4f\n", name, leastTime(work) / units * 1e9);
     std::fflush(stdout);
 }
 
@@ -61,6 +71,26 @@ Result scaled(IImg& image, ImgULong width, ImgULong height, ImgULong depth) {
     return Result(image.scale(image.getRect(), width, height, attr));
 }
 
+/// An image of one strip that keeps its own copy of the coded bytes; its background is white.
+struct CodedPage {
+    CImg1G4* image;
+
+    CodedPage(Bytes strip, ImgULong width, ImgULong height) {
+        if (strip.size() % 2) strip.push_back(0);
+        for (std::size_t k = 0; k < strip.size(); k += 2) std::swap(strip[k], strip[k + 1]);
+        unsigned char* tile = strip.data();
+        ImgULong length = static_cast<ImgULong>(strip.size());
+        image = CImg1G4::create(width, height, width, height, &tile, &length, 0xFFFFFF, 0, ImgAlignNone);
+        image->setBackgroundColor(0);
+    }
+    ~CodedPage() {
+        image->releaseData();
+        delete image;
+    }
+    CodedPage(const CodedPage&) = delete;
+    CodedPage& operator=(const CodedPage&) = delete;
+};
+
 void reportCoded(const bench::Bitmap& page, double pixels) {
     Strip strip(page);
     const Bytes coded = strip.encode();
@@ -68,14 +98,8 @@ void reportCoded(const bench::Bitmap& page, double pixels) {
     bench::CodedRows rows(coded, page.width, page.height);
     report("row decode, a code", rows.codes(), [&] { rows.decode(); });
 
-    Bytes words = coded;
-    if (words.size() % 2) words.push_back(0);
-    for (std::size_t k = 0; k < words.size(); k += 2) std::swap(words[k], words[k + 1]);
-    unsigned char* tile = words.data();
-    ImgULong length = static_cast<ImgULong>(words.size());
-    CImg1G4* const image = CImg1G4::create(page.width, page.height, page.width, page.height, &tile, &length, 0xFFFFFF,
-                                           0, ImgAlignNone);
-    image->setBackgroundColor(0);
+    const CodedPage codedPage(coded, page.width, page.height);
+    CImg1G4* const image = codedPage.image;
     const std::unique_ptr<CImg1> dest(CImg1::create(page.width, page.height, 0xFFFFFF, 0, ImgAlignNone));
     report("decode", pixels, [&] {
         std::memset(dest->peekData(), 0, dest->getTotalBytes());
@@ -84,8 +108,6 @@ void reportCoded(const bench::Bitmap& page, double pixels) {
     report("grey tenth of a coded page", pixels, [&] { scaled(*image, page.width / 10, page.height / 10, 32); });
     report("ink tenth of a coded page", pixels, [&] { scaled(*image, page.width / 10, page.height / 10, 1); });
     report("enlarge a coded page by 2", pixels, [&] { scaled(*image, 2 * page.width, 2 * page.height, 1); });
-    image->releaseData();
-    delete image;
 }
 
 void reportImage(IImg& image, const std::string& kind, double pixels) {
@@ -99,9 +121,63 @@ void reportImage(IImg& image, const std::string& kind, double pixels) {
     named("enlarge by 2, ", [&] { scaled(image, width * 2, height * 2, depth); });
 }
 
+/// The page beside and below itself, cut to a size.
+bench::Bitmap repeatedPage(const bench::Bitmap& page, std::uint32_t width, std::uint32_t height) {
+    bench::Bitmap large(width, height);
+    for (std::uint32_t y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < large.rowBytes(); ++x)
+            large.row(y)[x] = page.row(y % page.height)[x % page.rowBytes()];
+    large.clearSpareBits();
+    return large;
+}
+
+void reportSizes(const bench::Bitmap& page) {
+    const std::pair<std::uint32_t, std::uint32_t> sizes[] = {{1000, 1000}, {2480, 4032}, {7440, 13440}, {12400, 20160}};
+    std::printf("| pixels | encode | decode | grey tenth | ink tenth | peak of both, KB |\n|---|---|---|---|---|---|\n");
+    for (const auto& [width, height] : sizes) {
+        bench::Bitmap bitmap = repeatedPage(page, width, height);
+        const double pixels = double(width) * height;
+        Strip strip(bitmap);
+        Bytes words;
+        const double encode = leastTime([&] { words = strip.encode(); });
+        bitmap.bits = Bytes();
+        strip.rows = Bytes();
+        const CodedPage coded(std::move(words), width, height);
+        const auto peak = [] {
+            rusage usage{};
+            getrusage(RUSAGE_SELF, &usage);
+            return usage.ru_maxrss;
+        };
+        malloc_trim(0);
+        if (std::FILE* const file = std::fopen("/proc/self/clear_refs", "w")) {
+            std::fputs("5", file);
+            std::fclose(file);
+        }
+        const long before = peak();
+        const double grey = leastTime([&] { scaled(*coded.image, width / 10, height / 10, 32); });
+        const double ink = leastTime([&] { scaled(*coded.image, width / 10, height / 10, 1); });
+        const long grown = peak() - before;
+        const std::unique_ptr<CImg1> dest(CImg1::create(width, height, 0xFFFFFF, 0, ImgAlignNone));
+        const double decode = leastTime([&] {
+            std::memset(dest->peekData(), 0, dest->getTotalBytes());
+            coded.image->uncompress(dest.get(), coded.image->getRect());
+        });
+        const auto each = [pixels](double seconds) { return seconds / pixels * 1e9; };
+        std::printf("| %u x %u | %.4f | %.4f | %.4f | %.4f | %ld |\n", width, height, each(encode), each(decode),
+                    each(grey), each(ink), grown);
+        std::fflush(stdout);
+    }
+}
+
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    if (argc > 1 && std::string(argv[1]) == "--sizes") {
+        cit_enable_detect_changes();
+        cit_enable_encode_gr4();
+        reportSizes(bench::textPage());
+        return 0;
+    }
     // Freed memory stays with the process: the system's page faults would be in all figures.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, 0x7fffffff);
