@@ -1,0 +1,282 @@
+// Memory that runs out anywhere: every allocation of every operation fails once, each in a run of its own.
+
+#include "support/coded.h"
+#include "tilepress/tilepress.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <vector>
+
+// --- the injector: the linker sends the library's allocations through here ----------------------
+
+static long untilFailure = -1;  // allocations that still succeed; negative: all
+static bool failed = false;
+
+static bool mayAllocate() {
+    if (untilFailure != 0) {
+        if (untilFailure > 0) --untilFailure;
+        return true;
+    }
+    untilFailure = -1;
+    failed = true;
+    return false;
+}
+
+extern "C" {
+void* __real_malloc(std::size_t);
+void* __real_calloc(std::size_t, std::size_t);
+void* __wrap_malloc(std::size_t size);
+void* __wrap_calloc(std::size_t count, std::size_t size);
+void* __wrap_malloc(std::size_t size) { return mayAllocate() ? __real_malloc(size) : nullptr; }
+void* __wrap_calloc(std::size_t count, std::size_t size) { return mayAllocate() ? __real_calloc(count, size) : nullptr; }
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return mayAllocate() ? __real_malloc(size) : nullptr; }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return mayAllocate() ? __real_malloc(size) : nullptr; }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+void* operator new(std::size_t size) { return __real_malloc(size); }
+void* operator new[](std::size_t size) { return __real_malloc(size); }
+
+namespace {
+
+/// Runs `operation`, which says whether it did all it should, with its n-th allocation failing, until it needs fewer.
+/// It may do without those from `spare` on.
+void failEach(const char* name, const std::function<bool()>& operation, long spare = 1000) {
+    for (long n = 0;; ++n) {
+        ASSERT_LT(n, 200) << name;
+        failed = false;
+        untilFailure = n;
+        const bool done = operation();
+        untilFailure = -1;
+        EXPECT_TRUE(done != failed || (done && n >= spare)) << name << ": allocation " << n;
+        if (!failed) return;
+    }
+}
+
+// --- images ------------------------------------------------------------------------------------
+
+bool end(IImg* image) {
+    if (!image) return false;
+    const ColorMap* map = image->getType() == ImageTypePalette ? static_cast<CImg8*>(image)->getColorMap() : nullptr;
+    if (image->getType() == ImageTypeBilevelG4) static_cast<CImg1G4*>(image)->releaseData();
+    delete image;
+    delete map;
+    return true;
+}
+
+ImgErr lastOf(ImgErr code) {
+    imgRaise(ImgErrNone);
+    return code;
+}
+
+TEST(AllocationFailure, Factories) {
+    unsigned char bytes[600] = {};
+    ImgULong words[200] = {};
+    unsigned char* tiles[] = {bytes, bytes, bytes, bytes};
+    ImgULong lengths[] = {4, 4, 0, 4};
+    ColorMap map(4, 255);
+    CImg1* const bits = CImg1::create(20, 10, 0, 1, ImgAlignByte);
+    CImg32* const rgb = CImg32::create(20, 10, RGBOrderRGB);
+    failEach("bilevel", [&] { return end(CImg1::create(20, 10, 0, 1, ImgAlignByte)); });
+    failEach("bilevel with data", [&] { return end(CImg1::create(20, 10, bytes, 30, 0, 1, ImgAlignByte)); });
+    failEach("palette", [&] { return end(CImg8::create(20, 10, &map, ImgAlignByte)); });
+    failEach("palette with data", [&] { return end(CImg8::create(20, 10, bytes, 200, nullptr, ImgAlignByte)); });
+    failEach("RGB", [&] { return end(CImg32::create(20, 10, RGBOrderRGB)); });
+    failEach("RGB with data", [&] { return end(CImg32::create(20, 10, words, 800, RGBOrderRGB)); });
+    failEach("RGB from 24 bits", [&] { return end(CImg32::createFrom24(20, 10, bytes, 600, ImgAlignByte, RGBOrderRGB, RGBOrderRGB)); });
+    failEach("grid", [&] { return end(CImg1G4::create(20, 10, 10, 5, 0, 1, ImgAlignByte)); });
+    failEach("tiles", [&] { return end(CImg1G4::create(20, 10, 10, 5, tiles, lengths, 0, 1, ImgAlignByte)); }, 10);  // a tile that cannot be copied is white
+    failEach("palette of bilevel", [&] { return end(CImg8::create(*bits, nullptr, ImgAlignByte)); });
+    failEach("RGB of bilevel", [&] { return end(CImg32::create(*bits, RGBOrderRGB)); });
+    failEach("clone", [&] { return end(rgb->clone()); });
+    failEach("tile iterator", [&] {
+        Img32TileIterator* iterator = rgb->getTileIterator(8, 8, CImg32::UNCOMPRESSED);
+        delete iterator;
+        return iterator != nullptr;
+    });
+    end(bits);
+    end(rgb);
+}
+
+TEST(AllocationFailure, Transforms) {
+    ImgScaleAttr grey{32}, ink{1};
+    RasOpXfmAttr place{};
+    ColorMap map(256, 255);
+    for (IImg* image : {static_cast<IImg*>(CImg1::create(40, 30, 0, 1, ImgAlignByte)), static_cast<IImg*>(CImg8::create(40, 30, &map, ImgAlignByte)),
+                        static_cast<IImg*>(CImg32::create(40, 30, RGBOrderRGB))}) {
+        const ImgRect all = image->getRect();
+        const bool palette = image->getType() == ImageTypePalette;
+        failEach("enlarge", [&] { return end(image->scale(all, 100, 70, ink)); });
+        failEach("double", [&] { return end(image->scale(all, 80, 60, ink)); });
+        failEach("reduce", [&] { return end(image->scale(all, 15, 10, ink)); });
+        failEach("grey", [&] { return end(image->scale(all, 15, 10, grey)); });
+        failEach("one way each", [&] { return end(image->scale(all, 100, 10, ink)); });
+        failEach("mirror", [&] { return end(image->mirror(ImgMirX)); });
+        failEach("right angle", [&] { return end(image->rotate(90)); });
+        failEach("any angle", [&] { return end(image->rotate(200)); });
+        failEach("part", [&] { return end(image->getSubImage(ImgRect(3, 3, 20, 20))); });
+        if (!palette) failEach("combined", [&] { return end(image->doRasOp(RasOpCopy, place, *image)); });
+        end(image);
+    }
+}
+
+TEST(AllocationFailure, CompressedImages) {
+    auto bytes = support::exchanged(support::bits("001" + support::runText(10, false) + support::runText(20, true) + "1 111 111 111 111"));
+    unsigned char* tiles[] = {bytes.data(), bytes.data()};
+    ImgULong lengths[] = {static_cast<ImgULong>(bytes.size()), static_cast<ImgULong>(bytes.size())};
+    CImg1G4* const page = CImg1G4::create(80, 5, 40, 5, tiles, lengths, 0, 1, ImgAlignNone);
+    ASSERT_TRUE(page);
+    ImgScaleAttr grey{32}, ink{1};
+    const ImgRect all = page->getRect();
+    /// A walk that fails may leave the decoder enabled.
+    const auto walk = [](IImg* image) {
+        const bool good = CImgErr::get() != ImgErrDecode && CImgErr::get() != ImgErrCreate;
+        CCITT_DisableG4Decode();
+        return static_cast<int>(end(image)) & static_cast<int>(good);
+    };
+    for (int known = 0; known < 2; ++known) {
+        if (known) page->setBackgroundColor(0);
+        failEach("grey", [&] { return lastOf(ImgErrNone), walk(page->scale(all, 20, 2, grey)); });
+        failEach("ink", [&] { return lastOf(ImgErrNone), walk(page->scale(all, 20, 2, ink)); });
+        failEach("enlarged", [&] { return lastOf(ImgErrNone), walk(page->scale(all, 200, 20, ink)); });
+        failEach("part", [&] { return lastOf(ImgErrNone), walk(page->getSubImage(ImgRect(10, 1, 60, 3))); });
+        failEach("turned", [&] { return lastOf(ImgErrNone), walk(page->rotate(90)); });
+        failEach("any angle", [&] { return lastOf(ImgErrNone), walk(page->rotate(20)); });
+    }
+    end(page);
+}
+
+// --- plain functions ------------------------------------------------------------------------------
+
+TEST(AllocationFailure, Codec) {
+    failEach("class decoder", [] {
+        const bool good = CCITT_EnableG4Decode() == ImgErrNone;
+        CCITT_DisableG4Decode();
+        return good;
+    });
+    failEach("plain decoder", [] {
+        const bool good = cit_enable_decode_gr4();
+        cit_disable_decode_gr4();
+        return good;
+    });
+    std::vector<unsigned char> rows(41, 0x3C);
+    failEach("strip", [&] {
+        std::uint8_t* strip = nullptr;
+        const bool enabled = cit_enable_encode_gr4();
+        cit_enable_detect_changes();
+        const bool good = create_g4_tiff_strip(rows.data(), &strip, 64, 8, 5) > 0;
+        EXPECT_EQ(good, strip != nullptr);
+        std::free(strip);
+        cit_disable_detect_changes();
+        cit_disable_encode_gr4();
+        return enabled && good;
+    });
+}
+
+TEST(AllocationFailure, Tables) {
+    ImgULong* tables[6] = {};
+    const auto all = [&](int count) {
+        bool good = true;
+        for (int i = 0; i < count; ++i) {
+            good = good && tables[i];
+            std::free(tables[i]);
+            tables[i] = nullptr;
+        }
+        return good;
+    };
+    failEach("pair", [&] { return CreateRothTables(&tables[0], &tables[1], 30, 20, 10, 5), all(2); });
+    failEach("enlarge", [&] { return CreateRothEnlargeTables(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4]), all(5); });
+    failEach("reduce", [&] { return CreateRothReduceTables(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4]), all(5); }, 3);  // columns that nobody asked for
+    failEach("reduce with columns", [&] {
+        return CreateRothReduceTables2(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4], &tables[5]), all(6);
+    });
+    failEach("greys", [] {
+        unsigned char* greys = nullptr;
+        CreateGreyMapping(50, &greys, 0);
+        std::free(greys);
+        return greys != nullptr;
+    });
+    failEach("reversed bytes", [] {
+        std::uint8_t* table = create_reverse_byte_table();
+        std::free(table);
+        return table != nullptr;
+    });
+}
+
+// --- handles ----------------------------------------------------------------------------------------
+
+bool end(ImgHandle* image) {
+    if (!image) return false;
+    if (image->type == ImgTypePalette8 && image->header) {
+        ColorTable* const table = static_cast<Img8Header*>(image->header)->colorTable;
+        std::free(table->entries);
+        std::free(table);
+    }
+    if (image->header) image->free(&image, nullptr);
+    std::free(image);
+    return true;
+}
+
+ImgHandle* handle(std::uint32_t type) {
+    ImgHandle* const image = ImgNew(type);
+    if (!image) return nullptr;
+    const bool made = type == ImgTypeBilevel    ? ImgCreateBilevel(image, 40, 30, 32, nullptr)
+                      : type == ImgTypePalette8 ? ImgCreatePalette8(image, 40, 30, 32, nullptr, nullptr)
+                      : type == ImgTypeRGB24    ? ImgCreateRGB24(image, 40, 30, 32, nullptr)
+                                                : ImgCreateRGB32(image, 40, 30, 0, nullptr);
+    if (made) return image;
+    end(image);
+    return nullptr;
+}
+
+TEST(AllocationFailure, Handles) {
+    const std::int32_t corners[] = {2, 20, 2, 1, 30, 1, 30, 20};
+    const ImgRasOp1Desc fill{ImgRasFill, 0, 0, 0, 0, 0};
+    ImgRasOp2Desc combine{};
+    combine.op = ImgRasOr;
+    for (std::uint32_t type : {ImgTypeBilevel, ImgTypePalette8, ImgTypeRGB24, ImgTypeRGB32}) {
+        failEach("create", [&] { return end(handle(type)); });
+        ImgHandle* const image = handle(type);
+        const ImgConvertDesc other{type == ImgTypeBilevel ? 2u : 1u, 1, nullptr};
+        failEach("clone", [&] { return end(image->clone(image)); });
+        failEach("render", [&] { return end(image->render(image, 100, 10, nullptr, 0, 0, 32)); });
+        failEach("rotate", [&] { return end(image->rotate(image, 200)); });
+        failEach("right angle", [&] { return end(image->rotate(image, 90)); });
+        failEach("mirror", [&] { return end(image->mirror(image, 1)); });
+        failEach("part", [&] { return end(image->subImage(image, corners)); });
+        failEach("convert", [&] { return end(image->convert(image, &other)); });
+        failEach("fill", [&] { return end(image->rasOp1(image, &fill, 1)); });
+        combine.scaleFirst = 1;
+        failEach("combine", [&] { return end(image->rasOp2(image, &combine, image)); });
+        end(image);
+    }
+}
+
+TEST(AllocationFailure, CompressedHandles) {
+    auto bytes = support::exchanged(support::bits("001" + support::runText(10, false) + support::runText(30, true) + "11 11 11"));
+    const std::uint32_t counts[] = {static_cast<std::uint32_t>(bytes.size())};
+    void* tiles[] = {bytes.data()};
+    const ImgConvertDesc colour{4, 1, nullptr};
+    ImgHandle* image = ImgNew(ImgTypeTiffG4);
+    ASSERT_TRUE(ImgCreateTiffG4(image, 40, 4, 40, 4, counts, tiles));
+    failEach("render", [&] { return end(image->render(image, 20, 2, nullptr, 0, 0, 8)); });
+    failEach("enlarge", [&] { return end(image->render(image, 90, 20, nullptr, 0, 0, 8)); });
+    failEach("one way each", [&] { return end(image->render(image, 90, 2, nullptr, 0, 0, 8)); });
+    failEach("convert", [&] { return end(image->convert(image, &colour)); });
+    failEach("block", [&] {
+        void* block = nullptr;
+        std::uint32_t size = 0;
+        TiffG4Serialize(image, &block, &size);
+        std::free(block);
+        return block != nullptr && size > 0;
+    });
+    image->free(&image, tiles);
+}
+
+}  // namespace
