@@ -1,46 +1,18 @@
-// What is done when memory runs out, and what is released: the library's calls of the
-// heap come by here (the program is linked with --wrap).
+// What is kept when memory runs out, and what is released.
 
+#include "memory/injector.h"
 #include "support/handles.h"
 #include "tilepress/Rothstein.h"
 #include "tilepress/ccitt.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <vector>
-
-namespace {
-int failing = 0;             // 1: the next allocation fails
-void* watched[8] = {};       // blocks of which is asked whether they were released
-bool released[8] = {};
-}  // namespace
-
-extern "C" {
-void* __real_malloc(std::size_t bytes);
-void* __real_calloc(std::size_t count, std::size_t bytes);
-void __real_free(void* block);
-void* __wrap_malloc(std::size_t bytes) { return failing && --failing == 0 ? nullptr : __real_malloc(bytes); }
-void* __wrap_calloc(std::size_t count, std::size_t bytes) {
-    return failing && --failing == 0 ? nullptr : __real_calloc(count, bytes);
-}
-void __wrap_free(void* block) {
-    for (std::size_t i = 0; i < 8; ++i)
-        if (block && block == watched[i]) released[i] = true;
-    __real_free(block);
-}
-}
 
 namespace tilepress::test {
 namespace {
 
-void watch(std::initializer_list<void*> blocks) {
-    std::fill(std::begin(released), std::end(released), false);
-    std::fill(std::begin(watched), std::end(watched), nullptr);
-    std::copy(blocks.begin(), blocks.end(), watched);
-}
-
 TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
-    failing = 1;
+    heap::failAt(1);
     EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrCreate);
     EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
     std::int32_t reference[] = {0, 9, 9, 9}, coding[12], count = 0, byte = 0, bit = 1;
@@ -61,11 +33,11 @@ TYPED_TEST(HandleMemory, KeptFailingRowTablesReleaseTheCallersBlock) {
     for (int n = 1; !created && n < 10; ++n) {
         const Handle image(ImgNew(TypeParam::type));
         void* block = __real_malloc(64);
-        watch({block});
-        failing = n;
+        heap::watch({block});
+        heap::failAt(n);
         created = TypeParam::create(image.get(), 4, 4, block);
-        failing = 0;
-        if (released[0]) lost = true;
+        heap::failAt(0);
+        if (heap::released(0)) lost = true;
         else if (!created) __real_free(block);
     }
     EXPECT_TRUE(created);
@@ -89,12 +61,12 @@ TEST(RothsteinMemory, KeptListsAreReleasedInPart) {
     }
     for (std::size_t i = 0; i < 4; ++i) nodes[i]->next = nodes[(i + 1) % 4];
     void* const payloads[] = {nodes[0]->payload, nodes[1]->payload, nodes[2]->payload, nodes[3]->payload};
-    watch({nodes[0], nodes[1], nodes[2], nodes[3], payloads[0], payloads[1], payloads[2], payloads[3]});
+    heap::watch({nodes[0], nodes[1], nodes[2], nodes[3], payloads[0], payloads[1], payloads[2], payloads[3]});
     DestroyRothsteinList(nodes[0]);
     const bool expected[8] = {true, false, false, false, true, false, true, true};
     for (std::size_t i = 0; i < 8; ++i) {
-        EXPECT_EQ(released[i], expected[i]) << i;
-        if (!released[i]) __real_free(watched[i]);
+        EXPECT_EQ(heap::released(i), expected[i]) << i;
+        if (!heap::released(i)) __real_free(heap::watchedBlock(i));
     }
 }
 

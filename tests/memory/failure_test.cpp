@@ -1,5 +1,6 @@
 // Memory that runs out anywhere: every allocation of every operation fails once, each in a run of its own.
 
+#include "memory/injector.h"
 #include "support/coded.h"
 #include "tilepress/tilepress.h"
 
@@ -7,54 +8,19 @@
 
 #include <cstdlib>
 #include <functional>
-#include <new>
 #include <vector>
-
-// --- the injector: the linker sends the library's allocations through here ----------------------
-
-static long untilFailure = -1;  // allocations that still succeed; negative: all
-static bool failed = false;
-
-static bool mayAllocate() {
-    if (untilFailure != 0) {
-        if (untilFailure > 0) --untilFailure;
-        return true;
-    }
-    untilFailure = -1;
-    failed = true;
-    return false;
-}
-
-extern "C" {
-void* __real_malloc(std::size_t);
-void* __real_calloc(std::size_t, std::size_t);
-void* __wrap_malloc(std::size_t size);
-void* __wrap_calloc(std::size_t count, std::size_t size);
-void* __wrap_malloc(std::size_t size) { return mayAllocate() ? __real_malloc(size) : nullptr; }
-void* __wrap_calloc(std::size_t count, std::size_t size) { return mayAllocate() ? __real_calloc(count, size) : nullptr; }
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return mayAllocate() ? __real_malloc(size) : nullptr; }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return mayAllocate() ? __real_malloc(size) : nullptr; }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
-void* operator new(std::size_t size) { return __real_malloc(size); }
-void* operator new[](std::size_t size) { return __real_malloc(size); }
 
 namespace {
 
 /// Runs `operation`, which says whether it did all it should, with its n-th allocation failing, until it needs fewer.
 /// It may do without those from `spare` on.
 void failEach(const char* name, const std::function<bool()>& operation, long spare = 1000) {
-    for (long n = 0;; ++n) {
+    for (long n = 1;; ++n) {
         ASSERT_LT(n, 200) << name;
-        failed = false;
-        untilFailure = n;
-        const bool done = operation();
-        untilFailure = -1;
-        EXPECT_TRUE(done != failed || (done && n >= spare)) << name << ": allocation " << n;
+        heap::failAt(n);
+        const bool done = operation(), failed = heap::failed();
+        heap::failAt(0);
+        EXPECT_TRUE(done != failed || (done && n > spare)) << name << ": allocation " << n;
         if (!failed) return;
     }
 }
