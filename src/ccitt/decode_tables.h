@@ -49,30 +49,18 @@ struct DecodeTables {
     std::array<VerticalCodes, 1 << kVerticalBits> verticals;
 };
 
-constexpr void fillMode(DecodeTables& t, unsigned code, unsigned length, ModeEntry entry) {
+using ModeTable = std::array<ModeEntry, 1 << kModeBits>;
+
+constexpr void fillMode(ModeTable& table, unsigned code, unsigned length, ModeEntry entry) {
     const unsigned spare = kModeBits - length;
     entry.length = static_cast<std::uint8_t>(length);
-    for (unsigned i = 0; i < 1u << spare; ++i) t.mode[(code << spare) + i] = entry;
+    for (unsigned i = 0; i < 1u << spare; ++i) table[(code << spare) + i] = entry;
 }
 
-constexpr VerticalCodes verticalCodes(const DecodeTables& t, unsigned bits) {
-    VerticalCodes codes{};
-    while (codes.count < 4) {
-        // What lies beyond the bits at hand reads as 0, which begins a longer code than there is room for.
-        const unsigned next = bits << codes.length & ((1u << kVerticalBits) - 1);
-        const ModeEntry mode = t.mode[next >> (kVerticalBits - kModeBits)];
-        if (mode.length == 0 || mode.mode >= kPass || codes.length + mode.length > kVerticalBits) break;
-        codes.lengths = static_cast<std::uint16_t>(codes.lengths | codes.length << 4 * codes.count);
-        codes.deltas |= std::uint32_t{static_cast<std::uint8_t>(mode.delta)} << 8 * codes.count++;
-        codes.length = static_cast<std::uint8_t>(codes.length + mode.length);
-    }
-    return codes;
-}
-
-constexpr DecodeTables makeDecodeTables() {
-    DecodeTables t{};
-    t.mode[0] = {kEndOfBlock, 0, 0, 0};
-    t.mode[1] = {kExtension, 0, 0, 0};
+constexpr ModeTable makeModeTable() {
+    ModeTable t{};
+    t[0] = {kEndOfBlock, 0, 0, 0};
+    t[1] = {kExtension, 0, 0, 0};
     fillMode(t, 0b0000010, 7, {kVertical + 0, 0, -3, 0});
     fillMode(t, 0b000010, 6, {kVertical + 1, 0, -2, 0});
     fillMode(t, 0b010, 3, {kVertical + 2, 0, -1, 0});
@@ -82,6 +70,34 @@ constexpr DecodeTables makeDecodeTables() {
     fillMode(t, 0b0000011, 7, {kVertical + 6, 0, 3, 0});
     fillMode(t, 0b0001, 4, {kPass, 0, 0, 1});
     fillMode(t, 0b001, 3, {kHorizontal, 0, 0, 0});
+    return t;
+}
+
+constexpr VerticalCodes verticalCodes(const ModeTable& modes, unsigned bits) {
+    VerticalCodes codes{};
+    while (codes.count < 4) {
+        // What lies beyond the bits at hand reads as 0, which begins a longer code than there is room for.
+        const unsigned next = bits << codes.length & ((1u << kVerticalBits) - 1);
+        const ModeEntry mode = modes[next >> (kVerticalBits - kModeBits)];
+        if (mode.length == 0 || mode.mode >= kPass || codes.length + mode.length > kVerticalBits) break;
+        codes.lengths = static_cast<std::uint16_t>(codes.lengths | codes.length << 4 * codes.count);
+        codes.deltas |= std::uint32_t{static_cast<std::uint8_t>(mode.delta)} << 8 * codes.count++;
+        codes.length = static_cast<std::uint8_t>(codes.length + mode.length);
+    }
+    return codes;
+}
+
+constexpr std::array<VerticalCodes, 1 << kVerticalBits> makeVerticals() {
+    std::array<VerticalCodes, 1 << kVerticalBits> t{};
+    const ModeTable modes = makeModeTable();
+    for (unsigned bits = 0; bits < t.size(); ++bits) t[bits] = verticalCodes(modes, bits);
+    return t;
+}
+
+constexpr DecodeTables makeDecodeTables() {
+    DecodeTables t{};
+    t.mode = makeModeTable();
+    t.verticals = makeVerticals();
     for (int colour = 0; colour < 2; ++colour) {
         t.run[colour].fill({kNoRun, 0});
         for (const RunCode& code : colour == 0 ? kWhiteCodes : kBlackCodes) {
@@ -91,7 +107,6 @@ constexpr DecodeTables makeDecodeTables() {
                 t.run[colour][first + i] = {static_cast<std::int16_t>(code.run), code.length};
         }
     }
-    for (unsigned bits = 0; bits < t.verticals.size(); ++bits) t.verticals[bits] = verticalCodes(t, bits);
     return t;
 }
 
