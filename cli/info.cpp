@@ -4,14 +4,12 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "failure.h"
+#include "file_reports.h"
 #include "tiff_source.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 const char* photometricName(const TiffPage& page) {
     return page.photometric == 0 ? "WhiteIsZero" : page.photometric == 1 ? "BlackIsZero" : "other";
@@ -84,17 +82,8 @@ void report(const std::string& path, const InfoOptions& options, Json& list) {
 }  // namespace
 
 int runInfo(const InfoOptions& options) {
-    Json list = Json::array();
-    Exit worst = Exit::good;
-    for (const std::string& path : options.files) {
-        try {
-            report(path, options, list);
-        } catch (const Failure& failure) {
-            std::fflush(stdout);
-            fmt::print(stderr, "tilepress: {}\n", failure.what());
-            worst = std::max(worst, failure.code);
-        }
-    }
-    if (options.json) fmt::print("{}\n", list.dump(2, ' ', false, Json::error_handler_t::replace));
-    return static_cast<int>(worst);
+    return reportFiles(options.files, options.json, [&](const std::string& path, Json& list) {
+        report(path, options, list);
+        return Exit::good;
+    });
 }

@@ -5,18 +5,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "failure.h"
+#include "file_reports.h"
 #include "g4_page.h"
 #include "picture.h"
 #include "tiff_source.h"
 #include "tile_rows.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// The same file's pixels as libtiff decodes them.
 class Reference {
@@ -155,17 +153,7 @@ bool verifyFile(const std::string& path, const VerifyOptions& options, Json& lis
 }  // namespace
 
 int runVerify(const VerifyOptions& options) {
-    Json list = Json::array();
-    Exit worst = Exit::good;
-    for (const std::string& path : options.files) {
-        try {
-            if (!verifyFile(path, options, list)) worst = std::max(worst, Exit::damaged);
-        } catch (const Failure& failure) {
-            std::fflush(stdout);
-            fmt::print(stderr, "tilepress: {}\n", failure.what());
-            worst = std::max(worst, failure.code);
-        }
-    }
-    if (options.json) fmt::print("{}\n", list.dump(2, ' ', false, Json::error_handler_t::replace));
-    return static_cast<int>(worst);
+    return reportFiles(options.files, options.json, [&](const std::string& path, Json& list) {
+        return verifyFile(path, options, list) ? Exit::good : Exit::damaged;
+    });
 }

@@ -16,6 +16,7 @@ void checkStrip(std::uint8_t* strip, std::int32_t length, std::uint32_t width, s
     for (std::size_t i = 0; i < padded; i += 2) std::swap(words[i], words[i + 1]);
     auto reference = exactly<std::int32_t>(width + 4), coding = exactly<std::int32_t>(width + 4);
     auto found = exactly<std::uint32_t>(width + 4);
+    auto decoded = exactly<std::int32_t>(width + 4);
     std::fill_n(reference.get() + 1, 3, static_cast<std::int32_t>(width) + 1);
     std::int32_t count = 4, next = 0, byte = 0, bit = 1;
     auto row = exactly<unsigned char>(rowBytes + 1);
@@ -27,12 +28,13 @@ void checkStrip(std::uint8_t* strip, std::int32_t length, std::uint32_t width, s
         cit_detect_changes(width, row.get(), static_cast<std::int32_t>(width) + 4, found.get(), &changes);
         PROMISE(changes == static_cast<std::uint32_t>(next));
         for (std::uint32_t i = 0; i < changes; ++i) PROMISE(found[i] == static_cast<std::uint32_t>(coding[i]));
-        std::uint16_t code[16] = {};
-        std::int32_t bits = 0;
-        if (width <= 32) {
-            cit_encode_gr4(reference.get(), count, coding.get(), next, code, &bits);
-            PROMISE(bits > 0 && bits <= static_cast<std::int32_t>(7 * width + 18));
-        }
+        std::int32_t bits = 0, again = 0, codeByte = 0, codeBit = 1;
+        const std::size_t codeWords = (7 * width + 18 + 15) / 16;
+        const auto code = exactly<std::uint16_t>(codeWords);
+        cit_encode_gr4(reference.get(), count, coding.get(), next, code.get(), &bits);
+        PROMISE(cit_decode_tiff_gr4(reference.get(), count, static_cast<std::int32_t>(width), code.get(), &codeByte, &codeBit, nullptr,
+                                    decoded.get(), &again, static_cast<std::int32_t>(2 * codeWords)) == 0);
+        PROMISE(8 * codeByte + codeBit - 1 == bits && again == next && std::equal(coding.get(), coding.get() + next, decoded.get()));
         reference.swap(coding);
         count = next;
     }

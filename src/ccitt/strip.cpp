@@ -51,12 +51,6 @@ RowResult StripWriter::codeRow(std::int32_t count) {
     return RowResult::kAdded;
 }
 
-RowResult StripWriter::addRow(RowList row) {
-    if (!isRow(row, width_ + 1)) return RowResult::kRefused;
-    std::copy_n(row.elements, row.count, lists_[1 - reference_].get());
-    return codeRow(row.count);
-}
-
 RowResult StripWriter::addPackedRow(const unsigned char* row, std::int32_t maxElements) {
     const auto room = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{width_} + 4, maxElements));
     std::int32_t* const list = lists_[1 - reference_].get();

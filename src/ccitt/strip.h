@@ -27,8 +27,6 @@ public:
 
     /// Starts a strip of rows of `width` pixels; false for a negative width, one too large for a list, or no memory.
     bool begin(std::int32_t width);
-    /// Appends a row given as its changing-element list; refuses a list that is not a row of this width.
-    RowResult addRow(RowList row);
     /// Appends a packed row, of which only the bytes that hold pixels are read; refuses one whose list takes more than
     /// `maxElements`.
     RowResult addPackedRow(const unsigned char* row, std::int32_t maxElements = INT32_MAX);

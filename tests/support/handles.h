@@ -27,35 +27,24 @@ inline std::uint8_t* rowOf(const ImgHandle& image, std::size_t y) {
     return static_cast<std::uint8_t*>(image.data) + y * static_cast<Img1Header*>(image.header)->bytesPerLine;
 }
 
-/// A type of handle, the class with the same pixels, and one handle of a size.
-struct Bits {
-    using Image = CImg1;
-    static constexpr std::uint32_t type = ImgTypeBilevel;
-    static bool create(ImgHandle* h, std::uint32_t w, std::uint32_t ht, void* data = nullptr) {
-        return ImgCreateBilevel(h, w, ht, 16, data);
+/// A type of handle, and the class with the same pixels.
+template <std::uint32_t Type, class ImageType>
+struct HandleKind {
+    using Image = ImageType;
+    static constexpr std::uint32_t type = Type;
+    static bool create(ImgHandle* h, std::uint32_t width, std::uint32_t height, void* data = nullptr) {
+        switch (Type) {
+        case ImgTypeBilevel: return ImgCreateBilevel(h, width, height, 16, data);
+        case ImgTypePalette8: return ImgCreatePalette8(h, width, height, 32, nullptr, data);
+        case ImgTypeRGB24: return ImgCreateRGB24(h, width, height, 32, data);
+        default: return ImgCreateRGB32(h, width, height, 1, data);
+        }
     }
 };
-struct Bytes8 {
-    using Image = CImg8;
-    static constexpr std::uint32_t type = ImgTypePalette8;
-    static bool create(ImgHandle* h, std::uint32_t w, std::uint32_t ht, void* data = nullptr) {
-        return ImgCreatePalette8(h, w, ht, 32, nullptr, data);
-    }
-};
-struct Bytes24 {
-    using Image = CImg32;
-    static constexpr std::uint32_t type = ImgTypeRGB24;
-    static bool create(ImgHandle* h, std::uint32_t w, std::uint32_t ht, void* data = nullptr) {
-        return ImgCreateRGB24(h, w, ht, 32, data);
-    }
-};
-struct Words32 {
-    using Image = CImg32;
-    static constexpr std::uint32_t type = ImgTypeRGBA32;
-    static bool create(ImgHandle* h, std::uint32_t w, std::uint32_t ht, void* data = nullptr) {
-        return ImgCreateRGB32(h, w, ht, 1, data);
-    }
-};
+using Bits = HandleKind<ImgTypeBilevel, CImg1>;
+using Bytes8 = HandleKind<ImgTypePalette8, CImg8>;
+using Bytes24 = HandleKind<ImgTypeRGB24, CImg32>;
+using Words32 = HandleKind<ImgTypeRGBA32, CImg32>;
 using HandleKinds = ::testing::Types<Bits, Bytes8, Bytes24, Words32>;
 
 inline std::size_t pixelBytes(const ImgHandle& image) {
