@@ -64,6 +64,7 @@ void transform(Input& in, IImg& image, IImg& other) {
     case 2: Owned(image.getSubImage(anyRect(in, w, h))); break;
     case 3: image.doRasOpInPlace(op, place, other); break;
     case 4: {
+        if (image.getType() == ImageTypePalette) break;  // fails, and leaves a colour map each time
         IImg* const result = image.doRasOp(op, place, other);
         if (result != &image) Owned{result};
         break;
@@ -130,6 +131,7 @@ void transformHandles(Input& in, ImgHandle* image, ImgHandle* other) {
     case 5: result = image->rasOp1(image, &op1, in.u32()); break;
     case 6: result = image->rasOp2(other, &op2, image); break;
     default:
+        for (std::int32_t& c : corners) c %= 200;  // what is rendered to that size is made, however large
         ImgSetDstRect(image, corners);
         ImgSetRotation(image, in.u16() / 100.0);
         ImgSetMirFlag(image, static_cast<std::int32_t>(in.below(4)));

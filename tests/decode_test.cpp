@@ -1,4 +1,5 @@
 #include "ccitt/decode_row.h"
+#include "foundation/coded.h"
 #include "foundation/line.h"
 #include "support/coded.h"
 #include "tilepress/ccitt.h"
@@ -158,7 +159,7 @@ TEST_F(G4Decode, FastAndExactAgreeOnRandomCodes) {
         Bytes plain = bits(text);
         const auto length = static_cast<std::int64_t>(plain.size());
         Bytes words = exchanged(plain);
-        plain.resize(plain.size() + kCodedPadding);
+        plain.resize(plain.size() + kCodedBack);
         std::int32_t* lines[4];
         for (auto& line : lines) line = allocateLine(static_cast<std::uint32_t>(width));
         std::int32_t count = whiteLine(lines[0], width), exactCount = whiteLine(lines[2], width);

@@ -31,7 +31,7 @@ RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_
                     std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
 
 /// The same between lines of foundation/line.h, for plain data followed by at
-/// least kCodedPadding zero bytes.
+/// least kCodedBack zero bytes, as foundation/coded.h makes them.
 RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
                      std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
 
@@ -43,7 +43,5 @@ inline bool staysWhite(const CodedData& in, std::int64_t bit, RowList reference)
 
 /// Makes a line the all-white row; the result is its count.
 std::int32_t whiteLine(std::int32_t* line, std::int32_t width);
-
-inline constexpr int kCodedPadding = 32;
 
 }  // namespace tilepress::g4

@@ -57,7 +57,8 @@ TEST(AllocationFailure, Factories) {
     failEach("RGB with data", [&] { return end(CImg32::create(20, 10, words, 800, RGBOrderRGB)); });
     failEach("RGB from 24 bits", [&] { return end(CImg32::createFrom24(20, 10, bytes, 600, ImgAlignByte, RGBOrderRGB, RGBOrderRGB)); });
     failEach("grid", [&] { return end(CImg1G4::create(20, 10, 10, 5, 0, 1, ImgAlignByte)); });
-    failEach("tiles", [&] { return end(CImg1G4::create(20, 10, 10, 5, tiles, lengths, 0, 1, ImgAlignByte)); }, 10);  // a tile that cannot be copied is white
+    // A tile that cannot be copied is white. Under valgrind, whose own new does not come by, those are 9 to 11.
+    failEach("tiles", [&] { return end(CImg1G4::create(20, 10, 10, 5, tiles, lengths, 0, 1, ImgAlignByte)); }, 8);
     failEach("palette of bilevel", [&] { return end(CImg8::create(*bits, nullptr, ImgAlignByte)); });
     failEach("RGB of bilevel", [&] { return end(CImg32::create(*bits, RGBOrderRGB)); });
     failEach("clone", [&] { return end(rgb->clone()); });
