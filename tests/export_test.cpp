@@ -219,13 +219,13 @@ static std::vector<bool> modelDither(std::vector<int> tones, int width, int heig
 TEST(Dither, ErrorsSpreadAsTheRuleSays) {
     std::mt19937 random(3);
     for (int width = 1; width <= 40; ++width) {
-        const int height = 9;
+        const int height = 19;
         std::unique_ptr<CImg32> from = rgb(width, height);
         std::vector<int> tones;
         for (int i = 0; i < width * height; ++i) {
-            const unsigned grey = random() % 256;
-            from->peekData()[i] = grey * 0x010101;
-            tones.push_back(tilepress::toneOf(grey, grey, grey));
+            const ImgULong pixel = static_cast<ImgULong>(random());
+            from->peekData()[i] = pixel;
+            tones.push_back(tilepress::toneOf(pixel >> 16 & 0xFF, pixel >> 8 & 0xFF, pixel & 0xFF));
         }
         const auto expected = modelDither(tones, width, height);
         // Into an image wider by two: the source's rows run on with the destination's padding.

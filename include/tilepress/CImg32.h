@@ -7,6 +7,9 @@
 #include "tilepress/CImg.h"
 
 class Img32TileIterator;
+namespace tilepress {
+struct FreshPixels;
+}
 
 /// Four bytes a pixel: three colour components in the image's RGBOrder and a
 /// byte that is none. Rows have no padding. The background colour is a pixel
@@ -64,6 +67,8 @@ public:
     IImg* scale(const ImgRect& source, ImgULong width, ImgULong height, ImgScaleAttr& attr) override;
 
 private:
+    friend struct tilepress::FreshPixels;
+
     CImg32();
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight, RGBOrder order);
     bool initData();

@@ -8,6 +8,9 @@
 #include "tilepress/ColorMap.h"
 
 class Img8TileIterator;
+namespace tilepress {
+struct FreshPixels;
+}
 
 /// One byte a pixel, an index into the image's own ColorMap. The background
 /// colour is an index, 0 until it is set.
@@ -61,6 +64,8 @@ public:
     IImg* scale(const ImgRect& source, ImgULong width, ImgULong height, ImgScaleAttr& attr) override;
 
 private:
+    friend struct tilepress::FreshPixels;
+
     CImg8();
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
                     ImgAlignmentEnum alignment);

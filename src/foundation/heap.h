@@ -15,6 +15,13 @@ T* allocate(std::uint64_t count) {
     return static_cast<T*>(std::calloc(count ? static_cast<std::size_t>(count) : 1, sizeof(T)));
 }
 
+/// The same from malloc, for who writes every element.
+template <class T>
+T* allocateUnset(std::uint64_t count) {
+    if (count > SIZE_MAX / sizeof(T)) return nullptr;
+    return static_cast<T*>(std::malloc(count ? static_cast<std::size_t>(count) * sizeof(T) : 1));
+}
+
 /// Owns a block; release() where ownership leaves us.
 template <class T>
 class Heap {

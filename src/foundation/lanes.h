@@ -12,6 +12,7 @@ namespace tilepress {
 typedef std::uint64_t Words2 __attribute__((vector_size(16)));
 typedef std::uint32_t Words4 __attribute__((vector_size(16)));
 typedef std::uint16_t Halves8 __attribute__((vector_size(16)));
+typedef std::int16_t Shorts8 __attribute__((vector_size(16)));
 typedef std::int32_t Ints4 __attribute__((vector_size(16)));
 typedef signed char Chars16 __attribute__((vector_size(16)));
 typedef unsigned char Bytes16 __attribute__((vector_size(16)));
@@ -56,6 +57,27 @@ inline Ints4 shifted(Ints4 v, std::int32_t first) {
     return __builtin_shufflevector(v, Ints4{0, 0, 0, 0}, 4, 0, 1, 2) | Ints4{first, 0, 0, 0};
 }
 
+/// The first and the last eight bytes, as a lane each.
+inline Shorts8 lowBytes(Bytes16 v) {
+    return reinterpret_cast<Shorts8>(
+        __builtin_shufflevector(v, Bytes16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+}
+inline Shorts8 highBytes(Bytes16 v) {
+    return reinterpret_cast<Shorts8>(
+        __builtin_shufflevector(v, Bytes16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+}
+
+/// Of as many registers: i and i + count / 2 interleave into 2i and 2i + 1.
+template <std::size_t count>
+inline void interleaveBytes(Bytes16* to, const Bytes16* from) {
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < count / 2; ++i) {
+        const Bytes16 a = from[i], b = from[i + count / 2];
+        to[2 * i] = __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+        to[2 * i + 1] = __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    }
+}
+
 /// Bit k for lane k of a comparison's result.
 inline unsigned laneBits(Ints4 v) {
 #ifdef __SSE2__
@@ -63,6 +85,18 @@ inline unsigned laneBits(Ints4 v) {
     return static_cast<unsigned>(__builtin_ia32_movmskps(reinterpret_cast<Floats4>(v)));
 #else
     return (v[0] & 1u) | (v[1] & 2u) | (v[2] & 4u) | (v[3] & 8u);
+#endif
+}
+
+/// The same for two results, the second from bit 8 on.
+inline unsigned laneBits(Shorts8 a, Shorts8 b) {
+#ifdef __SSE2__
+    typedef char Bytes __attribute__((vector_size(16)));
+    return static_cast<unsigned>(__builtin_ia32_pmovmskb128(reinterpret_cast<Bytes>(__builtin_ia32_packsswb128(a, b))));
+#else
+    unsigned bits = 0;
+    for (unsigned k = 0; k < 8; ++k) bits |= (a[k] & 1u) << k | (b[k] & 1u) << (k + 8);
+    return bits;
 #endif
 }
 

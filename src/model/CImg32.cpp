@@ -1,6 +1,6 @@
 #include "tilepress/CImg32.h"
 
-#include "model/row_table.h"
+#include "model/fresh.h"
 #include "tilepress/Export.h"
 #include "tilepress/TileIterators.h"
 
@@ -33,13 +33,7 @@ bool CImg32::verifyHeader(ImgULong length) const {
            totalBytes <= length;
 }
 
-bool CImg32::initData() {
-    const std::uint64_t bytes = std::uint64_t{bytesPerLine} * getHeight();
-    if (rows || bytes > UINT32_MAX) return false;
-    totalBytes = static_cast<ImgULong>(bytes);
-    rows = makeRows<ImgULong>(bytes, getWidth(), getHeight());
-    return rows != nullptr;
-}
+bool CImg32::initData() { return FreshPixels::make(*this, true); }
 
 bool CImg32::initData(ImgULong* data, ImgULong length) {
     if (rows || !data || length < 4) return false;
@@ -82,9 +76,9 @@ CImg32* CImg32::create(ImgULong width, ImgULong height, ImgULong* data, ImgULong
 }
 
 CImg32* CImg32::create(const IImg& source, RGBOrder order) {
-    CImg32* image = create(source.getWidth(), source.getHeight(), order);
+    CImg32* image = FreshPixels::create(source.getWidth(), source.getHeight(), order);
     // Kept: a refused conversion leaves a blank image, and no code.
-    if (image) Export::xfm(*image, source);
+    if (image) convertInto(*image, source);
     return image;
 }
 

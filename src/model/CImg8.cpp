@@ -1,6 +1,6 @@
 #include "tilepress/CImg8.h"
 
-#include "model/row_table.h"
+#include "model/fresh.h"
 #include "tilepress/Export.h"
 
 #include <algorithm>
@@ -40,14 +40,7 @@ bool CImg8::verifyHeader(ImgULong length) const {
            length == totalBytes;
 }
 
-bool CImg8::initData() {
-    const std::uint64_t bytes = std::uint64_t{rowBytes} * getHeight();
-    if (rows || bytes > UINT32_MAX) return false;
-    totalBytes = static_cast<ImgULong>(bytes);
-    // Kept: rows are a width apart, also where padding makes the block longer than that.
-    rows = makeRows<unsigned char>(bytes, getWidth(), getHeight());
-    return rows != nullptr;
-}
+bool CImg8::initData() { return FreshPixels::make(*this, true); }
 
 bool CImg8::initData(unsigned char* data, ImgULong length) {
     // Kept: fewer than four bytes are refused.
@@ -100,7 +93,7 @@ CImg8* CImg8::create(ImgULong width, ImgULong height, unsigned char* data, ImgUL
 }
 
 CImg8* CImg8::create(const IImg& source, ColorMap* map, ImgAlignmentEnum rowAlignment) {
-    CImg8* image = create(source.getWidth(), source.getHeight(), map, rowAlignment);
+    CImg8* image = FreshPixels::create(source.getWidth(), source.getHeight(), map, rowAlignment);
     if (image && Export::xfm(*image, source)) return image;
     delete image;
     return nullptr;

@@ -1,7 +1,9 @@
 #include "tilepress/Export.h"
 
 #include "foundation/bits.h"
+#include "foundation/lanes.h"
 #include "model/dither.h"
+#include "model/fresh.h"
 #include "model/kinds.h"
 #include "tilepress/CImg1G4.h"
 
@@ -43,6 +45,17 @@ static void expandRow(ImgULong* dst, const unsigned char* bits, std::size_t widt
         std::memcpy(dst + 4, quads.pixels[*bits & 15], 16);
     }
     for (unsigned i = 0; i < width; ++i) dst[i] = quads.pixels[*bits >> 4 * (i < 4) & 15][i % 4];
+}
+
+/// out[x] = pixels[row[x]], eight pixels a time.
+static void lookUpRow(ImgULong* out, const unsigned char* row, std::size_t width, const ImgULong (&pixels)[256]) {
+    for (; width >= 8; width -= 8, row += 8, out += 8) {
+        const std::uint64_t word = loadWord(row);
+        const auto pixel = [&](unsigned k) { return static_cast<std::uint32_t>(pixels[word >> (56 - 8 * k) & 0xFF]); };
+        storeLanes(out, Words4{pixel(0), pixel(1), pixel(2), pixel(3)});
+        storeLanes(out + 4, Words4{pixel(4), pixel(5), pixel(6), pixel(7)});
+    }
+    for (std::size_t x = 0; x < width; ++x) out[x] = pixels[row[x]];
 }
 
 static ImgULong withEndsExchanged(ImgULong pixel) {
@@ -111,13 +124,14 @@ static bool convert(CImg1& to, const CImg8& from) {
     Palette(from).tabulate(tones, toneOf);
     const std::size_t width = from.getWidth();
     return dither(to.peekData(), to.getTotalBytes(), std::uint64_t{width} + to.getPadBits(), width, from.getHeight(),
-                  [&](int* line, std::size_t y) {
+                  [&](unsigned char* line, std::size_t y) {
                       const unsigned char* row = from.peekDataArray()[y];
                       for (std::size_t x = 0; x < width; ++x) line[x] = tones[row[x]];
                   });
 }
 
-static bool convert(CImg32& to, const CImg8& from) {
+/// `fresh`: nobody has seen the pixels of `to`, and they count as 0.
+static bool convert(CImg32& to, const CImg8& from, bool fresh = false) {
     const Palette palette(from);
     if (!sameSize(to, from) || palette.count == 0) return false;
     const bool redFirst = to.getRGBOrder() == RGBOrderRGB;
@@ -130,10 +144,10 @@ static bool convert(CImg32& to, const CImg8& from) {
         const unsigned char* row = from.peekDataArray()[y];
         ImgULong* out = to.peekDataArray()[y];
         // Kept: in the order red first the colour is ORed into what the pixel holds.
-        if (redFirst)
+        if (redFirst && !fresh)
             for (std::size_t x = 0; x < width; ++x) out[x] |= pixels[row[x]];
         else
-            for (std::size_t x = 0; x < width; ++x) out[x] = pixels[row[x]];
+            lookUpRow(out, row, width, pixels);
     }
     return true;
 }
@@ -142,12 +156,8 @@ static bool convert(CImg1& to, const CImg32& from) {
     // Kept: the sizes may differ; the source's counts, and bits past the destination's block are dropped.
     const std::size_t width = from.getWidth();
     return dither(to.peekData(), to.getTotalBytes(), std::uint64_t{width} + to.getPadBits(), width, from.getHeight(),
-                  [&](int* line, std::size_t y) {
-                      const ImgULong* row = from.peekDataArray()[y];
-                      // Kept: byte 2 counts as red whatever the image's order.
-                      for (std::size_t x = 0; x < width; ++x)
-                          line[x] = toneOf(row[x] >> 16 & 0xFF, row[x] >> 8 & 0xFF, row[x] & 0xFF);
-                  });
+                  // Kept: byte 2 counts as red whatever the image's order.
+                  [&](unsigned char* line, std::size_t y) { loadTones(line, from.peekDataArray()[y], width); });
 }
 
 static bool convert(CImg32& to, const CImg32& from) {
@@ -226,6 +236,13 @@ bool Export::xfm(IImg* destination, const IImg* source) {
             return fromRGB(*destination, *source);
     }
     return false;
+}
+
+void tilepress::convertInto(CImg32& fresh, const IImg& source) {
+    const bool done = unconst(source).getType() == ImageTypePalette
+                          ? hasPixels(static_cast<const CImg8&>(source)) && convert(fresh, static_cast<const CImg8&>(source), true)
+                          : Export::xfm(fresh, source);
+    if (!done) std::fill_n(fresh.peekData(), fresh.getTotalBytes() / sizeof(ImgULong), ImgULong{0});
 }
 
 bool Export::xfm(IImg& destination, const IImg& source) { return xfm(&destination, &source); }

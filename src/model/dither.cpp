@@ -1,5 +1,7 @@
 #include "model/dither.h"
 
+#include "foundation/bits.h"
+
 #include <algorithm>
 
 namespace tilepress {
@@ -28,30 +30,102 @@ unsigned char toneOf(unsigned red, unsigned green, unsigned blue) {
     return kToneCurve[(77 * red + 150 * green + 29 * blue) >> 8];
 }
 
-void diffuseRow(unsigned char* bits, const int* row, int* below, std::size_t width) {
-    int right = 0;                 // share of the previous error that the next pixel takes
-    int belowLeft = 0, under = 0;  // shares so far of the places below the previous pixel and below this one
-    unsigned byte = 0;
-    const auto step = [&](std::size_t x) {
-        const int value = row[x] + right;
-        const bool dark = value < 128;
-        const int error = dark ? value : value - 255;
-        byte = byte << 1 | dark;
-        // Each share is rounded down, negative ones too.
-        right = error * 7 >> 4;
-        below[static_cast<std::ptrdiff_t>(x) - 1] += belowLeft + (error * 3 >> 4);
-        belowLeft = under + (error * 5 >> 4);
-        under = error >> 4;
-    };
+static Words4 luminanceOfFour(const ImgULong* pixels) {
+    const Halves8 outer = {29, 77, 29, 77, 29, 77, 29, 77}, middle = {150, 0, 150, 0, 150, 0, 150, 0};
+    const Words4 v = loadLanes<Words4>(pixels);
+    const auto both = reinterpret_cast<Words4>(reinterpret_cast<Halves8>(v & 0x00FF00FF) * outer);
+    const auto green = reinterpret_cast<Words4>(reinterpret_cast<Halves8>(v >> 8 & 0xFF) * middle);
+    return ((both & 0xFFFF) + (both >> 16) + green) >> 8;
+}
+
+void loadTones(unsigned char* tones, const ImgULong* row, std::size_t width) {
     std::size_t x = 0;
-    for (; x + 8 <= width; *bits++ = static_cast<unsigned char>(byte))
-        for (const std::size_t end = x + 8; x < end; ++x) step(x);
-    if (x < width) {
-        const std::size_t rest = width - x;
-        for (; x < width; ++x) step(x);
-        *bits = static_cast<unsigned char>(byte << (8 - rest));
+    for (; x + 16 <= width; x += 16) {
+        const Words4 packed = luminanceOfFour(row + x) | luminanceOfFour(row + x + 4) << 8 |
+                              luminanceOfFour(row + x + 8) << 16 | luminanceOfFour(row + x + 12) << 24;
+        unsigned char luminances[16];
+        storeLanes(luminances, packed);
+#pragma GCC unroll 16
+        for (unsigned i = 0; i < 16; ++i) tones[x + i % 4 * 4 + i / 4] = kToneCurve[luminances[i]];
     }
-    below[width - 1] += belowLeft;
+    for (; x < width; ++x) tones[x] = toneOf(row[x] >> 16 & 0xFF, row[x] >> 8 & 0xFF, row[x] & 0xFF);
+}
+
+// --- diffusion ------------------------------------------------------------------------
+
+bool Diffusion::prepare(std::size_t width) {
+    width_ = width;
+    steps_ = (width + 2 * kRows - 1 + kBlock - 1) / kBlock * kBlock;
+    return lines_.reserve(std::uint64_t{steps_} * kRows) && carry_.reserve(std::uint64_t{steps_} + 2 * kRows) &&
+           dark_.reserve(std::uint64_t{steps_} + 2 * kBlock);
+}
+
+/// All ones for the rows that are within the picture at a step.
+static Shorts8 rowsWithin(std::size_t step, std::size_t width) {
+    Shorts8 mask{};
+    for (std::size_t k = 0; k < Diffusion::kRows; ++k)
+        if (step >= 2 * k && step - 2 * k < width) mask[k] = -1;
+    return mask;
+}
+
+namespace {
+
+/// Shares of the errors so far, each lane's in its own row or the one below: for the next column, for the place below
+/// the column before, below this one, and below the next one.
+struct Errors {
+    Shorts8 right{}, below{}, belowNext{}, corner{};
+
+    /// Takes a step; all ones where the result is light.
+    Shorts8 diffuse(Shorts8 tones, Shorts8 within) {
+        const Shorts8 value =
+            tones + right + __builtin_shufflevector(below, Shorts8{}, 8, 0, 1, 2, 3, 4, 5, 6);
+        const Shorts8 light = value > 127;
+        const Shorts8 error = (value - (light & 255)) & within;
+        // Each share is rounded down, negative ones too.
+        right = ((error << 3) - error) >> 4;
+        below = (((error << 1) + error) >> 4) + belowNext;
+        belowNext = (((error << 2) + error) >> 4) + corner;
+        corner = error >> 4;
+        return light;
+    }
+};
+
+}  // namespace
+
+void Diffusion::run() {
+    Errors errors;
+    const Shorts8 all = ~Shorts8{};
+    const unsigned char* lines = lines_.get();
+    unsigned char* dark = dark_.get();
+    std::int16_t* carry = carry_.get();
+    for (std::size_t first = 0; first < steps_; first += kBlock, lines += kBlock) {
+        Bytes16 columns[kRows], other[kRows];
+        for (std::size_t k = 0; k < kRows; ++k) columns[k] = loadLanes<Bytes16>(lines + k * steps_);
+        interleaveBytes<kRows>(other, columns);
+        interleaveBytes<kRows>(columns, other);
+        interleaveBytes<kRows>(other, columns);
+        const bool inner = first >= 2 * kRows && first + kBlock <= width_;
+        const auto step = [&](Shorts8 tones, std::size_t number) {
+            tones += Shorts8{carry[2 * kRows - 1]};
+            const Shorts8 light = errors.diffuse(tones, inner ? all : rowsWithin(number, width_));
+            *carry++ = errors.below[kRows - 1];
+            return light;
+        };
+        for (std::size_t i = 0; i < kBlock; i += 2) {
+            const Shorts8 a = step(lowBytes(other[i / 2]), first + i), b = step(highBytes(other[i / 2]), first + i + 1);
+            const unsigned bits = ~laneBits(a, b);
+            *dark++ = static_cast<unsigned char>(bits);
+            *dark++ = static_cast<unsigned char>(bits >> 8);
+        }
+    }
+}
+
+void Diffusion::store(unsigned char* bits, std::size_t k) const {
+    for (std::size_t x = 0; x < width_; x += 8) {
+        const std::uint64_t eight = loadWord(dark_.get() + x + 2 * k) >> k & everyByte(1);
+        *bits++ = static_cast<unsigned char>(eight * 0x0102040810204080 >> 56);
+    }
+    if (width_ % 8 != 0) bits[-1] = static_cast<unsigned char>(bits[-1] & 0xFF00 >> width_ % 8);
 }
 
 void orBytesAt(unsigned char* block, std::uint64_t size, std::uint64_t at, const unsigned char* bytes,
@@ -62,11 +136,17 @@ void orBytesAt(unsigned char* block, std::uint64_t size, std::uint64_t at, const
     unsigned char* const to = block + first;
     const std::uint64_t room = size - first;
     const std::size_t whole = static_cast<std::size_t>(std::min<std::uint64_t>(count, room));
-    for (std::size_t i = 0; i < whole; ++i) to[i] = static_cast<unsigned char>(to[i] | bytes[i] >> shift);
-    if (shift == 0) return;
     const std::size_t spilled = static_cast<std::size_t>(std::min<std::uint64_t>(count, room - 1));
-    for (std::size_t i = 0; i < spilled; ++i)
-        to[i + 1] = static_cast<unsigned char>(to[i + 1] | bytes[i] << (8 - shift));
+    std::size_t i = 0;
+    for (; i + 8 <= spilled; i += 8) {
+        const std::uint64_t word = loadWord(bytes + i);
+        storeWord(to + i, loadWord(to + i) | word >> shift);
+        to[i + 8] = static_cast<unsigned char>(to[i + 8] | word << (8 - shift));
+    }
+    for (; i < whole; ++i) {
+        to[i] = static_cast<unsigned char>(to[i] | bytes[i] >> shift);
+        if (i < spilled) to[i + 1] = static_cast<unsigned char>(to[i + 1] | bytes[i] << (8 - shift));
+    }
 }
 
 }  // namespace tilepress

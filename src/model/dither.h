@@ -4,38 +4,64 @@
 
 #include "foundation/bits.h"
 #include "foundation/heap.h"
+#include "foundation/lanes.h"
+#include "tilepress/api.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 namespace tilepress {
 
 /// Tone of a colour whose components run from 0 to 255: its luminance on a curve that stretches contrast.
 unsigned char toneOf(unsigned red, unsigned green, unsigned blue);
 
-/// Turns a row into packed bits, 1 where it is dark, and spreads each pixel's error over its neighbours.
-/// The rows have a spare element at each end.
-void diffuseRow(unsigned char* bits, const int* row, int* below, std::size_t width);
+/// The tones of a row of pixels whose byte 2 is red.
+void loadTones(unsigned char* tones, const ImgULong* row, std::size_t width);
+
+/// Spreads the errors of eight rows at once, each row two columns behind the one above: by then all that comes from
+/// above is known. A step is one column in every row, a lane of a register each.
+class Diffusion {
+public:
+    static constexpr std::size_t kRows = 8;
+
+    /// False when memory runs out.
+    bool prepare(std::size_t width);
+    /// Where the tones of the band's row k belong.
+    unsigned char* line(std::size_t k) const { return lines_.get() + k * steps_ + 2 * k; }
+    /// Takes the band that follows the last one.
+    void run();
+    /// The band's row k as packed bits, 1 where it is dark.
+    void store(unsigned char* bits, std::size_t k) const;
+
+private:
+    static constexpr std::size_t kBlock = 16;
+
+    std::size_t width_ = 0, steps_ = 0;
+    Heap<unsigned char> lines_, dark_;  ///< dark_: a byte a step, a bit a row
+    Heap<std::int16_t> carry_;          ///< what the last row gives to the next band, column x at x + 15
+};
 
 /// ORs `count` bytes into a block of `size` bytes from bit `at` on; what falls behind the block is dropped.
 void orBytesAt(unsigned char* block, std::uint64_t size, std::uint64_t at, const unsigned char* bytes,
                std::size_t count);
 
-/// Dithers `height` rows of `width` tones into a clear block, a row every `rowBits` bits. loadTones(line, row) fills
-/// a line with a row's tones. False when memory runs out.
-template <class LoadTones>
+/// Dithers `height` rows of `width` tones into a clear block, a row every `rowBits` bits. load(line, row) fills a line
+/// with a row's tones. False when memory runs out.
+template <class Load>
 bool dither(unsigned char* block, std::uint64_t size, std::uint64_t rowBits, std::size_t width, std::size_t height,
-            LoadTones loadTones) {
-    Heap<int> lines(2 * (std::uint64_t{width} + 2));
+            Load load) {
+    Diffusion diffusion;
     Heap<unsigned char> bits(std::uint64_t{packedBytes(width)});
-    if (!lines || !bits) return false;
-    int *row = lines.get() + 1, *below = row + width + 2;
-    loadTones(row, 0);
-    for (std::size_t y = 0; y < height; ++y, std::swap(row, below)) {
-        if (y + 1 < height) loadTones(below, y + 1);
-        diffuseRow(bits.get(), row, below, width);
-        orBytesAt(block, size, y * rowBits, bits.get(), packedBytes(width));
+    if (!diffusion.prepare(width) || !bits) return false;
+    for (std::size_t top = 0; top < height; top += Diffusion::kRows) {
+        const std::size_t rows = std::min(Diffusion::kRows, height - top);
+        for (std::size_t k = 0; k < rows; ++k) load(diffusion.line(k), top + k);
+        diffusion.run();
+        for (std::size_t k = 0; k < rows; ++k) {
+            diffusion.store(bits.get(), k);
+            orBytesAt(block, size, (top + k) * rowBits, bits.get(), packedBytes(width));
+        }
     }
     return true;
 }

@@ -3,6 +3,7 @@
 // What differs between the kinds of uncompressed image, so that code above is
 // written once, and the tests every worker makes first.
 
+#include "model/fresh.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
@@ -38,18 +39,18 @@ inline bool inside(const CImg& image, const ImgRect& r) {
 inline ImgAlignmentEnum alignmentOf(const CImg1& image) { return const_cast<CImg1&>(image).getAlignment(); }
 inline ImgAlignmentEnum alignmentOf(const CImg8& image) { return const_cast<CImg8&>(image).getAlignment(); }
 
-// An empty image of the same kind: the source's colours and alignment, colour map
-// and alignment, or channel order. Null on failure.
+// An image of the same kind for a result: the source's colours and alignment, colour map and alignment, or channel
+// order. Bits are clear, other pixels unset: they are for who writes all of them. Null on failure.
 
 inline CImg1* createLike(const CImg1& source, ImgULong width, ImgULong height) {
     return CImg1::create(width, height, source.getBackgroundInterpretation(), source.getForegroundInterpretation(),
                          alignmentOf(source));
 }
 inline CImg8* createLike(const CImg8& source, ImgULong width, ImgULong height) {
-    return CImg8::create(width, height, source.getColorMap(), alignmentOf(source));
+    return FreshPixels::create(width, height, source.getColorMap(), alignmentOf(source));
 }
 inline CImg32* createLike(const CImg32& source, ImgULong width, ImgULong height) {
-    return CImg32::create(width, height, source.getRGBOrder());
+    return FreshPixels::create(width, height, source.getRGBOrder());
 }
 
 }  // namespace tilepress

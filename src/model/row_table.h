@@ -4,18 +4,22 @@
 
 #include "foundation/heap.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
 namespace tilepress {
 
-/// A cleared block of `totalBytes` bytes and its rows, `width` pixels apart; null when memory runs out.
+/// A block of `totalBytes` bytes and its rows, `width` pixels apart; null when memory runs out. What is behind the
+/// rows' pixels is clear, the pixels only when asked for.
 template <class Pixel>
-Pixel** makeRows(std::uint64_t totalBytes, std::size_t width, std::size_t height) {
-    Heap<Pixel> block(totalBytes / sizeof(Pixel));
+Pixel** makeRows(std::uint64_t totalBytes, std::size_t width, std::size_t height, bool clear) {
+    const std::size_t count = static_cast<std::size_t>(totalBytes / sizeof(Pixel));
+    Heap<Pixel> block(clear ? allocate<Pixel>(count) : allocateUnset<Pixel>(count));
     Heap<Pixel*> rows(std::uint64_t{height});
     if (!block || !rows) return nullptr;
+    if (!clear) std::fill(block.get() + width * height, block.get() + count, Pixel{});
     Pixel* row = block.release();
     for (std::size_t i = 0; i < height; ++i, row += width) rows[i] = row;
     return rows.release();

@@ -17,23 +17,13 @@
 
 namespace tilepress {
 
-/// One of four rounds that together turn 16 x 16 bytes: rows i and i + 8 interleave into rows 2i and 2i + 1.
-inline void interleaveBytes(Bytes16* to, const Bytes16* from) {
-#pragma GCC unroll 8
-    for (int i = 0; i < 8; ++i) {
-        to[2 * i] = __builtin_shufflevector(from[i], from[i + 8], 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-        to[2 * i + 1] =
-            __builtin_shufflevector(from[i], from[i + 8], 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-    }
-}
-
 /// Byte c of row r changes places with byte r of row c.
 inline void transposeBytes(Bytes16 (&rows)[16]) {
     Bytes16 other[16];
-    interleaveBytes(other, rows);
-    interleaveBytes(rows, other);
-    interleaveBytes(other, rows);
-    interleaveBytes(rows, other);
+    interleaveBytes<16>(other, rows);
+    interleaveBytes<16>(rows, other);
+    interleaveBytes<16>(other, rows);
+    interleaveBytes<16>(rows, other);
 }
 
 /// Rows reached through a table, from its first entry on or, with step -1, backwards.

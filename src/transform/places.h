@@ -49,9 +49,14 @@ inline void place(Places places, const PixelArea<Pixel>& to, const PixelArea<Pix
     };
     const TableRows<Pixel> src = rows(from, places.fromBottom);
     if (places.turned) return transposePixels(rows(to, places.fromRight), src, from.width, from.height);
-    for (std::size_t y = 0; y < from.height; ++y) {
-        if (places.fromRight) reversePixels(to[y], src[y], from.width);
-        else std::memcpy(to[y], src[y], from.width * sizeof(Pixel));
+    if (!places.fromRight) {
+        for (std::size_t y = 0; y < from.height; ++y) std::memcpy(to[y], src[y], from.width * sizeof(Pixel));
+        return;
+    }
+    // Rows are read from their ends; so is the picture, which the processor then fetches ahead.
+    for (std::size_t k = 0; k < from.height; ++k) {
+        const std::size_t y = places.fromBottom ? k : from.height - 1 - k;
+        reversePixels(to[y], src[y], from.width);
     }
 }
 

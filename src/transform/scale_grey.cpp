@@ -1,7 +1,6 @@
 // Bilevel images reduced to grey ones: every cell's share of ink.
 
 #include "tilepress/CImg1.h"
-#include "tilepress/CImg32.h"
 #include "transform/areas.h"
 #include "transform/cells.h"
 #include "transform/grey.h"
@@ -77,7 +76,7 @@ CImg32* CImg1::Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const Img
     InkCounter counter(areaOf(*this, src), calculateBackground() == 1);
     if (!maps.prepare(src.getWidth(), src.getHeight(), dstWidth, dstHeight) || !counter.prepare(dstWidth))
         return nullptr;
-    CImg32* const result = CImg32::create(dstWidth, dstHeight, RGBOrderRGB);
+    CImg32* const result = FreshPixels::create(dstWidth, dstHeight, RGBOrderRGB);
     if (!result) return nullptr;
     const ImgULong low = src.getWidth() / dstWidth;
     forEachMark(src.getHeight(), dstHeight, [&](ImgULong first, ImgULong height, ImgULong band) {

@@ -55,6 +55,6 @@ CImg32* CImg32::Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect&
     if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
     const ImgULong background = calculateBackground();
     // Kept: a result of the source's size, of which only the top left part is filled; the rest is 0.
-    CImg32* const result = createLike(*this, src.getWidth(), src.getHeight());
+    CImg32* const result = CImg32::create(src.getWidth(), src.getHeight(), rgbOrder);
     return reduced(result, *this, dstWidth, dstHeight, src, background);
 }
