@@ -5,23 +5,20 @@
 #include "foundation/heap.h"
 #include "transform/rows.h"
 #include "transform/runs.h"
+#include "transform/widen_pixels.h"
 
 #include <cstdint>
-#include <cstring>
 
 namespace tilepress {
 
 /// Repeats the pixels of `from` over `to`. False when memory runs out.
 template <class Pixel>
 bool enlargePixels(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
-    Heap<ImgULong> starts;
-    if (!markTable(starts, to.width, from.width)) return false;
-    const bool doubles = to.width % 2 == 0 && to.width / 2 == from.width;
+    PixelWidener<Pixel> widener(from.width, to.width);
+    if (!widener.prepare()) return false;
+    // Widening again costs less than reading the wide row that has just been written.
     forEachMark(to.height, from.height, [&](std::uint32_t first, std::uint32_t copies, std::uint32_t y) {
-        if (doubles) doublePixels(to[first], from[y], from.width);
-        else repeatPixels(to[first], from[y], starts.get(), from.width);
-        for (std::uint32_t copy = 1; copy < copies; ++copy)
-            std::memcpy(to[first + copy], to[first], to.width * sizeof(Pixel));
+        for (std::uint32_t copy = 0; copy < copies; ++copy) widener.widen(to[first + copy], from[y]);
     });
     return true;
 }
