@@ -3,8 +3,10 @@
 // Sixteen bytes at once, written once for every processor: what the compiler
 // makes of its vector types is SSE2 where there is SSE2, and plain words elsewhere.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace tilepress {
 
@@ -57,6 +59,12 @@ inline Ints4 shifted(Ints4 v, std::int32_t first) {
     return __builtin_shufflevector(v, Ints4{0, 0, 0, 0}, 4, 0, 1, 2) | Ints4{first, 0, 0, 0};
 }
 
+/// Calls each(0) to each(count - 1) without a loop, so that arrays indexed by them stay in registers.
+template <std::size_t count, class Each>
+[[gnu::always_inline]] inline void unrolled(Each each) {
+    [&]<std::size_t... k>(std::index_sequence<k...>) { (each(k), ...); }(std::make_index_sequence<count>{});
+}
+
 /// The first and the last eight bytes, as a lane each.
 inline Shorts8 lowBytes(Bytes16 v) {
     return reinterpret_cast<Shorts8>(
@@ -70,12 +78,11 @@ inline Shorts8 highBytes(Bytes16 v) {
 /// Of as many registers: i and i + count / 2 interleave into 2i and 2i + 1.
 template <std::size_t count>
 inline void interleaveBytes(Bytes16* to, const Bytes16* from) {
-#pragma GCC unroll 8
-    for (std::size_t i = 0; i < count / 2; ++i) {
+    unrolled<count / 2>([&](std::size_t i) {
         const Bytes16 a = from[i], b = from[i + count / 2];
         to[2 * i] = __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
         to[2 * i + 1] = __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-    }
+    });
 }
 
 /// Bit k for lane k of a comparison's result.

@@ -128,60 +128,75 @@ private:
     }
 };
 
-inline Bytes16 twiceFirst(Bytes16 v) {
-    return __builtin_shufflevector(v, v, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-}
-inline Bytes16 twiceLast(Bytes16 v) {
-    return __builtin_shufflevector(v, v, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-}
-
-/// Writes a byte for each of the 128 columns, of which the first `planes` planes are in use.
-inline void storeSums(unsigned char* sums, const SumPlanes& from, unsigned planes) {
-    const Bytes16 bits = {0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1, 0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1};
+/// Writes a byte for each `group` of the 128 columns: the sum of them all. The first `planes` planes are in use.
+template <unsigned group>
+[[gnu::always_inline]] inline void storeSums(unsigned char* sums, const SumPlanes& from, unsigned planes) {
+    constexpr unsigned groups = 8 / group;  // of each byte
     const Words2 plane[] = {from.ones, from.twos, from.fours, from.eights};
-    Bytes16 a{}, b{}, c{}, d{}, e{}, f{}, g{}, h{};
-    // Twice the sum of the higher planes, and one where the column's bit is set: a byte of all ones is -1.
-    const auto add = [bits](Bytes16& sum, Bytes16 eachBitEightTimes) {
-        sum = sum + sum - reinterpret_cast<Bytes16>((eachBitEightTimes & bits) == bits);
-    };
-    for (unsigned p = planes; p-- > 0;) {
-        const auto v = reinterpret_cast<Bytes16>(plane[p]);
-        const Bytes16 first = twiceFirst(v), last = twiceLast(v);
-        const Bytes16 ab = twiceFirst(first), cd = twiceLast(first), ef = twiceFirst(last), gh = twiceLast(last);
-        add(a, twiceFirst(ab)), add(b, twiceLast(ab)), add(c, twiceFirst(cd)), add(d, twiceLast(cd));
-        add(e, twiceFirst(ef)), add(f, twiceLast(ef)), add(g, twiceFirst(gh)), add(h, twiceLast(gh));
-    }
-    storeLanes(sums, a), storeLanes(sums + 16, b), storeLanes(sums + 32, c), storeLanes(sums + 48, d);
-    storeLanes(sums + 64, e), storeLanes(sums + 80, f), storeLanes(sums + 96, g), storeLanes(sums + 112, h);
+    const auto masked = [](Words2 v, unsigned byte) { return v & bothWords(everyByte(byte)); };
+    Words2 total[groups]{};
+    unrolled<4>([&](std::size_t k) {
+        const std::size_t p = 3 - k;
+        if (p >= planes) return;
+        Words2 v = plane[p];
+        if (group >= 2) v -= masked(v >> 1, 0x55);
+        if (group >= 4) v = masked(v, 0x33) + masked(v >> 2, 0x33);
+        if (group >= 8) v = masked(v + (v >> 4), 0x0F);
+        unrolled<groups>([&](std::size_t g) {
+            total[g] += total[g] + masked(v >> (8 - group * (g + 1)), (1u << group) - 1);
+        });
+    });
+    Bytes16 bytes[groups], other[groups];
+    unrolled<groups>([&](std::size_t g) { bytes[g] = reinterpret_cast<Bytes16>(total[g]); });
+    unrolled<std::bit_width(groups) - 1>([&](std::size_t) {
+        interleaveBytes<groups>(other, bytes);
+        unrolled<groups>([&](std::size_t g) { bytes[g] = other[g]; });
+    });
+    unrolled<groups>([&](std::size_t g) { storeLanes(sums + 16 * g, bytes[g]); });
 }
 
-/// For each column, a byte for each bit of the rows' bytes, how many of `count` rows have ink there.
+/// For each `group` of columns, from those of the rows' first byte on, the ink of `count` rows there.
+template <unsigned group>
 inline void addRows(unsigned char* sums, const InkRows& rows, std::size_t first, std::size_t count) {
     const unsigned planes = static_cast<unsigned>(std::bit_width(count));
     if (rows.bytes < 16) {
         SumPlanes sum;
         sum.addAll(first, count, [&](std::size_t y) { return rows.shortRow(y); });
-        storeSums(sums, sum, planes);
+        storeSums<group>(sums, sum, planes);
         return;
     }
     for (std::size_t at = 0; at < rows.bytes; at += 16) {
         const std::size_t start = at + 16 <= rows.bytes ? at : rows.bytes - 16;
         SumPlanes sum;
-        sum.addAll(first, count, [&](std::size_t y) { return rows.lanes(y, start); });
-        storeSums(sums + 8 * start, sum, planes);
+        const unsigned char* row = rows.row(first) + start;
+        sum.addAll(first, count, [&](std::size_t) {
+            const Words2 bits = loadLanes<Words2>(row) ^ rows.flip;
+            row += rows.rows.stride;
+            return bits;
+        });
+        storeSums<group>(sums + 8 / group * start, sum, planes);
     }
 }
 
-/// The total of one to eight sums; reads eight.
+/// As many sums at once add up to 240 at most: no byte of a word's product carries into the next.
+template <unsigned group>
+inline constexpr std::size_t kFew = group <= 2 ? 8 : 16 / group;
+
+/// The total of one to kFew sums; reads eight bytes.
 inline std::uint32_t totalOfFew(const unsigned char* sums, std::size_t count) {
-    // 120 at most: no byte of the product carries into the next.
-    return static_cast<std::uint32_t>((loadWord(sums) >> (64 - 8 * count)) * everyByte(1) >> 56);
+    std::uint64_t word;
+    std::memcpy(&word, sums, sizeof word);
+    const std::size_t others = 64 - 8 * count;
+    word = std::endian::native == std::endian::little ? word << others : word >> others;
+    return static_cast<std::uint32_t>(word * everyByte(1) >> 56);
 }
 
-/// The total of any number of sums, one at least; reads up to seven more.
+/// The total of any number of sums, one at least; reads up to seven bytes more.
+template <unsigned group>
 inline std::uint32_t totalOf(const unsigned char* sums, std::size_t count) {
+    constexpr std::size_t few = kFew<group>;
     std::uint32_t total = 0;
-    for (; count > 8; count -= 8, sums += 8) total += totalOfFew(sums, 8);
+    for (; count > few; count -= few, sums += few) total += totalOfFew(sums, few);
     return total + totalOfFew(sums, count);
 }
 

@@ -21,7 +21,11 @@ public:
     /// False when memory runs out.
     bool prepare(ImgULong cells) {
         cells_ = cells;
-        return markTable(starts_, width_, cells) && counts_.reserve(cells) &&
+        if (width_ % cells == 0) {
+            while (group_ < 8 && (width_ / cells | shift_) % (2 * group_) == 0) group_ *= 2;
+            cellGroups_ = width_ / cells / group_;
+        }
+        return markTable(starts_, width_ / group_, cells) && counts_.reserve(cells) &&
                sums_.reserve(8 * std::max<std::uint64_t>(rows_.bytes, 16) + 8);
     }
 
@@ -36,29 +40,50 @@ public:
         for (std::uint64_t done = 0; done < count; done += kRowsAtOnce)
             forEachCell(first + done, std::min<std::uint64_t>(count - done, kRowsAtOnce),
                         [this](ImgULong k, ImgULong, std::uint32_t ink) { counts_[k] += ink; });
-        for (ImgULong k = 0; k < cells_; ++k) take(k, starts_[k + 1] - starts_[k], counts_[k]);
+        for (ImgULong k = 0; k < cells_; ++k) take(k, group_ * (starts_[k + 1] - starts_[k]), counts_[k]);
     }
 
 private:
     template <class Take>
     void forEachCell(std::uint64_t first, std::uint64_t count, Take take) {
-        addRows(sums_.get(), rows_, static_cast<std::size_t>(first), static_cast<std::size_t>(count));
-        const auto each = [this, take](auto total) {
-            const unsigned char* const sums = sums_.get() + shift_;
+        switch (group_) {
+            case 1: return forEachCell<1>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+            case 2: return forEachCell<2>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+            case 4: return forEachCell<4>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+            default: return forEachCell<8>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+        }
+    }
+    template <unsigned group, class Take>
+    void forEachCell(std::size_t first, std::size_t count, Take take) {
+        addRows<group>(sums_.get(), rows_, first, count);
+        const unsigned char* const sums = sums_.get() + shift_ / group;
+        if (cellGroups_ == 1) {
+            for (ImgULong k = 0; k < cells_; ++k) take(k, group, sums[k]);
+            return;
+        }
+        if (cellGroups_ != 0 && cellGroups_ <= kFew<group>) {
+            const std::size_t groups = cellGroups_;
+            const ImgULong width = group * cellGroups_;
+            for (ImgULong k = 0; k < cells_; ++k) take(k, width, totalOfFew(sums + k * groups, groups));
+            return;
+        }
+        const auto each = [=, this](auto total) {
             const ImgULong* const starts = starts_.get();
             for (ImgULong k = 0, start = 0; k < cells_; ++k) {
                 const ImgULong next = starts[k + 1];
-                take(k, next - start, total(sums + start, next - start));
+                take(k, group * (next - start), total(sums + start, next - start));
                 start = next;
             }
         };
-        if (width_ <= std::uint64_t{cells_} * 8) each([](auto* sums, ImgULong n) { return totalOfFew(sums, n); });
-        else each([](auto* sums, ImgULong n) { return totalOf(sums, n); });
+        if (width_ / group <= cells_ * std::uint64_t{kFew<group>}) each(totalOfFew);
+        else each(totalOf<group>);
     }
 
     InkRows rows_;
     ImgULong width_;
     unsigned shift_;
+    unsigned group_ = 1;  ///< columns added up before the cells are: where all cells are as wide, a part of each
+    ImgULong cellGroups_ = 0;  ///< as many make a cell; 0 where cells differ
     ImgULong cells_ = 0;
     Heap<ImgULong> starts_;
     Heap<std::uint32_t> counts_;
