@@ -14,9 +14,8 @@
 using namespace tilepress;
 using namespace tilepress::g4;
 
-// The reductions take black runs only: white ones overlap where tiles meet. An image
-// whose background is not known is counted, and its polarity settled after the walk,
-// so that one walk is enough.
+// The reductions take black runs only: white ones overlap where tiles meet. The polarity
+// of an image whose background is not known is settled after the walk.
 
 /// Walks `height` rows that fold into `bands` destination rows: onRow(k) decodes a row of band k, onBand(k, rows)
 /// ends it. False, with the code raised, when a tile is corrupt; its band is ended before.
@@ -56,7 +55,7 @@ ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
     });
 }
 
-/// Ink for a background known to be 0; null when memory runs out.
+/// Black ink, and the background where it is not known. Null when memory runs out.
 CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
     const ImgULong width = r.getWidth(), newWidth = result->getWidth();
     Heap<ImgULong> columns;
@@ -68,18 +67,26 @@ CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
     info.rowBytes = packedBytes(newWidth);
     unsigned char* const pixels = result->peekData();
     const std::size_t bytesPerRow = result->getBytesPerLine();
-    walkBands(
+    std::uint64_t black = 0;
+    const bool whole = walkBands(
         r.getHeight(), result->getHeight(),
-        [&](ImgULong band, ImgULong) { return decode_reduce_scanline(pixels + band * bytesPerRow, &info); },
+        [&](ImgULong band, ImgULong) {
+            const ImgErr status = decode_reduce_scanline(pixels + band * bytesPerRow, &info);
+            black += info.blackCount;
+            return status;
+        },
         [](ImgULong, ImgULong) {});
+    if (whole && !backgroundKnown) settleBackground(black, std::uint64_t{width} * r.getHeight());
     return result;
 }
 
-/// Packs test(x), the lanes of four pixels from x on, for `count` pixels; pad bits become 0.
-template <class Test>
-static void packBits(unsigned char* out, ImgULong count, Test test) {
-    const auto four = [&](ImgULong x) {
-        const Ints4 passed = test(x);
+/// Packs which of `count` cells have at most most[x] black pixels; pad bits become 0. Eight elements can be read
+/// from the last multiple of eight on.
+static void packWhite(unsigned char* out, const ImgULong* black, const ImgULong* most, ImgULong count) {
+    const auto four = [=](ImgULong x) {
+        constexpr Words4 top{0x80000000, 0x80000000, 0x80000000, 0x80000000};  // compares as without sign
+        const Ints4 passed = reinterpret_cast<Ints4>(loadLanes<Words4>(black + x) ^ top) <=
+                             reinterpret_cast<Ints4>(loadLanes<Words4>(most + x) ^ top);
         return laneBits(__builtin_shufflevector(passed, passed, 3, 2, 1, 0));
     };
     for (ImgULong x = 0; x < count; x += 8) {
@@ -88,71 +95,33 @@ static void packBits(unsigned char* out, ImgULong count, Test test) {
     }
 }
 
-/// The black pixels of the cells of one destination row, and how many a cell can have with a white one among them.
-class CellCounts {
-public:
-    /// False when memory runs out.
-    bool prepare(ImgULong cells) {
-        cells_ = cells;
-        return counts_.reserve(std::uint64_t{cells} + 8) && most_.reserve(std::uint64_t{cells} + 8);
-    }
-    ImgULong* get() const { return counts_.get(); }
-    void clear() { std::fill_n(counts_.get(), cells_, 0); }
-
-    void packBlack(unsigned char* out) const {
-        packBits(out, cells_, [this](ImgULong x) { return loadLanes<Ints4>(counts_.get() + x) != Ints4{0, 0, 0, 0}; });
-    }
-    /// Of cells of so many rows.
-    void packWhite(unsigned char* out, ImgULong rows, const CellCounter& cells) {
-        if (rows != rows_)
-            for (ImgULong x = 0; x < cells_; ++x)
-                most_[x] = static_cast<ImgULong>(
-                    std::min<std::uint64_t>(std::uint64_t{rows} * cells.width(x) - 1, 0xFFFFFFFF));
-        rows_ = rows;
-        packBits(out, cells_, [this](ImgULong x) {
-            constexpr Words4 top{0x80000000, 0x80000000, 0x80000000, 0x80000000};  // compares as without sign
-            return reinterpret_cast<Ints4>(loadLanes<Words4>(counts_.get() + x) ^ top) <=
-                   reinterpret_cast<Ints4>(loadLanes<Words4>(most_.get() + x) ^ top);
-        });
-    }
-
-private:
-    Heap<ImgULong> counts_, most_;
-    ImgULong cells_ = 0, rows_ = 0;
-};
-
-/// Ink by counting: a cell is foreground when it holds a black pixel, or, with background 1, a white one.
-/// Null when memory runs out.
+/// White ink: a cell is foreground where it is not black all over, which black pixels are counted for, since no one
+/// run need cover it. Null when memory runs out.
 CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
     const ImgULong newWidth = result->getWidth();
     const std::size_t bytesPerRow = result->getBytesPerLine();
-    const bool wasKnown = backgroundKnown;
     CellCounter cells;
-    CellCounts counts;
-    // The picture for background 1, until the background is known.
-    Heap<unsigned char> whiteInk(wasKnown ? 0 : std::uint64_t{result->getTotalBytes()});
-    if (!counts.prepare(newWidth) || !whiteInk || !cells.prepare(r.getWidth(), newWidth)) return nullptr;
+    Heap<ImgULong> counts(std::uint64_t{newWidth} + 8), most(std::uint64_t{newWidth} + 8);  // with a white one among them
+    if (!counts || !most || !cells.prepare(r.getWidth(), newWidth)) return nullptr;
     G4ScaleInfo info(r);
     info.cells = &cells;
-    std::uint64_t black = 0;
-    const bool whole = walkBands(
+    ImgULong mostRows = 0;
+    walkBands(
         r.getHeight(), result->getHeight(),
         [&](ImgULong, ImgULong row) {
-            if (row > 0 && cells.mustFold(row)) black += cells.fold(counts.get());
+            if (row > 0 && cells.mustFold(row)) cells.fold(counts.get());
             return decode_reduce_scanline_grey(&info);
         },
         [&](ImgULong band, ImgULong rows) {
-            black += cells.fold(counts.get());
-            unsigned char* const ink = result->peekData() + band * bytesPerRow;
-            unsigned char* const white = wasKnown ? ink : whiteInk.get() + band * bytesPerRow;
-            if (!wasKnown) counts.packBlack(ink);
-            counts.packWhite(white, rows, cells);
-            counts.clear();
+            cells.fold(counts.get());
+            if (rows != mostRows)
+                for (ImgULong x = 0; x < newWidth; ++x)
+                    most[x] = static_cast<ImgULong>(
+                        std::min<std::uint64_t>(std::uint64_t{rows} * cells.width(x) - 1, 0xFFFFFFFF));
+            mostRows = rows;
+            packWhite(result->peekData() + band * bytesPerRow, counts.get(), most.get(), newWidth);
+            std::fill_n(counts.get(), newWidth, 0);
         });
-    if (whole && !wasKnown) {
-        settleBackground(black, std::uint64_t{r.getWidth()} * r.getHeight());
-        if (backgroundColor == 1) std::memcpy(result->peekData(), whiteInk.get(), result->getTotalBytes());
-    }
     return result;
 }
 
@@ -168,8 +137,16 @@ CImg1* CImg1G4::Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect&
         walkFailed();
         return result;
     }
-    const bool blackIsInk = backgroundKnown && backgroundColor == 0;
-    if (blackIsInk ? reducedBySpans(result, r) : reducedByCounts(result, r)) return result;
+    const auto isDark = [this] { return backgroundKnown && backgroundColor != 0; };
+    bool done = false;
+    if (isDark()) {
+        done = reducedByCounts(result, r) != nullptr;
+    } else {
+        done = reducedBySpans(result, r) != nullptr;
+        // A page that turns out to be dark is walked again, so that the many others need no counts.
+        if (done && isDark()) done = PrepForDecode(r) && reducedByCounts(result, r);
+    }
+    if (done) return result;
     delete result;
     imgRaise(ImgErrCreate);
     return nullptr;
