@@ -229,8 +229,14 @@ std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned c
                     a0 = coding[n - 1];
                     continue;
                 }
-                if (const int taken = std::countr_zero(steps.refused); taken > 0) {
-                    const int length = codes.lengths >> 4 * taken & 15;
+                const int taken = std::countr_zero(steps.refused);
+                // The row's last code ends them too.
+                if (coding[n + taken] == end) {
+                    bits.drop(codes.lengths >> 4 * taken & 15u);
+                    return n + taken + 1;
+                }
+                if (taken > 0) {
+                    const int length = codes.lengths >> 4 * (taken - 1) & 15;
                     n += taken;
                     i += taken;
                     room -= length;

@@ -37,7 +37,7 @@ struct VerticalCodes {
     std::uint32_t deltas;   // a1 - b1 of each in a byte, the first lowest
     std::uint8_t count;
     std::uint8_t length;    // bits of all
-    std::uint16_t lengths;  // of the first one, two and three, in four bits each from bit 4 on
+    std::uint16_t lengths;  // of the first one, two, three and four, in four bits each
 };
 
 inline constexpr unsigned kModeBits = 7, kRunBits = 13, kVerticalBits = 10;
@@ -80,9 +80,9 @@ constexpr VerticalCodes verticalCodes(const ModeTable& modes, unsigned bits) {
         const unsigned next = bits << codes.length & ((1u << kVerticalBits) - 1);
         const ModeEntry mode = modes[next >> (kVerticalBits - kModeBits)];
         if (mode.length == 0 || mode.mode >= kPass || codes.length + mode.length > kVerticalBits) break;
+        codes.length = static_cast<std::uint8_t>(codes.length + mode.length);
         codes.lengths = static_cast<std::uint16_t>(codes.lengths | codes.length << 4 * codes.count);
         codes.deltas |= std::uint32_t{static_cast<std::uint8_t>(mode.delta)} << 8 * codes.count++;
-        codes.length = static_cast<std::uint8_t>(codes.length + mode.length);
     }
     return codes;
 }
@@ -116,7 +116,7 @@ static_assert(kDecodeTables.mode[0].length == 0 && kDecodeTables.mode[1].mode ==
 // V0, one right, one left, V0.
 static_assert(kDecodeTables.verticals[0b1011010100].count == 4 && kDecodeTables.verticals[0b1011010100].length == 8);
 static_assert(kDecodeTables.verticals[0b1011010100].deltas == 0x00FF0100 &&
-              kDecodeTables.verticals[0b1011010100].lengths == 0x7410);
+              kDecodeTables.verticals[0b1011010100].lengths == 0x8741);
 static_assert(kDecodeTables.mode[127].mode == kVertical + 3 && kDecodeTables.mode[127].length == 1);
 // Only eight zero bits begin no run code, in either colour.
 static_assert(kDecodeTables.run[0][0x1F].run == kNoRun && kDecodeTables.run[1][0x1F].run == kNoRun);

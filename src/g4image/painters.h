@@ -56,6 +56,7 @@ inline std::int32_t insideCount(const std::int32_t* list, std::int32_t count, st
 template <class OnList, class OnRun>
 inline void clippedRuns(const std::int32_t* list, std::int32_t count, ImgULong tileLeft, const G4ScaleInfo& info,
                         OnList onList, OnRun onRun) {
+    if (count <= 4 && !info.paintWhite) return;  // a white row
     const std::int64_t offset = std::int64_t{tileLeft} - 1 - info.clipStart;
     const std::int32_t inside = insideCount(list, count, offset, info);
     std::int32_t k = firstRun(list, info);
