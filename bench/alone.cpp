@@ -1,5 +1,5 @@
-// tilepress_alone: this library alone on a page drawn here, without a peer, so that it can be built for any
-// target. Prints one line an operation: name, tab, nanoseconds a pixel (a code for rows), least of many calls.
+// tilepress_alone [PAGE.pbm]: this library alone on a page drawn here or a raw PBM file, without a peer, so that it can be
+// built for any target. Prints one line an operation: name, tab, nanoseconds a pixel (a code for rows), least of many calls.
 //
 // tilepress_alone --sizes: the same for pages of 1 to 250 million pixels that repeat the page drawn here, with the
 // kilobytes by which the process's peak grows while the coded page is reduced.
@@ -15,6 +15,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -171,6 +172,18 @@ void reportSizes(const bench::Bitmap& page) {
 
 }  // namespace
 
+/// An empty bitmap when the file is no raw PBM.
+bench::Bitmap readPbm(const char* path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path, "rb"), std::fclose);
+    std::uint32_t width = 0, height = 0;
+    if (!file || std::fscanf(file.get(), "P4 %" SCNu32 " %" SCNu32, &width, &height) != 2) return {};
+    std::fgetc(file.get());
+    bench::Bitmap page(width, height);
+    if (std::fread(page.bits.data(), 1, page.bits.size(), file.get()) != page.bits.size()) return {};
+    page.clearSpareBits();
+    return page;
+}
+
 int main(int argc, char** argv) {
     if (argc > 1 && std::string(argv[1]) == "--sizes") {
         cit_enable_detect_changes();
@@ -183,7 +196,11 @@ int main(int argc, char** argv) {
     mallopt(M_TRIM_THRESHOLD, 0x7fffffff);
     cit_enable_detect_changes();
     cit_enable_encode_gr4();
-    const bench::Bitmap page = bench::textPage();
+    const bench::Bitmap page = argc > 1 ? readPbm(argv[1]) : bench::textPage();
+    if (page.width == 0) {
+        std::fprintf(stderr, "tilepress_alone: %s is no raw PBM file\n", argv[1]);
+        return 1;
+    }
     const double pixels = double(page.width) * page.height;
     reportCoded(page, pixels);
     const std::unique_ptr<CImg1> bits(CImg1::create(page.width, page.height, const_cast<unsigned char*>(page.bits.data()),
