@@ -111,7 +111,7 @@ void endHandle(ImgHandle* image) {
 
 void transformHandles(Input& in, ImgHandle* image, ImgHandle* other) {
     std::int32_t corners[8];
-    for (std::int32_t& c : corners) c = static_cast<std::int32_t>(in.u8() > 250 ? in.u32() : in.below(150)) - 4;
+    for (std::int32_t& c : corners) c = static_cast<std::int32_t>((in.u8() > 250 ? in.u32() : static_cast<std::uint32_t>(in.below(150))) - 4);
     const ImgRasOp1Desc op1{in.below(5), in.u8() % 2, in.u8() % 2, in.u8() % 2, in.u32(), in.u32()};
     ImgRasOp2Desc op2{};
     op2.op = in.below(9);
