@@ -85,6 +85,25 @@ inline void interleaveBytes(Bytes16* to, const Bytes16* from) {
     });
 }
 
+/// Sixteen numbers below 256 as bytes.
+inline Bytes16 narrowed(Words4 a, Words4 b, Words4 c, Words4 d) {
+#ifdef __SSE2__
+    typedef int Ints __attribute__((vector_size(16)));
+    const auto low = __builtin_ia32_packssdw128(reinterpret_cast<Ints>(a), reinterpret_cast<Ints>(b));
+    const auto high = __builtin_ia32_packssdw128(reinterpret_cast<Ints>(c), reinterpret_cast<Ints>(d));
+    return reinterpret_cast<Bytes16>(__builtin_ia32_packuswb128(low, high));
+#else
+    Bytes16 bytes;
+    for (unsigned k = 0; k < 4; ++k) {
+        bytes[k] = static_cast<unsigned char>(a[k]);
+        bytes[k + 4] = static_cast<unsigned char>(b[k]);
+        bytes[k + 8] = static_cast<unsigned char>(c[k]);
+        bytes[k + 12] = static_cast<unsigned char>(d[k]);
+    }
+    return bytes;
+#endif
+}
+
 /// Bit k for lane k of a comparison's result.
 inline unsigned laneBits(Ints4 v) {
 #ifdef __SSE2__

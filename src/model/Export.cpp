@@ -124,10 +124,7 @@ static bool convert(CImg1& to, const CImg8& from) {
     Palette(from).tabulate(tones, toneOf);
     const std::size_t width = from.getWidth();
     return dither(to.peekData(), to.getTotalBytes(), std::uint64_t{width} + to.getPadBits(), width, from.getHeight(),
-                  [&](unsigned char* line, std::size_t y) {
-                      const unsigned char* row = from.peekDataArray()[y];
-                      for (std::size_t x = 0; x < width; ++x) line[x] = tones[row[x]];
-                  });
+                  [&](unsigned char* line, std::size_t y) { loadTones(line, from.peekDataArray()[y], tones, width); });
 }
 
 /// `fresh`: nobody has seen the pixels of `to`, and they count as 0.

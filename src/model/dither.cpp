@@ -30,6 +30,12 @@ unsigned char toneOf(unsigned red, unsigned green, unsigned blue) {
     return kToneCurve[(77 * red + 150 * green + 29 * blue) >> 8];
 }
 
+void loadTones(unsigned char* tones, const unsigned char* row, const unsigned char (&toneOfPixel)[256],
+               std::size_t width) {
+#pragma GCC unroll 2
+    for (std::size_t x = 0; x < width; ++x) tones[x] = toneOfPixel[row[x]];
+}
+
 static Words4 luminanceOfFour(const ImgULong* pixels) {
     const Halves8 outer = {29, 77, 29, 77, 29, 77, 29, 77}, middle = {150, 0, 150, 0, 150, 0, 150, 0};
     const Words4 v = loadLanes<Words4>(pixels);
@@ -40,14 +46,10 @@ static Words4 luminanceOfFour(const ImgULong* pixels) {
 
 void loadTones(unsigned char* tones, const ImgULong* row, std::size_t width) {
     std::size_t x = 0;
-    for (; x + 16 <= width; x += 16) {
-        const Words4 packed = luminanceOfFour(row + x) | luminanceOfFour(row + x + 4) << 8 |
-                              luminanceOfFour(row + x + 8) << 16 | luminanceOfFour(row + x + 12) << 24;
-        unsigned char luminances[16];
-        storeLanes(luminances, packed);
-#pragma GCC unroll 16
-        for (unsigned i = 0; i < 16; ++i) tones[x + i % 4 * 4 + i / 4] = kToneCurve[luminances[i]];
-    }
+    for (; x + 16 <= width; x += 16)
+        storeLanes(tones + x, narrowed(luminanceOfFour(row + x), luminanceOfFour(row + x + 4),
+                                       luminanceOfFour(row + x + 8), luminanceOfFour(row + x + 12)));
+    loadTones(tones, tones, kToneCurve, x);
     for (; x < width; ++x) tones[x] = toneOf(row[x] >> 16 & 0xFF, row[x] >> 8 & 0xFF, row[x] & 0xFF);
 }
 
@@ -55,74 +57,100 @@ void loadTones(unsigned char* tones, const ImgULong* row, std::size_t width) {
 
 bool Diffusion::prepare(std::size_t width) {
     width_ = width;
-    steps_ = (width + 2 * kRows - 1 + kBlock - 1) / kBlock * kBlock;
-    return lines_.reserve(std::uint64_t{steps_} * kRows) && carry_.reserve(std::uint64_t{steps_} + 2 * kRows) &&
-           dark_.reserve(std::uint64_t{steps_} + 2 * kBlock);
+    steps_ = (width + 2 * kLanes - 1 + kBlock - 1) / kBlock * kBlock;
+    return lines_.reserve(std::uint64_t{steps_} * kRows) && carry_.reserve(std::uint64_t{steps_} + 2 * kLanes) &&
+           dark_.reserve(2 * (std::uint64_t{steps_} + 2 * kBlock));
 }
 
 /// All ones for the rows that are within the picture at a step.
 static Shorts8 rowsWithin(std::size_t step, std::size_t width) {
     Shorts8 mask{};
-    for (std::size_t k = 0; k < Diffusion::kRows; ++k)
+    for (std::size_t k = 0; k < 8; ++k)
         if (step >= 2 * k && step - 2 * k < width) mask[k] = -1;
     return mask;
 }
 
-namespace {
-
-/// Shares of the errors so far, each lane's in its own row or the one below: for the next column, for the place below
-/// the column before, below this one, and below the next one.
-struct Errors {
+/// Eight rows, a lane each.
+struct Diffusion::Octet {
+    // Shares of the errors so far, each lane's in its own row or the one below: for the next column, for the place
+    // below the column before, below this one, and below the next one.
     Shorts8 right{}, below{}, belowNext{}, corner{};
+    Bytes16 columns[kLanes];  ///< the tones of a block's steps, two steps in each
 
-    /// Takes a step; all ones where the result is light.
-    Shorts8 diffuse(Shorts8 tones, Shorts8 within) {
-        const Shorts8 value =
-            tones + right + __builtin_shufflevector(below, Shorts8{}, 8, 0, 1, 2, 3, 4, 5, 6);
+    void load(const unsigned char* lines, std::size_t stride) {
+        Bytes16 other[kLanes];
+        for (std::size_t k = 0; k < kLanes; ++k) columns[k] = loadLanes<Bytes16>(lines + k * stride);
+        interleaveBytes<kLanes>(other, columns);
+        interleaveBytes<kLanes>(columns, other);
+        interleaveBytes<kLanes>(other, columns);
+        for (std::size_t k = 0; k < kLanes; ++k) columns[k] = other[k];
+    }
+
+    /// Takes a step in the rows `within` the picture; all ones where the result is light. The first row takes from carry[15], the last one gives to
+    /// carry[0], which is that many columns behind.
+    template <class... Within>
+    Shorts8 diffuse(Shorts8 tones, std::int16_t* carry, Within... within) {
+        const Shorts8 value = tones + Shorts8{carry[2 * kLanes - 1]} + right +
+                              __builtin_shufflevector(below, Shorts8{}, 8, 0, 1, 2, 3, 4, 5, 6);
         const Shorts8 light = value > 127;
-        const Shorts8 error = (value - (light & 255)) & within;
+        const Shorts8 error = ((value - (light & 255)) & ... & within);
         // Each share is rounded down, negative ones too.
         right = ((error << 3) - error) >> 4;
         below = (((error << 1) + error) >> 4) + belowNext;
         belowNext = (((error << 2) + error) >> 4) + corner;
         corner = error >> 4;
+        *carry = below[kLanes - 1];
         return light;
+    }
+
+    /// Takes steps 2k and 2k + 1 of a block; `step` is the block's first.
+    template <bool edge>
+    void diffuseTwo(std::size_t k, std::size_t step, std::size_t width, std::int16_t* carry, unsigned char* dark) {
+        step += 2 * k;
+        Shorts8 a, b;
+        if constexpr (edge) {
+            a = diffuse(lowBytes(columns[k]), carry + step, rowsWithin(step, width));
+            b = diffuse(highBytes(columns[k]), carry + step + 1, rowsWithin(step + 1, width));
+        } else {
+            a = diffuse(lowBytes(columns[k]), carry + step);
+            b = diffuse(highBytes(columns[k]), carry + step + 1);
+        }
+        const unsigned bits = ~laneBits(a, b);
+        dark[step] = static_cast<unsigned char>(bits);
+        dark[step + 1] = static_cast<unsigned char>(bits >> 8);
+    }
+    void diffuseEdge(std::size_t step, std::size_t width, std::int16_t* carry, unsigned char* dark) {
+        for (std::size_t k = 0; k < kLanes; ++k) diffuseTwo<true>(k, step, width, carry, dark);
     }
 };
 
-}  // namespace
-
 void Diffusion::run() {
-    Errors errors;
-    const Shorts8 all = ~Shorts8{};
-    const unsigned char* lines = lines_.get();
-    unsigned char* dark = dark_.get();
-    std::int16_t* carry = carry_.get();
-    for (std::size_t first = 0; first < steps_; first += kBlock, lines += kBlock) {
-        Bytes16 columns[kRows], other[kRows];
-        for (std::size_t k = 0; k < kRows; ++k) columns[k] = loadLanes<Bytes16>(lines + k * steps_);
-        interleaveBytes<kRows>(other, columns);
-        interleaveBytes<kRows>(columns, other);
-        interleaveBytes<kRows>(other, columns);
-        const bool inner = first >= 2 * kRows && first + kBlock <= width_;
-        const auto step = [&](Shorts8 tones, std::size_t number) {
-            tones += Shorts8{carry[2 * kRows - 1]};
-            const Shorts8 light = errors.diffuse(tones, inner ? all : rowsWithin(number, width_));
-            *carry++ = errors.below[kRows - 1];
-            return light;
-        };
-        for (std::size_t i = 0; i < kBlock; i += 2) {
-            const Shorts8 a = step(lowBytes(other[i / 2]), first + i), b = step(highBytes(other[i / 2]), first + i + 1);
-            const unsigned bits = ~laneBits(a, b);
-            *dark++ = static_cast<unsigned char>(bits);
-            *dark++ = static_cast<unsigned char>(bits >> 8);
+    Octet upper, lower;
+    const std::size_t width = width_;
+    std::int16_t* const carry = carry_.get();
+    const auto isInner = [width](std::size_t first) { return first >= 2 * kLanes && first + kBlock <= width; };
+    for (std::size_t first = 0; first <= steps_; first += kBlock) {
+        const std::size_t behind = first - kBlock;
+        if (first < steps_) upper.load(lines_.get() + first, steps_);
+        if (first > 0) lower.load(lines_.get() + kLanes * steps_ + behind, steps_);
+        if (first > 0 && isInner(first) && isInner(behind)) {
+            // Each waits for itself from step to step: together they take hardly longer than one.
+            for (std::size_t k = 0; k < kLanes; ++k) {
+                upper.diffuseTwo<false>(k, first, width, carry, darkOf(0));
+                lower.diffuseTwo<false>(k, behind, width, carry, darkOf(kLanes));
+            }
+            continue;
         }
+        if (first < steps_) upper.diffuseEdge(first, width, carry, darkOf(0));
+        if (first > 0) lower.diffuseEdge(behind, width, carry, darkOf(kLanes));
     }
 }
 
-void Diffusion::store(unsigned char* bits, std::size_t k) const {
+void Diffusion::store(unsigned char* bits, std::size_t row) const {
+    const std::size_t k = row % kLanes;
+    const unsigned char* dark = darkOf(row) + 2 * k;
     for (std::size_t x = 0; x < width_; x += 8) {
-        const std::uint64_t eight = loadWord(dark_.get() + x + 2 * k) >> k & everyByte(1);
+        const std::uint64_t eight = loadWord(dark + x) >> k & everyByte(1);
         *bits++ = static_cast<unsigned char>(eight * 0x0102040810204080 >> 56);
     }
     if (width_ % 8 != 0) bits[-1] = static_cast<unsigned char>(bits[-1] & 0xFF00 >> width_ % 8);

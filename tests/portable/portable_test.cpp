@@ -28,6 +28,12 @@ TEST(Portable, LanesOfComparisonsBecomeBits) {
     }
 }
 
+TEST(Portable, NumbersBecomeBytes) {
+    const Bytes16 bytes = narrowed(Words4{0, 1, 2, 255}, Words4{4, 5, 6, 254}, Words4{8, 9, 10, 253},
+                                   Words4{12, 13, 14, 252});
+    for (unsigned k = 0; k < 16; ++k) EXPECT_EQ(bytes[k], k % 4 == 3 ? 255 - k / 4 : k);
+}
+
 TEST(Portable, BitsTurn) {
     constexpr std::size_t width = 150, height = 75, srcStride = 19, dstStride = 10;
     std::mt19937 random(1);
