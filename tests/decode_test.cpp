@@ -59,6 +59,7 @@ TEST(G4Tables, LifeCycleOfTheClassFamily) {
     EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
     EXPECT_EQ(decode(8, hex("80")).status, 0);
     EXPECT_EQ(cit_enable_decode_gr4(), 1);
+    EXPECT_EQ(cit_enable_decode_gr4(), 1) << "releases the tables it had";
     cit_disable_decode_gr4();
     cit_disable_decode_gr4();
     EXPECT_EQ(decode(8, hex("80")).status, 0) << "the other family's disable";
@@ -100,9 +101,10 @@ TEST_F(G4Decode, StatusesAndListsOfSingleRows) {
     }
 }
 
-TEST_F(G4Decode, SearchesBackwardStopAtTheListsStart) {
+TEST_F(G4Decode, SearchesStopAtTheListsEnds) {
     // Two left of column 1, then directly below what is left of that.
     EXPECT_EQ(decode(8, bits("000010 1 1 1 1"), {0, 1, 3, 9, 9, 9}).status, 0);
+    EXPECT_EQ(decode(8, bits("0000010 1"), {0, 9, 20, 20}).list, (List{0, 6, 9, 9, 9})) << "and forward at the last change";
 }
 
 TEST_F(G4Decode, PositionsCountWithinCodedBytes) {
@@ -124,7 +126,16 @@ TEST_F(G4Decode, RefusesWhatItCannotHold) {
     std::int32_t byte = 0, bit = 1, count = 0;
     EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, -1, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
     EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 0x7FFFFFF8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
-    EXPECT_EQ(CCITT_G4Decode(nullptr, 4, 8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
+    for (int missing = 0; missing < 6; ++missing) {
+        const auto unless = [missing](int which, auto* given) { return missing == which ? nullptr : given; };
+        byte = bit = 1;
+        EXPECT_EQ(CCITT_G4Decode(unless(0, reference.data()), 4, 8, unless(1, words), unless(2, &byte), unless(3, &bit), nullptr,
+                                 unless(4, coding.data()), unless(5, &count), 2), 1) << missing;
+        EXPECT_EQ(bit, missing == 2 || missing == 3 ? 1 : 9) << "Kept: rewritten all the same";
+    }
+    for (auto [farByte, farBit] : {std::pair(0x20000000, 1), {1, INT32_MAX}, {INT32_MIN, 1}, {0, INT32_MIN}})
+        EXPECT_EQ(decode(8, hex("80 00 80 00"), {}, farByte, farBit).status, 6) << "nothing is coded there";
+    byte = 0, bit = 1;
     EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 0);
 }
 

@@ -148,6 +148,12 @@ TEST_F(Encode, ListsThatAreNoRowsGiveNoBits) {
     EXPECT_EQ(count, 0);
     cit_encode_gr4(row.data(), 6, row.data(), 6, nullptr, &(count = 5));
     EXPECT_EQ(count, 0);
+    for (auto [above, own] : {std::pair(0, 6), {6, 0}}) {
+        cit_encode_gr4(row.data(), above, row.data(), own, &word, &(count = 5));
+        EXPECT_EQ(count, 0);
+    }
+    cit_encode_gr4(row.data(), 6, row.data(), 6, &word, nullptr);
+    EXPECT_EQ(word, 0);
 }
 
 TEST_F(Encode, FamiliesAreApartAndDisableTwiceIsHarmless) {
@@ -210,6 +216,10 @@ TEST_F(Strip, RefusesImpossibleSizes) {
     EXPECT_EQ(refusal(rows, 8, 1, -1), kNoBuffer);
     EXPECT_EQ(refusal(rows, 9, 1, 1), kNoBuffer);
     EXPECT_EQ(create_g4_tiff_strip(nullptr, nullptr, 8, 1, 1), 0);
+    std::uint8_t byte = 0, *output = &byte;
+    EXPECT_EQ(create_g4_tiff_strip(nullptr, &output, 8, 1, 1), 0);
+    EXPECT_EQ(output, nullptr);
+    EXPECT_EQ(create_g4_tiff_strip(&byte, nullptr, 8, 1, 1), 0);
 }
 
 TEST_F(Strip, KeptRowMaximumWrapsAtSixteenBits) {
@@ -237,4 +247,8 @@ TEST_F(Strip, RefusesARowOfTooManyChanges) {
     EXPECT_GT(strip(row, 8000, 1000, 1).size(), 5000u);
     row[999] = 0x54;
     EXPECT_EQ(refusal(row, 8000, 1000, 1), kTooLong);
+    // 33 957 bytes of codes, which 16 bits with a sign do not count.
+    row.assign(1 + 8192 * 382, 0);
+    for (int run = 1; run < 7990; run += 2) std::fill_n(row.begin() + 391 * run, 391, 0xFF);
+    EXPECT_EQ(refusal(row, 8 * 391 * 7990, 1 + 8192 * 382, 1), kTooLong);
 }

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 using Bytes = std::vector<unsigned char>;
@@ -67,6 +68,9 @@ TEST(Export, SizesMustMatchAndPixelsBeThere) {
     std::free(thirtyTwo->ownData());
     EXPECT_FALSE(Export::xfm(*thirtyTwo, *bilevel(8, 8)));
     EXPECT_FALSE(Export::xfm(*bilevel(8, 8), *thirtyTwo));
+    std::free(narrow->ownData());
+    const std::unique_ptr<CImg32> blank(CImg32::create(*narrow, RGBOrderRGB));
+    EXPECT_EQ(pixelsOf(*blank), Pixels(7 * 8));
 }
 
 // --- from bits ---
@@ -116,6 +120,17 @@ TEST(Export, PalettePixelsBecomeRgb) {
     EXPECT_TRUE(Export::xfm(*blue, *from));
     EXPECT_EQ(pixelsOf(*red), (Pixels{0x332211, 0xFFFF00, 0, 0}));
     EXPECT_EQ(pixelsOf(*blue), (Pixels{0x112233, 0x00FFFF, 0, 0}));
+    // Counts that are not the table's, and no table.
+    ColorMap& own = *from->getColorMap();
+    own.count = 300;
+    EXPECT_TRUE(Export::xfm(*blue, *from));
+    EXPECT_EQ(pixelsOf(*blue), (Pixels{0x112233, 0x00FFFF, 0, 0}));
+    own.count = -1;
+    EXPECT_FALSE(Export::xfm(*blue, *from));
+    own.count = 3;
+    ColorMapEntry* const entries = std::exchange(own.entries, nullptr);
+    EXPECT_FALSE(Export::xfm(*blue, *from));
+    own.entries = entries;
 }
 
 TEST(Export, PaletteIntoRedFirstIsOredKept) {

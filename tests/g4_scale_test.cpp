@@ -137,6 +137,11 @@ TEST(ScaleWhileDecoding, RefusalsAndCorruptTiles) {
         EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*result)), std::vector<ImgULong>(16, 0x00FFFFFF));
     }
     EXPECT_TRUE(scaled(*corrupt, corrupt->getRect(), 16, 16, 1));
+    // Seven black pixels, and from left of their end three more: ten of eight.
+    tiles.assign(1, exchanged(bits("001 00110101 00011 0000010 1")));
+    G4Image overlapping = makeG4(8, 1, 8, 1, tiles);
+    overlapping->setBackgroundColor(0);
+    EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*scaled(*overlapping, ImgRect(8, 1), 1, 1, 32))), std::vector<ImgULong>{0});
 }
 
 // Nothing that a tile holds may read or write outside a buffer, or hang.

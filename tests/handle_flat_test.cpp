@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <functional>
 #include <random>
+#include <utility>
 
 namespace tilepress::test {
 namespace {
@@ -95,16 +96,63 @@ TEST(HandleTiffG4, DamageGivesNullAndTheCodecStaysAsItWas) {
     EXPECT_FALSE(decodes());
 }
 
+TEST(HandleTiffG4, WhatIsMissingIsWhiteOrRefused) {
+    std::vector<Bytes> tiles = support::tilesOf(page(), 64, 32);
+    tiles[1].clear();
+    const Handle image = compressedHandle(tiles);
+    void** const data = static_cast<void**>(image->data);
+    void* const last = std::exchange(data[3], nullptr);
+    Picture wanted = plain(page());
+    for (std::size_t y = 0; y < 50; ++y) std::fill_n(&wanted.at(64, y), 36, 0);
+    EXPECT_EQ(rendered(image.get()), wanted) << "tiles without bytes";
+    Block block(image);
+    const auto* const end = static_cast<unsigned char*>(block.data) + block.size;
+    EXPECT_TRUE(std::all_of(end - tiles[3].size(), end, [](unsigned char byte) { return byte == 0; }));
+    data[3] = last;
+
+    const ImgConvertDesc target{1, 1, nullptr};
+    auto& header = *static_cast<ImgG4Header*>(image->header);
+    const auto serialized = [&] {
+        void* buffer = nullptr;
+        std::uint32_t size = 0;
+        TiffG4Serialize(image.get(), &buffer, &size);
+        MemFree(0, buffer);
+        return buffer || size || image->serialize(image.get(), nullptr, &size) || image->serialize(image.get(), &buffer, nullptr);
+    };
+    const auto refused = [&] {
+        return !image->render(image.get(), 9, 9, nullptr, 0, 0, 8) && !image->convert(image.get(), &target) && !serialized();
+    };
+    image->data = nullptr;
+    EXPECT_TRUE(refused());
+    image->data = data;
+    std::uint32_t* const counts = std::exchange(header.byteCounts, nullptr);
+    EXPECT_TRUE(refused());
+    header.byteCounts = counts;
+    EXPECT_FALSE(image->convert(image.get(), nullptr) || image->convert(nullptr, &target) || image->render(nullptr, 9, 9, nullptr, 0, 0, 8));
+    header.tileWidth = 0;
+    EXPECT_FALSE(image->render(image.get(), 9, 9, nullptr, 0, 0, 8));
+    header.tileWidth = 0x40000000;
+    EXPECT_FALSE(serialized()) << "larger than its size can say";
+    header.tileWidth = 64;
+    header.totalBytes -= 1;
+    EXPECT_FALSE(serialized()) << "fewer bytes than its tiles have";
+    header.totalBytes += 1;
+}
+
 TEST(HandleTiffG4, BeginningAndEnd) {
     const Handle none(ImgNew(ImgTypeTiffG4));
     const std::uint32_t counts[] = {0};
     void* tiles[] = {nullptr};
     EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 0, 10, counts, tiles) || ImgCreateTiffG4(none.get(), 10, 10, 10, 0, counts, tiles));
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 0, 10, 10, 10, counts, tiles) || ImgCreateTiffG4(none.get(), 10, 10, 10, 10, nullptr, tiles));
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 0, 10, 10, 10, counts, tiles) || ImgCreateTiffG4(none.get(), 10, 0, 10, 10, counts, tiles));
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 10, 10, nullptr, tiles) || ImgCreateTiffG4(none.get(), 10, 10, 10, 10, counts, nullptr));
+    const std::uint32_t large[] = {0x80000000, 0x80000000};
+    void* two[] = {nullptr, nullptr};
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 20, 10, 10, 10, large, two) || ImgCreateTiffG4(nullptr, 10, 10, 10, 10, counts, tiles));
     ImgHandle* bare = none.get();
     EXPECT_EQ(ImgTIFFG4Free(&bare, nullptr), nullptr);
     EXPECT_EQ(bare, none.get()) << "without a header it stays";
-    EXPECT_FALSE(none->render(none.get(), 5, 5, nullptr, 0, 0, 8));
+    for (const Handle& other : {handleOf<Bits>(Picture(9, 9)), Handle(ImgNew(ImgTypeTiffG4))}) EXPECT_FALSE(none->render(other.get(), 5, 5, nullptr, 0, 0, 8));
 
     ImgHandle* image = compressedPage().release();
     const auto& header = *static_cast<ImgG4Header*>(image->header);
@@ -196,8 +244,12 @@ TEST(HandleFlat, RefusesWhatIsNoHeader) {
     const std::vector<std::function<void(ImgG4Header&)>> faults = {
         [](ImgG4Header& h) { ++h.bytesPerLine; },          [](ImgG4Header& h) { h.tileWidth = 101; },
         [](ImgG4Header& h) { h.tileWidth = 0; },           [](ImgG4Header& h) { h.tileHeight = 51; },
+        [](ImgG4Header& h) { h.tileHeight = 0; },          [](ImgG4Header& h) { h.quads.srcQuad.y0 = -1; },
+        [](ImgG4Header& h) { h.quads.srcQuad.x2 = -99; },  [](ImgG4Header& h) { h.quads.srcQuad.y2 = -49; },
         [](ImgG4Header& h) { h.quads.srcQuad.x0 = -1; },   [](ImgG4Header& h) { h.quads.srcQuad.y2 = INT32_MIN; },
-        [](ImgG4Header& h) { h.totalBytes -= 1; },         [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x7FFFFFFF, h.bytesPerLine = 0x10000000, h.tileWidth = 1; }};
+        [](ImgG4Header& h) { h.totalBytes -= 1; },         [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x7FFFFFFF, h.bytesPerLine = 0x10000000, h.tileWidth = 1; },
+        [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x80; },  // the other way round the lowest number
+        [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x3FFFFFFF, h.bytesPerLine = 0x08000000, h.tileWidth = 0x40000000; }};
     for (const auto& fault : faults) {
         Block block(compressedPage());
         fault(block.header());
@@ -211,6 +263,7 @@ TEST(HandleFlat, RefusesWhatIsNoHeader) {
     std::uint32_t size = 7;
     EXPECT_EQ(TiffG4Serialize(handleOf<Bytes24>(Picture(1, 1)).get(), &buffer, &size), 1u);
     EXPECT_EQ(TiffG4Serialize(nullptr, &buffer, &size), 1u);
+    EXPECT_EQ(TiffG4Serialize(Handle(ImgNew(ImgTypeNone)).get(), &buffer, &size), 1u);
     EXPECT_TRUE(buffer == &untouched && size == 7) << "other types store nothing";
     EXPECT_EQ(TiffG4Serialize(Handle(ImgNew(ImgTypeTiffG4)).get(), &buffer, &size), 1u);
     EXPECT_TRUE(!buffer && size == 0);

@@ -126,6 +126,8 @@ TYPED_TEST(HandleRasOp2, PastesAtAPosition) {
     for (auto [x, y] : {std::pair(25, 4), {24, 5}, {-1, 0}, {0, -1}, {INT32_MAX - 15, 0}})
         EXPECT_EQ(after<TypeParam>(part, combineDesc(ImgRasOr, at(x, y).data(), true), whole), kNone) << x << ' ' << y;
     EXPECT_EQ(after<TypeParam>(whole, combineDesc(ImgRasOr, at(0, 0).data(), true), part), kNone) << "larger than its place";
+    for (auto [x, y] : {std::pair(39, 0), {0, 5}})
+        EXPECT_EQ(after<TypeParam>(part, combineDesc(ImgRasOr, std::vector{x, y, x, y, x, y, x, y}.data(), true), whole), kNone) << "a place of one pixel";
     const Handle source = handleOf<TypeParam>(part), destination = handleOf<TypeParam>(whole);
     ImgSetDstRect(source.get(), at(24, 4).data());
     ImgRasOp2Desc desc = combineDesc(ImgRasCopy, nullptr, true);
@@ -149,6 +151,12 @@ TEST(HandleRasOp2Bits, PasteMovedBitsByBytes) {
     EXPECT_EQ(paste({0x00, 0x00}, {0xFF, 0xFF, 0xFF}, 3), (std::vector<int>{0xFF, 0x00, 0xFF}));
     EXPECT_EQ(paste({0xA5, 0x3C}, {0x80, 0x00, 0x01}, 8), (std::vector<int>{0x80, 0xA5, 0x3C}));
     EXPECT_EQ(paste({0xA5, 0x3C}, {0x00, 0x00}, 3), (std::vector<int>{0x14, 0xA7})) << "nothing past the block";
+    for (auto [alignFrom, alignTo] : {std::pair(0u, 8u), {8u, 0u}}) {
+        const Handle from(ImgNew(ImgTypeBilevel)), to(ImgNew(ImgTypeBilevel));
+        EXPECT_TRUE(ImgCreateBilevel(from.get(), 8, 1, alignFrom, nullptr) && ImgCreateBilevel(to.get(), 8, 1, alignTo, nullptr));
+        ImgRasOp2Desc desc = combineDesc(ImgRasOr, nullptr, true);
+        EXPECT_FALSE(to->rasOp2(from.get(), &desc, to.get())) << "rows without a length";
+    }
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ TYPED_TEST(HandleTransforms, AreThoseOfTheClasses) {
         const auto image = imageOf<Image>(picture, ImgAlignByte);
         image->setBackgroundColor(0);
         const Handle handle = handleOf<TypeParam>(picture);
-        for (double degrees : {90., 180., 270., 360., 33.5, 200., -20., 450., 1000.})
+        for (double degrees : {90., 180., 270., 360., 33.5, 200., -20., 450., 1000., 3.6e14 + 90})
             EXPECT_TRUE(pictureOf(Handle(handle->rotate(handle.get(), degrees))) ==
                         pictureOf(owned<Image>(image->rotate(degrees)).get())) << degrees << ' ' << w;
         EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 1))), pictureOf(owned<Image>(image->mirror(ImgMirX)).get()));
@@ -45,6 +45,9 @@ TYPED_TEST(HandleTransforms, RenderAsTheHeaderSays) {
     const Handle wanted(turned->render(turned.get(), 5, 6, nullptr, 0, 0, 8));
     EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 0, 0, nullptr, 0, 0, 8))), pictureOf(wanted));
     EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 21, 13, mirrored->header, 0, 0, 8))), picture) << "another's header";
+    const std::int32_t endless[8] = {INT32_MIN, INT32_MIN, 0, 0, INT32_MAX, INT32_MAX, 0, 0};
+    ImgSetDstRect(handle.get(), endless);
+    EXPECT_FALSE(handle->render(handle.get(), 0, 1, nullptr, 0, 0, 8) || handle->render(handle.get(), 1, 0, nullptr, 0, 0, 8));
 }
 
 TYPED_TEST(HandleTransforms, CutRegions) {
@@ -60,6 +63,8 @@ TYPED_TEST(HandleTransforms, CutRegions) {
     EXPECT_EQ(cut({0, 0, 0, 8, 29, 8, 29, 0}), none) << "corners in the header's order";
     EXPECT_EQ(cut({-1, 8, -1, 0, 29, 0, 29, 8}), none);
     EXPECT_EQ(cut({0, 9, 0, 0, 29, 0, 29, 9}), none);
+    EXPECT_EQ(cut({20, 8, 20, 0, 30, 0, 30, 8}), none);
+    EXPECT_EQ(cut({0, 7, 0, -1, 29, -1, 29, 7}), none);
     EXPECT_EQ(cut({INT32_MIN, INT32_MAX, INT32_MIN, INT32_MIN, INT32_MAX, INT32_MIN, INT32_MAX, INT32_MAX}), none);
 }
 
@@ -85,6 +90,7 @@ TEST(HandleConversion, BetweenTypes) {
     const Handle palette(ImgNew(ImgTypePalette8));
     ASSERT_TRUE(ImgCreatePalette8(palette.get(), 4, 1, 8, &table, nullptr));
     std::memcpy(rowOf(*palette, 0), "\0\1\2\x63", 4);
+    static_cast<Img8Header*>(palette->header)->colorTable->count = 200;  // beyond its capacity
     for (std::uint32_t type : {4u, 16u, 32u}) EXPECT_EQ(pictureOf(converted(palette, type)), Picture(4, {0xFF, 0xFF00, 0x1E140A, 0}));
     EXPECT_EQ(pictureOf(converted(palette, 1)), Picture(4, {1, 0, 1, 1}));
     ColorMapEntry others[] = {{0, 250, 0}, {200, 0, 0}};

@@ -53,6 +53,9 @@ TEST(Handles, BilevelRows) {
             EXPECT_FALSE(image->render(image.get(), 2, 2, nullptr, 0, 0, 8));
         }
     }
+    const Handle none(ImgNew(ImgTypeBilevel));
+    EXPECT_FALSE(ImgCreateBilevel(none.get(), 1 << 20, 1 << 15, 0, nullptr)) << "2^32 bytes";
+    EXPECT_FALSE(ImgCreateBilevel(none.get(), 1, 0x80000000u, 8, nullptr));
 }
 
 TEST(Handles, PixelRows) {
@@ -60,6 +63,12 @@ TEST(Handles, PixelRows) {
     ColorMapEntry entries[] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
     ColorTable table = {2, 3, 0, entries};
     ASSERT_TRUE(ImgCreatePalette8(palette.get(), 5, 2, 16, &table, nullptr));
+    for (auto [count, given] : {std::pair(-1, true), {3, false}}) {
+        const ColorTable odd = {2, count, 0, given ? entries : nullptr};
+        const Handle empty(ImgNew(ImgTypePalette8));
+        ASSERT_TRUE(ImgCreatePalette8(empty.get(), 5, 2, 16, &odd, nullptr));
+        EXPECT_EQ(static_cast<Img8Header*>(empty->header)->colorTable->count, 0);
+    }
     const auto& header = *static_cast<Img8Header*>(palette->header);
     EXPECT_EQ(header.bytesPerLine, 6u);
     EXPECT_EQ(header.padBytes, 1u);
@@ -102,16 +111,20 @@ TYPED_TEST(EveryHandle, RefusesWhatCannotBe) {
         EXPECT_FALSE(TypeParam::create(image.get(), w, h)) << w << ' ' << h;
     // Before create, and of nothing.
     ImgRasOp1Desc op1{};
-    ImgRasOp2Desc op2{};
-    op2.op = ImgRasOr;
-    op2.scaleFirst = 1;
+    ImgRasOp2Desc op2{}, unscaled{};
+    op2.op = unscaled.op = ImgRasOr;
+    op2.scaleFirst = op1.inPlace = unscaled.inPlace = 1;
     const ImgConvertDesc target{1, 1, nullptr};
     const std::int32_t corners[8] = {};
-    for (ImgHandle* handle : {image.get(), static_cast<ImgHandle*>(nullptr)}) {
-        const ImgHandle& ops = *image;
+    const ImgHandle ops = *image;
+    const auto refused = [&](ImgHandle* handle) {
         EXPECT_FALSE(ops.clone(handle) || ops.rotate(handle, 90) || ops.mirror(handle, 1) || ops.subImage(handle, corners));
         EXPECT_FALSE(ops.render(handle, 1, 1, nullptr, 0, 0, 8) || ops.convert(handle, &target));
-        EXPECT_FALSE(ops.rasOp1(handle, &op1, 0) || ops.rasOp2(handle, &op2, handle));
+        for (std::uint32_t op : {ImgRasFill, ImgRasInvert}) EXPECT_FALSE(ops.rasOp1(handle, &(op1 = {op, 1, 0, 0, 0, 0}), 0));
+        for (ImgRasOp2Desc desc : {op2, unscaled}) EXPECT_FALSE(ops.rasOp2(handle, &desc, handle));
+    };
+    for (ImgHandle* handle : {image.get(), static_cast<ImgHandle*>(nullptr)}) {
+        refused(handle);
         EXPECT_EQ(ops.getWidth(handle) + ops.getHeight(handle) + ImgGetWidth(handle) + ImgGetHeight(handle), 0u);
         EXPECT_EQ(ImgSetDstRect(handle, corners), handle);
         EXPECT_EQ(ImgSetRotation(handle, 1), handle);
@@ -124,6 +137,19 @@ TYPED_TEST(EveryHandle, RefusesWhatCannotBe) {
     EXPECT_FALSE(image->subImage(image.get(), nullptr) || image->convert(image.get(), nullptr));
     EXPECT_FALSE(image->rasOp1(image.get(), nullptr, 0) || image->rasOp2(image.get(), nullptr, image.get()));
     EXPECT_FALSE(image->rasOp2(image.get(), &op2, nullptr) || image->rotate(image.get(), NAN));
+    // One part missing, or of another type.
+    const ImgHandle whole = *image;
+    for (int missing = 0; missing < 3; ++missing) {
+        const Handle other = handleOf<TypeParam>(Picture(4, 4));
+        if (missing == 0) image->data = nullptr;
+        else if (missing == 1) image->header = nullptr;
+        else image->type = ImgTypeTiffG4;
+        refused(image.get());
+        EXPECT_FALSE(other->rasOp2(image.get(), &unscaled, other.get()) || other->rasOp2(other.get(), &unscaled, image.get())) << missing;
+        *image = whole;
+    }
+    image->render = nullptr;
+    EXPECT_FALSE(image->rasOp2(image.get(), &op2, image.get())) << "nothing scales it";
 }
 
 TYPED_TEST(EveryHandle, StoresParameters) {
@@ -132,6 +158,7 @@ TYPED_TEST(EveryHandle, StoresParameters) {
     auto& quads = *static_cast<ImgQuads*>(image->header);
     const std::int32_t own[8] = {0, 0, 0, 2, 3, 2, 3, 0}, other[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     EXPECT_EQ(std::memcmp(&quads.dstQuad, own, sizeof own), 0);
+    EXPECT_EQ(ImgSetDstRect(image.get(), nullptr), image.get());
     ImgSetDstRect(image.get(), other);
     EXPECT_EQ(std::memcmp(&quads.dstQuad, other, sizeof other), 0);
     EXPECT_EQ(std::memcmp(&quads.srcQuad, own, sizeof own), 0);

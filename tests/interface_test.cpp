@@ -153,8 +153,12 @@ TEST(Guards, PixelsMustCoverTheExtents) {
         palette->setExtents(width, height);
         EXPECT_EQ(hasPixels(*palette), fits) << width << " x " << height;
     }
-    std::free(rgb->ownData());
-    EXPECT_FALSE(hasPixels(*rgb));
+    bilevel->setExtents(10, 3);
+    palette->setExtents(10, 3);
+    for (void* block : {static_cast<void*>(bilevel->ownData()), static_cast<void*>(palette->ownData()), static_cast<void*>(rgb->ownData())}) std::free(block);
+    EXPECT_FALSE(hasPixels(*bilevel) || hasPixels(*palette) || hasPixels(*rgb));
+    palette.reset(CImg8::create());
+    EXPECT_FALSE(hasPixels(*palette));
 }
 
 TEST(Guards, AnEmptyImageLikeAnother) {

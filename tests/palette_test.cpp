@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 using Image = std::unique_ptr<CImg8>;
@@ -63,6 +64,7 @@ TEST(Palette, TransferCopiesAndForgetsTheCallersBlockKept) {
     EXPECT_EQ(image->transferData(&data, 4), ImgErrNone);
     EXPECT_EQ(std::memcmp(image->peekData(), bytes, 4), 0);
     EXPECT_EQ(image->transferData(nullptr, 4), ImgErrCreate);
+    EXPECT_EQ(image->dupData(nullptr, 4), ImgErrCreate);
 }
 
 TEST(Palette, OwnDataLeavesNoRows) {
@@ -94,6 +96,11 @@ TEST(Palette, HoldsACopyOfTheUsedPartOfAMap) {
         EXPECT_EQ(copy->capacity, 4) << "Kept: the map outlives the image";
         delete copy;
     }
+    ColorMapEntry* const entries = std::exchange(map.entries, nullptr);
+    const Image image(CImg8::create(1, 1, &map, ImgAlignNone));
+    EXPECT_EQ(image->getColorMap()->count, 0);
+    map.entries = entries;
+    delete image->getColorMap();
 }
 
 TEST(Palette, BackgroundIsNotKnownByAskingKept) {

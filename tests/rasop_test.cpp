@@ -142,7 +142,7 @@ TYPED_TEST_SUITE(RasOp, PixelKinds);
 
 TYPED_TEST(RasOp, PlacesMustLieInsideWithoutWrapping) {
     const Picture zeros(16, 4), ones(8, 2, kWhole<TypeParam>);
-    const auto second = imageOf<TypeParam>(ones, ImgAlignNone);
+    auto second = imageOf<TypeParam>(ones, ImgAlignNone);
     const auto resultAt = [&](std::uint32_t column, std::uint32_t row, ImgErr expected) {
         const auto image = imageOf<TypeParam>(zeros, ImgAlignNone);
         RasOpXfmAttr attr = at(column, row);
@@ -158,6 +158,10 @@ TYPED_TEST(RasOp, PlacesMustLieInsideWithoutWrapping) {
     EXPECT_EQ(resultAt(8, 3, ImgErrBadArgument), zeros);
     EXPECT_EQ(resultAt(0xFFFFFFFF, 0, ImgErrBadArgument), zeros);
     EXPECT_EQ(resultAt(0, 0xFFFFFFFF, ImgErrBadArgument), zeros);
+    second = imageOf<TypeParam>(Picture(17, 1), ImgAlignNone);
+    EXPECT_EQ(resultAt(0, 0, ImgErrBadArgument), zeros) << "wider than its place";
+    second = imageOf<TypeParam>(Picture(1, 5), ImgAlignNone);
+    EXPECT_EQ(resultAt(0, 0, ImgErrBadArgument), zeros) << "higher";
 }
 
 TYPED_TEST(RasOp, OtherCodesChangeNothing) {
@@ -186,6 +190,8 @@ TYPED_TEST(RasOp, OtherKindsAndImagesWithoutPixelsAreRefused) {
     image->doRasOpInPlace(RasOpCopy, attr, *second);
     EXPECT_EQ(CImgErr::get(), ImgErrBadArgument);
     second->doRasOpInPlace(RasOpCopy, attr, *image);
+    second->doRasOpInPlace(RasOpFill, false, 0, 1);
+    second->doRasOpInPlace(RasOpFill, true, 0, 1);
     EXPECT_EQ(pictureOf(image.get()), picture);
 }
 

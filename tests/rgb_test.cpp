@@ -45,8 +45,13 @@ TEST(Rgb, LongerDataAreAcceptedAndCutKept) {
     EXPECT_EQ(pixelsOf(*image), (Pixels{2, 3, 4, 5}));
     EXPECT_EQ(image->transferData(&data, 15), ImgErrCreate);
     EXPECT_EQ(data, pixels);
+    EXPECT_EQ(image->transferData(nullptr, 24), ImgErrCreate);
+    EXPECT_EQ(image->dupData(nullptr, 24), ImgErrCreate);
     EXPECT_EQ(image->transferData(&data, 24), ImgErrNone);
     EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(pixelsOf(*image), (Pixels{1, 2, 3, 4}));
+    data = image->peekData();  // its own block
+    EXPECT_EQ(image->transferData(&data, 16), ImgErrNone);
     EXPECT_EQ(pixelsOf(*image), (Pixels{1, 2, 3, 4}));
     ImgULong* block = image->ownData();
     EXPECT_EQ(image->peekDataArray(), nullptr);
@@ -95,6 +100,8 @@ TEST(Rgb, WideningSkipsThePaddingOfRows) {
 
 TEST(Rgb, WideningTakesEveryLengthOfWholePixels) {
     auto bytes = numbered(3 * 600);
+    for (ImgULong longer : {0xC0000000u, 0xFFFFFFFFu})
+        EXPECT_TRUE(Image(CImg32::createFrom24(1, 1, bytes.data(), longer, ImgAlignNone, RGBOrderRGB, RGBOrderRGB)));
     for (ImgULong width = 1; width <= 600; ++width) {
         const Image image(
             CImg32::createFrom24(width, 1, bytes.data(), 3 * width, ImgAlignNone, RGBOrderRGB, RGBOrderRGB));

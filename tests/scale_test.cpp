@@ -298,9 +298,10 @@ TYPED_TEST(Scale, FactorsRoundUp) {
     EXPECT_EQ(size(101, 101, 0.5), Size(51, 51));
     EXPECT_EQ(size(10, 10, 0.1), Size(1, 1));
     EXPECT_EQ(size(100, 50, 1.1), Size(111, 56));  // the products are a little more than 110 and 55
-    for (double factor : {0.0, -0.0, -1.0, 1e10, std::numeric_limits<double>::infinity(),
+    for (double factor : {0.0, -0.0, -1.0, -429496729.5, 1e10, std::numeric_limits<double>::infinity(),
                           std::numeric_limits<double>::quiet_NaN()})
         EXPECT_EQ(size(10, 10, factor), Size(0, 0)) << factor;
+    for (std::size_t width : {1, 10}) EXPECT_EQ(size(width, 11 - width, 429496729.7), Size(0, 0)) << "2^32 + 1 pixels one way";
 }
 
 TYPED_TEST(Scale, RectanglesGiveTheirSizes) {
@@ -332,6 +333,7 @@ TYPED_TEST(Scale, WhatCannotBeReadIsRefused) {
     CImgErr::sm_errcode = ImgErrNone;
     EXPECT_EQ(image->scale(ImgRect(20, 20), 0, 10, bilevel), nullptr);
     EXPECT_EQ(image->scale(ImgRect(20, 20), 10, 0, grey), nullptr);
+    EXPECT_EQ(image->scale(ImgRect(20, 20), 0, 10, grey), nullptr);
     EXPECT_EQ(image->scale(ImgRect(20, 20), 0, 30, bilevel), nullptr);
     EXPECT_EQ(image->scale(ImgRect(20, 20), 30, 0, bilevel), nullptr);
     EXPECT_EQ(CImgErr::get(), ImgErrNone);

@@ -179,6 +179,7 @@ TEST(ShearTables, KeptTheFirstEntryIsAtTheLowEnd) {
 TEST(ShearTables, KeptTheFactorIsSlightlyMoreThanADegree) {
     const auto image = imageOf<CImg32>(Picture(100, 100), ImgAlignNone);
     EXPECT_EQ(tableOf(image->makeRotationYShearRoth(30 * kRadians), 1), std::vector{-25});
+    EXPECT_EQ(tableOf(image->makeRotationXShearRoth(-180 * kRadians), 1), std::vector{-1073741823}) << "held within 32 bits";
 }
 
 TEST(ShearTables, KeptOblongImagesRepeatTheCodeOfTheOtherDimension) {

@@ -64,6 +64,9 @@ TEST(BilevelSubImages, KeptFullSizesCopyTheWholeBlockWhereverTheyLie) {
         EXPECT_EQ(std::memcmp(part->peekData(), image->peekData(), image->getTotalBytes()), 0);
     }
     EXPECT_EQ(image->getLastError(), ImgErrNone);
+    const auto changed = imageOf<CImg1>(Picture(10, 10, 1), ImgAlignNone);
+    changed->setAlignment(ImgAlignDword);
+    EXPECT_TRUE(owned<CImg1>(changed->getSubImage(ImgRect(0, 0, 9, 9)))) << "a block longer than the source's";
 }
 
 TEST(BilevelSubImages, KeptPadBitsCarryThePixelsThatFollow) {
@@ -95,6 +98,9 @@ TEST(Inversion, ComplementsEveryByteInPlace) {
         EXPECT_EQ(image->invert(), image.get());
         for (std::size_t i = 0; i < before.size(); ++i) ASSERT_EQ(image->peekData()[i], before[i] ^ 0xFF) << i;
         EXPECT_EQ(image->getBackgroundColor(), 0u);
+        std::free(image->ownData());
+        EXPECT_EQ(image->invert(), image.get()) << "without pixels too";
+        EXPECT_EQ(CImgErr::get(), ImgErrBadArgument);
     }
 }
 

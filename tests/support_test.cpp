@@ -32,7 +32,7 @@ TEST(ColorMaps, StartWithAllEntriesBlackAndInUse) {
 }
 
 TEST(ColorMaps, ImpossibleCapacitiesGiveAnEmptyTable) {
-    for (ImgLong capacity : {ImgLong{0}, ImgLong{-1}, ImgLong{INT_MIN}, ImgLong{INT_MAX}}) {
+    for (ImgLong capacity : {ImgLong{0}, ImgLong{-1}, ImgLong{INT_MIN}, ImgLong{INT_MAX / 12 + 1}, ImgLong{INT_MAX}}) {
         const ColorMap map(capacity, 255);
         EXPECT_EQ(map.capacity, 0) << capacity;
         EXPECT_EQ(map.count, 0) << capacity;

@@ -97,7 +97,7 @@ TEST(Uncompress, KeptAKnownBlackBackgroundPaintsWhiteRunsWithTheirOffset) {
 
 TEST(Uncompress, RefusesRectanglesAndDestinations) {
     G4Image image = compressed(Picture(50, std::string(100, '0')), 64, 32);
-    const Bilevel result = blank(100, 50), narrow = blank(99, 50), low = blank(100, 49);
+    const Bilevel result = blank(100, 50), narrow = blank(96, 100), low = blank(100, 49);
     const auto refused = [&](CImg1* dest, const ImgRect& r) {
         CImgErr::sm_errcode = ImgErrNone;
         return !image->uncompress(dest, r) && CImgErr::get() == ImgErrBadArgument;
@@ -105,7 +105,7 @@ TEST(Uncompress, RefusesRectanglesAndDestinations) {
     EXPECT_TRUE(refused(result.get(), ImgRect(0, 0, 100, 49)));
     EXPECT_TRUE(refused(result.get(), ImgRect(50, 0, 20, 9))) << "unordered";
     EXPECT_TRUE(refused(nullptr, image->getRect()));
-    EXPECT_TRUE(refused(narrow.get(), ImgRect(100, 50)) || narrow->getBytesPerLine() * 8 >= 100);
+    EXPECT_TRUE(refused(narrow.get(), ImgRect(100, 50)));
     EXPECT_TRUE(refused(low.get(), ImgRect(100, 50)));
     std::free(result->ownData());
     EXPECT_TRUE(refused(result.get(), image->getRect()));

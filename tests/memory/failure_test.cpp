@@ -67,8 +67,25 @@ TEST(AllocationFailure, Factories) {
         delete iterator;
         return iterator != nullptr;
     });
-    end(bits);
-    end(rgb);
+    failEach("colour map", [] {
+        const ColorMap own(4, 255);
+        EXPECT_EQ(own.count + own.capacity, own.entries ? 8 : 0);
+        return own.entries != nullptr;
+    });
+    // Pixels given to an image that has none, and in place of those that it has.
+    CImg8* const palette = CImg8::create(20, 10, &map, ImgAlignByte);
+    failEach("bilevel refilled", [&] { return std::free(bits->ownData()), bits->dupData(bytes, 30) == ImgErrNone; });
+    failEach("palette refilled", [&] { return std::free(palette->ownData()), palette->dupData(bytes, 200) == ImgErrNone; });
+    failEach("RGB refilled", [&] { return std::free(rgb->ownData()), rgb->dupData(words, 800) == ImgErrNone; });
+    failEach("palette replaced", [&] {
+        unsigned char* data = bytes;
+        return palette->dupData(bytes, 200) == ImgErrNone && palette->transferData(&data, 200) == ImgErrNone;
+    });
+    failEach("RGB replaced", [&] {
+        ImgULong* data = words;
+        return rgb->dupData(words, 800) == ImgErrNone && rgb->transferData(&data, 800) == ImgErrNone;
+    });
+    for (IImg* image : {static_cast<IImg*>(bits), static_cast<IImg*>(palette), static_cast<IImg*>(rgb)}) end(image);
 }
 
 TEST(AllocationFailure, Transforms) {
@@ -220,7 +237,15 @@ TEST(AllocationFailure, Handles) {
         failEach("convert", [&] { return end(image->convert(image, &other)); });
         failEach("fill", [&] { return end(image->rasOp1(image, &fill, 1)); });
         combine.scaleFirst = 1;
+        for (double degrees : {90, 0}) {
+            ImgSetMirFlag(ImgSetRotation(image, degrees), 1);
+            failEach("render turned", [&] { return end(image->render(image, 30, 40, nullptr, 0, 0, 32)); });
+        }
         failEach("combine", [&] { return end(image->rasOp2(image, &combine, image)); });
+        combine.scaleFirst = 0;
+        combine.placed = 1;
+        failEach("paste", [&] { return end(image->rasOp2(image, &combine, image)); });
+        combine.placed = 0;
         end(image);
     }
 }
@@ -232,6 +257,13 @@ TEST(AllocationFailure, CompressedHandles) {
     const ImgConvertDesc colour{4, 1, nullptr};
     ImgHandle* image = ImgNew(ImgTypeTiffG4);
     ASSERT_TRUE(ImgCreateTiffG4(image, 40, 4, 40, 4, counts, tiles));
+    failEach("create", [&] {
+        ImgHandle* other = ImgNew(ImgTypeTiffG4);
+        const bool made = other && ImgCreateTiffG4(other, 40, 4, 40, 4, counts, tiles);
+        if (made) other->free(&other, tiles);
+        std::free(other);
+        return made;
+    }, 5);  // buffers that nothing reads
     failEach("render", [&] { return end(image->render(image, 20, 2, nullptr, 0, 0, 8)); });
     failEach("enlarge", [&] { return end(image->render(image, 90, 20, nullptr, 0, 0, 8)); });
     failEach("one way each", [&] { return end(image->render(image, 90, 2, nullptr, 0, 0, 8)); });

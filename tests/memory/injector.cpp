@@ -34,6 +34,7 @@ static bool mayAllocate() {
 extern "C" {
 void* __wrap_malloc(std::size_t bytes) { return mayAllocate() ? __real_malloc(bytes) : nullptr; }
 void* __wrap_calloc(std::size_t count, std::size_t bytes) { return mayAllocate() ? __real_calloc(count, bytes) : nullptr; }
+void* __wrap_realloc(void* block, std::size_t bytes) { return mayAllocate() ? __real_realloc(block, bytes) : nullptr; }
 void __wrap_free(void* block) {
     for (std::size_t i = 0; i < 8; ++i)
         if (block && block == watched[i]) wasReleased[i] = true;

@@ -22,5 +22,6 @@ void* watchedBlock(std::size_t i);
 extern "C" {
 void* __real_malloc(std::size_t bytes);
 void* __real_calloc(std::size_t count, std::size_t bytes);
+void* __real_realloc(void* block, std::size_t bytes);
 void __real_free(void* block);
 }

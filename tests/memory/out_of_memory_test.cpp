@@ -2,6 +2,7 @@
 
 #include "memory/injector.h"
 #include "support/handles.h"
+#include "tilepress/CImg1G4.h"
 #include "tilepress/Rothstein.h"
 #include "tilepress/ccitt.h"
 
@@ -18,6 +19,13 @@ TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
     std::int32_t reference[] = {0, 9, 9, 9}, coding[12], count = 0, byte = 0, bit = 1;
     std::uint16_t data[] = {0x8000};
     EXPECT_EQ(CCITT_G4Decode(reference, 4, 8, data, &byte, &bit, nullptr, coding, &count, 2), 6);
+    CImg1G4* const page = CImg1G4::create(8, 8, 8, 8, 0, 1, ImgAlignNone);
+    CImg1* const picture = CImg1::create(8, 8, 0, 1, ImgAlignNone);
+    EXPECT_TRUE(page->uncompress(picture, page->getRect()));
+    EXPECT_EQ(CImgErr::get(), ImgErrDecode);
+    page->releaseData();
+    delete page;
+    delete picture;
     CCITT_DisableG4Decode();
     EXPECT_EQ(CCITT_EnableG4Decode(), ImgErrNone);
     EXPECT_EQ(CCITT_G4Decode(reference, 4, 8, data, &byte, &bit, nullptr, coding, &count, 2), 0);
@@ -67,6 +75,12 @@ TEST(RothsteinMemory, KeptListsAreReleasedInPart) {
     for (std::size_t i = 0; i < 8; ++i) {
         EXPECT_EQ(heap::released(i), expected[i]) << i;
         if (!heap::released(i)) __real_free(heap::watchedBlock(i));
+    }
+    rothstein_code_struct last{};
+    for (rothstein_code_struct* next : {static_cast<rothstein_code_struct*>(nullptr), &last}) {
+        auto* const head = static_cast<rothstein_code_struct*>(__real_calloc(1, sizeof(rothstein_code_struct)));
+        head->next = next;
+        DestroyRothsteinList(head);  // a list without a ring ends too
     }
 }
 
