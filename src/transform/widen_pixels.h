@@ -18,7 +18,7 @@ namespace tilepress {
 
 /// Sixteen bytes of a wider row: the byte of the narrow row that they are taken from, and each one's distance from it.
 struct ByteShuffle {
-    alignas(16) unsigned char places[16];
+    unsigned char places[16];  // not aligned: 32-bit Windows gives blocks at multiples of 8
     std::size_t from, to;
 };
 
@@ -27,7 +27,7 @@ struct ByteShuffle {
                                                   const ByteShuffle* shuffles, std::size_t count) {
     for (const ByteShuffle* const end = shuffles + count; shuffles < end; ++shuffles) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + shuffles->from));
-        const __m128i places = _mm_load_si128(reinterpret_cast<const __m128i*>(shuffles->places));
+        const __m128i places = _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles->places));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + shuffles->to), _mm_shuffle_epi8(bytes, places));
     }
 }
