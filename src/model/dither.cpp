@@ -86,8 +86,8 @@ struct Diffusion::Octet {
         for (std::size_t k = 0; k < kLanes; ++k) columns[k] = other[k];
     }
 
-    /// Takes a step in the rows `within` the picture; all ones where the result is light. The first row takes from carry[15], the last one gives to
-    /// carry[0], which is that many columns behind.
+    /// Takes a step in the rows `within` the picture; all ones where the result is light. The first row takes from
+    /// carry[15], the last one gives to carry[0], which is that many columns behind.
     template <class... Within>
     Shorts8 diffuse(Shorts8 tones, std::int16_t* carry, Within... within) {
         const Shorts8 value = tones + Shorts8{carry[2 * kLanes - 1]} + right +
