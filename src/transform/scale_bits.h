@@ -79,7 +79,8 @@ public:
             !src_.reserve(std::uint64_t{packedWords(width_)} + 2))  // what bitsAt reads after the last bit
             return false;
         if (doubles()) return true;
-        if (!lasts_.prepare(newWidth_) || !inner_.reserve(2 * std::uint64_t{lasts_.pairs()}) || !out_.reserve(2 * std::uint64_t{lasts_.pairs()}))
+        if (!lasts_.prepare(newWidth_) || !inner_.reserve(2 * std::uint64_t{lasts_.pairs()}) ||
+            !out_.reserve(2 * std::uint64_t{lasts_.pairs()}))
             return false;
         std::memset(inner_.get(), 0xFF, 16 * lasts_.pairs());
         forEachMark(newWidth_, width_, [this](std::uint32_t first, std::uint32_t run, std::uint32_t) {

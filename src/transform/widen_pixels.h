@@ -50,7 +50,9 @@ public:
 
     void widen(Pixel* dst, const Pixel* src) const {
         if (doubles()) doublePixels(dst, src, width_);
-        else if (shuffles_) shuffleBytes(reinterpret_cast<unsigned char*>(dst), reinterpret_cast<const unsigned char*>(src), shuffles_.get(), count_);
+        else if (shuffles_)
+            shuffleBytes(reinterpret_cast<unsigned char*>(dst), reinterpret_cast<const unsigned char*>(src),
+                         shuffles_.get(), count_);
         else repeatPixels(dst, src, starts_.get(), width_);
     }
 
