@@ -1,7 +1,19 @@
+#include "support/expose.h"
 #include "support/g4_images.h"
+#include "tilepress/ccitt.h"
 #include "tilepress/CImg32.h"
 
 #include <gtest/gtest.h>
+
+namespace support {
+
+struct Reduce1G4 {
+    using Type = CImg1* (CImg1G4::*)(ImgULong, ImgULong, const ImgRect&);
+    friend Type workerOf(Reduce1G4);
+};
+template struct Expose<Reduce1G4, &CImg1G4::Reduce>;
+
+}  // namespace support
 
 using namespace support;
 
@@ -142,6 +154,37 @@ TEST(ScaleWhileDecoding, RefusalsAndCorruptTiles) {
     G4Image overlapping = makeG4(8, 1, 8, 1, tiles);
     overlapping->setBackgroundColor(0);
     EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*scaled(*overlapping, ImgRect(8, 1), 1, 1, 32))), std::vector<ImgULong>{0});
+}
+
+// --- the worker that no request reaches -------------------------------------------------
+
+// Cell k of n begins at ceil(k * size / n), and its first pixel is taken as it stands.
+TEST(ScaleWhileDecoding, PlainReductionsTakeBitsAsTheyAre) {
+    std::mt19937 random(6);
+    for (int round = 0; round < 300; ++round) {
+        const auto width = static_cast<ImgULong>(1 + random() % 150), height = static_cast<ImgULong>(1 + random() % 40);
+        const Picture picture = randomPicture(random, width, height, random() % 100);
+        G4Image image = compressed(picture, static_cast<ImgULong>(1 + random() % (width + 10)),
+                                   static_cast<ImgULong>(1 + random() % (height + 5)));
+        if (round % 3 > 0) image->setBackgroundColor(round % 3 - 1);
+        const int left = static_cast<int>(random() % width), top = static_cast<int>(random() % height);
+        const ImgRect r(left, top, static_cast<int>(width) - 1, static_cast<int>(height) - 1);
+        const ImgULong w = r.getWidth(), h = r.getHeight();
+        const auto newWidth = static_cast<ImgULong>(1 + random() % w), newHeight = static_cast<ImgULong>(1 + random() % h);
+        Picture expected(newHeight, std::string(newWidth, '0'));
+        for (ImgULong y = 0; y < newHeight; ++y)
+            for (ImgULong x = 0; x < newWidth; ++x)
+                expected[y][x] = picture[top + (y * h + newHeight - 1) / newHeight][left + (x * w + newWidth - 1) / newWidth];
+        const std::unique_ptr<CImg1> result((image.get()->*workerOf(Reduce1G4{}))(newWidth, newHeight, r));
+        CCITT_DisableG4Decode();
+        ASSERT_TRUE(result);
+        ASSERT_EQ(pictureOf(*result), expected) << width << "x" << height << " to " << newWidth << "x" << newHeight;
+        const unsigned char lastByte = result->peekData()[result->getBytesPerLine() - 1];
+        EXPECT_EQ(lastByte & (result->getPadBits() > 0), image->getBackgroundColor() && result->getPadBits() > 0) << "padding";
+    }
+    G4Image image = compressed(Picture(4, "0110"), 4, 4);
+    EXPECT_EQ((image.get()->*workerOf(Reduce1G4{}))(5, 4, image->getRect()), nullptr);
+    EXPECT_EQ(CImgErr::get(), ImgErrBadArgument);
 }
 
 // Nothing that a tile holds may read or write outside a buffer, or hang.

@@ -1,3 +1,4 @@
+#include "support/expose.h"
 #include "support/pictures.h"
 #include "tilepress/Rothstein.h"
 #include "transform/cells.h"
@@ -6,8 +7,34 @@
 #include <functional>
 #include <limits>
 
+namespace support {
+
+template <class Image, int which>
+struct Worker {
+    using Type = Image* (Image::*)(ImgULong, ImgULong, const ImgRect&);
+};
+struct Enlarge1 : Worker<CImg1, 0> { friend Type workerOf(Enlarge1); };
+struct Reduce1 : Worker<CImg1, 1> { friend Type workerOf(Reduce1); };
+struct ReduceInk1 : Worker<CImg1, 2> { friend Type workerOf(ReduceInk1); };
+struct ReduceInk8 : Worker<CImg8, 0> { friend Type workerOf(ReduceInk8); };
+struct ReduceInk32 : Worker<CImg32, 0> { friend Type workerOf(ReduceInk32); };
+struct QuickReduce1 {
+    using Type = CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong);
+    friend Type workerOf(QuickReduce1);
+};
+template struct Expose<Enlarge1, &CImg1::Enlarge>;
+template struct Expose<Reduce1, &CImg1::Reduce>;
+template struct Expose<ReduceInk1, &CImg1::Reduce_bkg>;
+template struct Expose<ReduceInk8, &CImg8::Reduce_bkg>;
+template struct Expose<ReduceInk32, &CImg32::Reduce_bkg>;
+template struct Expose<QuickReduce1, &CImg1::QuickReduce_bkg>;
+
+}  // namespace support
+
 namespace tilepress::test {
 namespace {
+
+using namespace support;
 
 ImgScaleAttr bilevel{1}, grey{32};
 
@@ -345,31 +372,6 @@ TEST(Scale, KeptAOneRowImageHasNoCopyOfItself) {
 }
 
 // --- workers that no request reaches ----------------------------------------------------
-
-/// Lets the tests call a private worker.
-template <class Name, typename Name::Type worker>
-struct Expose {
-    friend typename Name::Type workerOf(Name) { return worker; }
-};
-template <class Image, int which>
-struct Worker {
-    using Type = Image* (Image::*)(ImgULong, ImgULong, const ImgRect&);
-};
-struct Enlarge1 : Worker<CImg1, 0> { friend Type workerOf(Enlarge1); };
-struct Reduce1 : Worker<CImg1, 1> { friend Type workerOf(Reduce1); };
-struct ReduceInk1 : Worker<CImg1, 2> { friend Type workerOf(ReduceInk1); };
-struct ReduceInk8 : Worker<CImg8, 0> { friend Type workerOf(ReduceInk8); };
-struct ReduceInk32 : Worker<CImg32, 0> { friend Type workerOf(ReduceInk32); };
-struct QuickReduce1 {
-    using Type = CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong);
-    friend Type workerOf(QuickReduce1);
-};
-template struct Expose<Enlarge1, &CImg1::Enlarge>;
-template struct Expose<Reduce1, &CImg1::Reduce>;
-template struct Expose<ReduceInk1, &CImg1::Reduce_bkg>;
-template struct Expose<ReduceInk8, &CImg8::Reduce_bkg>;
-template struct Expose<ReduceInk32, &CImg32::Reduce_bkg>;
-template struct Expose<QuickReduce1, &CImg1::QuickReduce_bkg>;
 
 TEST(ScaleWorkers, TheWrongDirectionGivesNothing) {
     const auto image = imageOf<CImg1>(Picture(10, 10), ImgAlignNone);
