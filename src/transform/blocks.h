@@ -4,6 +4,7 @@
 // whole picture in steps that the caches hold.
 
 #include "foundation/lanes.h"
+#include "foundation/row_writer.h"
 #include "transform/bit_rows.h"
 #include "transform/rows.h"
 
@@ -35,19 +36,19 @@ struct TableRows {
     Pixel* operator[](std::size_t row) const { return first[static_cast<std::ptrdiff_t>(row) * step]; }
 };
 
-/// to[x + r][y + c] = from[y + c][x + r] for the 16 bytes that a register holds of each row.
-inline void turnBlock(const TableRows<unsigned char>& to, const TableRows<unsigned char>& from, std::size_t x,
+/// to[r * stride + c] = from[y + c][x + r] for the 16 bytes that a register holds of each row.
+inline void turnBlock(unsigned char* to, std::size_t stride, const TableRows<unsigned char>& from, std::size_t x,
                       std::size_t y) {
     Bytes16 rows[16];
 #pragma GCC unroll 16
     for (std::size_t i = 0; i < 16; ++i) rows[i] = loadLanes<Bytes16>(from[y + i] + x);
     transposeBytes(rows);
 #pragma GCC unroll 16
-    for (std::size_t i = 0; i < 16; ++i) storeLanes(to[x + i] + y, rows[i]);
+    for (std::size_t i = 0; i < 16; ++i) storeLanes(to + i * stride, rows[i]);
 }
 
 template <class Pixel>
-inline void turnBlock(const TableRows<Pixel>& to, const TableRows<Pixel>& from, std::size_t x, std::size_t y) {
+inline void turnBlock(Pixel* to, std::size_t stride, const TableRows<Pixel>& from, std::size_t x, std::size_t y) {
     static_assert(sizeof(Pixel) == 4);
     const Words4 row0 = loadLanes<Words4>(from[y] + x), row1 = loadLanes<Words4>(from[y + 1] + x);
     const Words4 row2 = loadLanes<Words4>(from[y + 2] + x), row3 = loadLanes<Words4>(from[y + 3] + x);
@@ -55,33 +56,39 @@ inline void turnBlock(const TableRows<Pixel>& to, const TableRows<Pixel>& from, 
     const Words4 left23 = __builtin_shufflevector(row2, row3, 0, 4, 1, 5);
     const Words4 right01 = __builtin_shufflevector(row0, row1, 2, 6, 3, 7);
     const Words4 right23 = __builtin_shufflevector(row2, row3, 2, 6, 3, 7);
-    storeLanes(to[x] + y, __builtin_shufflevector(left01, left23, 0, 1, 4, 5));
-    storeLanes(to[x + 1] + y, __builtin_shufflevector(left01, left23, 2, 3, 6, 7));
-    storeLanes(to[x + 2] + y, __builtin_shufflevector(right01, right23, 0, 1, 4, 5));
-    storeLanes(to[x + 3] + y, __builtin_shufflevector(right01, right23, 2, 3, 6, 7));
+    storeLanes(to, __builtin_shufflevector(left01, left23, 0, 1, 4, 5));
+    storeLanes(to + stride, __builtin_shufflevector(left01, left23, 2, 3, 6, 7));
+    storeLanes(to + 2 * stride, __builtin_shufflevector(right01, right23, 0, 1, 4, 5));
+    storeLanes(to + 3 * stride, __builtin_shufflevector(right01, right23, 2, 3, 6, 7));
 }
 
 /// to[x][y] = from[y][x] for every pixel of `width` by `height` source pixels.
 ///
-/// In tiles of a cache line's width and of as many rows as leave the processor's address tables room for the
-/// destination's, each on a page of its own; while a tile is turned, the lines of the next one are fetched.
+/// In tiles of few columns and many rows, which are turned in a buffer that the nearest cache holds and then leave it as
+/// long stretches of destination rows; those need not begin where a register's bytes or a cache line do. While a tile is
+/// turned, the lines of the next one are fetched.
 template <class Pixel>
     requires kFillsLanes<Pixel>
 inline void transposePixels(const TableRows<Pixel>& to, const TableRows<Pixel>& from, std::size_t width,
                             std::size_t height) {
-    constexpr std::size_t side = 16 / sizeof(Pixel), tileWidth = 4 * side, tileHeight = 256;
+    constexpr std::size_t side = 16 / sizeof(Pixel), tileWidth = 2 * side, tileHeight = 1024;
+    constexpr std::size_t stride = tileHeight + 4 * side;  // rows side by side in the cache, not in each other's place
+    alignas(64) Pixel tile[tileWidth * stride];
+    const RowWriter writer(std::uint64_t{width} * height * sizeof(Pixel));
     const std::size_t wholeColumns = width / side * side, wholeRows = height / side * side;
-    const auto turnTile = [&](std::size_t left, std::size_t top) {
-        const std::size_t next = std::min(left + tileWidth, width - 1);
-        for (std::size_t x = left; x < std::min(left + tileWidth, wholeColumns); x += side)
-            for (std::size_t y = top; y < std::min(top + tileHeight, wholeRows); y += side) {
-                const std::size_t ahead = y + (x - left) / 4;  // a quarter of the rows for each of four columns
-                for (std::size_t n = 0; n < side / 4; ++n) __builtin_prefetch(from[ahead + n] + next);
-                turnBlock(to, from, x, y);
-            }
-    };
-    for (std::size_t top = 0; top < wholeRows; top += tileHeight)
-        for (std::size_t left = 0; left < wholeColumns; left += tileWidth) turnTile(left, top);
+    for (std::size_t top = 0; top < wholeRows; top += tileHeight) {
+        const std::size_t rows = std::min(tileHeight, wholeRows - top);
+        for (std::size_t left = 0; left < wholeColumns; left += tileWidth) {
+            const std::size_t columns = std::min(tileWidth, wholeColumns - left), next = std::min(left + tileWidth, width - 1);
+            for (std::size_t x = 0; x < columns; x += side)
+                for (std::size_t y = 0; y < rows; y += side) {
+                    const std::size_t ahead = top + y + x / 2;  // half of the rows for each of two blocks
+                    for (std::size_t n = 0; n < side / 2; ++n) __builtin_prefetch(from[ahead + n] + next);
+                    turnBlock(tile + x * stride + y, stride, from, left + x, top + y);
+                }
+            for (std::size_t x = 0; x < columns; ++x) writer.write(to[left + x] + top, tile + x * stride, rows * sizeof(Pixel));
+        }
+    }
 
     for (std::size_t y = 0; y < height; ++y)
         for (std::size_t x = y < wholeRows ? wholeColumns : 0; x < width; ++x) to[x][y] = from[y][x];
