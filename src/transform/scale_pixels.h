@@ -3,6 +3,7 @@
 // Areas of pixels enlarged and reduced.
 
 #include "foundation/heap.h"
+#include "foundation/row_writer.h"
 #include "transform/rows.h"
 #include "transform/runs.h"
 #include "transform/widen_pixels.h"
@@ -16,9 +17,16 @@ template <class Pixel>
 bool enlargePixels(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
     PixelWidener<Pixel> widener(from.width, to.width);
     if (!widener.prepare()) return false;
-    // Widening again costs less than reading the wide row that has just been written.
+    const std::size_t rowBytes = std::size_t{to.width} * sizeof(Pixel);
+    const RowWriter writer(std::uint64_t{rowBytes} * to.height);
     forEachMark(to.height, from.height, [&](std::uint32_t first, std::uint32_t copies, std::uint32_t y) {
-        for (std::uint32_t copy = 0; copy < copies; ++copy) widener.widen(to[first + copy], from[y]);
+        // A second row, and any of bytes, is sooner widened again than copied from the one that has just been written.
+        const bool copied = sizeof(Pixel) > 1 && copies > 2;
+        widener.widen(to[first], from[y]);
+        for (std::uint32_t row = first + 1; row < first + copies; ++row) {
+            if (copied) writer.write(to[row], to[first], rowBytes);
+            else widener.widen(to[row], from[y]);
+        }
     });
     return true;
 }
