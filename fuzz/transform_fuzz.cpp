@@ -72,7 +72,10 @@ void transform(Input& in, IImg& image, IImg& other) {
     case 5: image.doRasOpInPlace(op, in.u8() % 2, in.u32(), in.u32()); break;
     case 6: {
         IntPtT ends[2];
-        for (IntPtT& p : ends) p = {static_cast<std::int32_t>(in.u8() > 250 ? in.u32() : in.below(400)) - 100, static_cast<std::int32_t>(in.below(400)) - 100};
+        for (IntPtT& p : ends) {
+            const std::uint32_t x = in.u8() > 250 ? in.u32() : in.below(400), y = in.below(400);
+            p = {static_cast<std::int32_t>(x - 100), static_cast<std::int32_t>(y - 100)};
+        }
         image.drawLines(&ends[0], &ends[1], in.u8() % 2);
         break;
     }
