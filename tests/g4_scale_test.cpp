@@ -156,6 +156,43 @@ TEST(ScaleWhileDecoding, RefusalsAndCorruptTiles) {
     EXPECT_EQ(pixelsOf(static_cast<CImg32&>(*scaled(*overlapping, ImgRect(8, 1), 1, 1, 32))), std::vector<ImgULong>{0});
 }
 
+// Whether the background is known before the walk or found by it, also where a damaged tile's runs come in any order.
+TEST(ScaleWhileDecoding, DarkPagesComeOutTheSameHoweverTheirBackgroundIsFound) {
+    std::mt19937 random(7);
+    int damaged = 0;
+    for (int round = 0; round < 2000; ++round) {
+        const auto width = static_cast<ImgULong>(8 + random() % 90), height = static_cast<ImgULong>(2 + random() % 20);
+        const auto tileWidth = static_cast<ImgULong>(8 + random() % 64), tileHeight = static_cast<ImgULong>(1 + random() % 16);
+        std::vector<Bytes> tiles = tilesOf(randomPicture(random, width, height, 75 + random() % 25), tileWidth, tileHeight);
+        Bytes& tile = tiles[random() % tiles.size()];
+        const bool spoilt = round % 4 > 0;
+        if (spoilt) tile[random() % tile.size()] ^= static_cast<unsigned char>(1 << random() % 8);
+        const auto newWidth = static_cast<ImgULong>(1 + random() % (width / 2)), newHeight = static_cast<ImgULong>(1 + random() % height);
+        G4Image found = makeG4(width, height, tileWidth, tileHeight, tiles), known = makeG4(width, height, tileWidth, tileHeight, tiles);
+        known->setBackgroundColor(1);
+        CImgErr::sm_errcode = ImgErrNone;
+        const auto result = scaled(*found, found->getRect(), newWidth, newHeight, 1);
+        if (CImgErr::get() != ImgErrNone || found->getBackgroundColor() == 0) continue;
+        damaged += spoilt;
+        const auto expected = scaled(*known, known->getRect(), newWidth, newHeight, 1);
+        ASSERT_EQ(pictureOf(static_cast<CImg1&>(*result)), pictureOf(static_cast<CImg1&>(*expected))) << round;
+    }
+    EXPECT_GT(damaged, 100);
+
+    // Tiles of eight pixels of which ten are counted: beside two white pixels, and below a white row.
+    const Bytes ten = exchanged(bits("001 00110101 00011 0000010 1"));
+    const auto ink = [](std::vector<Bytes> tiles, ImgULong width, ImgULong height, ImgULong newWidth) {
+        G4Image image = makeG4(width, height, 8, 1, tiles);
+        const auto result = scaled(*image, image->getRect(), newWidth, height, 1);
+        EXPECT_EQ(image->getBackgroundColor(), 1u);
+        return pictureOf(static_cast<CImg1&>(*result));
+    };
+    EXPECT_EQ(ink({ten, tilesOf({"11111100"}, 8, 1)[0]}, 16, 1, 1), Picture{"0"});
+    std::vector<Bytes> tiles(20, tilesOf({"00000000"}, 8, 1)[0]);
+    std::fill(tiles.begin() + 10, tiles.end() - 1, ten);
+    EXPECT_EQ(ink(tiles, 80, 2, 10), (Picture{"1111111111", "0000000001"}));
+}
+
 // --- the worker that no request reaches -------------------------------------------------
 
 // Cell k of n begins at ceil(k * size / n), and its first pixel is taken as it stands.

@@ -136,7 +136,7 @@ private:
     ImgErr decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info);
     ImgErr decode_reduce_scanline_grey(G4ScaleInfo* info);
     CImg1* reducedByCounts(CImg1* result, const ImgRect& rect);
-    CImg1* reducedBySpans(CImg1* result, const ImgRect& rect);
+    CImg1* reducedBySpans(CImg1* result, const ImgRect& rect, bool& again);
     CImg1* emptyResult(ImgULong newWidth, ImgULong newHeight);
     template <class OnRow, class OnBand> bool walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onBand);
     // g4image/turn.cpp

@@ -9,6 +9,7 @@
 #include "foundation/bits.h"
 #include "foundation/line.h"
 #include "g4image/toggled_row.h"
+#include "g4image/white_cells.h"
 #include "transform/cell_counter.h"
 #include "tilepress/CImg1G4.h"
 
@@ -27,11 +28,17 @@ public:
     tilepress::g4::ToggledRow* painted = nullptr;  ///< work row of the destination, clear between rows
     std::size_t rowBytes = 0;              ///< destination bytes that the work row covers
     const ImgULong* columns = nullptr;     ///< destination column of every source column
+    tilepress::g4::WhiteCells* white = nullptr;    ///< null, or what is to learn of the runs as well
     tilepress::CellCounter* cells = nullptr;
     std::uint64_t blackCount = 0;          ///< pixels painted in the last row
 };
 
 namespace tilepress::g4 {
+
+/// Whether a picture's background is 1.
+inline bool isDark(std::uint64_t black, std::uint64_t pixels) {
+    return !(static_cast<double>(black) / static_cast<double>(pixels) <= 0.55);
+}
 
 /// The element that ends the first run to paint.
 inline std::int32_t firstRun(const std::int32_t* list, const G4ScaleInfo& info) {

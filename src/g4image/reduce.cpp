@@ -39,8 +39,14 @@ bool CImg1G4::walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onB
 /// Sets the destination pixels whose cells a black pixel of the row touches.
 ImgErr CImg1G4::decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info) {
     const ImgULong* const columns = info->columns;
-    return paintRow(row, *info, [columns](std::size_t from, std::size_t to, auto paint) {
+    WhiteCells* const white = info->white;
+    const auto blackCells = [columns](std::size_t from, std::size_t to, auto paint) {
         paint(columns[from], std::size_t{columns[to - 1]} + 1);
+    };
+    if (!white) return paintRow(row, *info, blackCells);
+    return paintRow(row, *info, [=](std::size_t from, std::size_t to, auto paint) {
+        blackCells(from, to, paint);
+        white->addBlack(from, to);
     });
 }
 
@@ -55,28 +61,43 @@ ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
     });
 }
 
-/// Black ink, and the background where it is not known. Null when memory runs out.
-CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r) {
-    const ImgULong width = r.getWidth(), newWidth = result->getWidth();
+/// Black ink. Where the background is not known it is settled, and the ink is white if it is 1; only a damaged page keeps
+/// its black ink then, and needs another walk. Null when memory runs out.
+CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r, bool& again) {
+    const ImgULong width = r.getWidth(), newWidth = result->getWidth(), newHeight = result->getHeight();
     Heap<ImgULong> columns;
     ToggledRow painted;
+    WhiteCells white;
     if (!painted.prepare(newWidth) || !ownerTable(columns, width, newWidth)) return nullptr;
+    if (!backgroundKnown && !white.prepare(width, columns.get(), newWidth, newHeight)) return nullptr;
     G4ScaleInfo info(r);
     info.columns = columns.get();
     info.painted = &painted;
     info.rowBytes = packedBytes(newWidth);
+    info.white = backgroundKnown ? nullptr : &white;
     unsigned char* const pixels = result->peekData();
     const std::size_t bytesPerRow = result->getBytesPerLine();
-    std::uint64_t black = 0;
+    const std::uint64_t area = std::uint64_t{width} * r.getHeight();
+    std::uint64_t black = 0, walked = 0;
     const bool whole = walkBands(
-        r.getHeight(), result->getHeight(),
+        r.getHeight(), newHeight,
         [&](ImgULong band, ImgULong) {
             const ImgErr status = decode_reduce_scanline(pixels + band * bytesPerRow, &info);
             black += info.blackCount;
+            if (info.white) info.white->endRow(band);
             return status;
         },
-        [](ImgULong, ImgULong) {});
-    if (whole && !backgroundKnown) settleBackground(black, std::uint64_t{width} * r.getHeight());
+        [&](ImgULong, ImgULong rows) {
+            walked += std::uint64_t{width} * rows;
+            // White enough, whatever follows, but for damaged tiles that count a pixel twice.
+            if (!isDark(black + area - walked, area)) info.white = nullptr;
+        });
+    if (!whole || backgroundKnown) return result;
+    settleBackground(black, area);
+    if (backgroundColor == 0) return result;
+    again = !info.white || !white.isKnown();
+    for (ImgULong band = 0; !again && band < newHeight; ++band)
+        std::memcpy(pixels + band * bytesPerRow, white[band], info.rowBytes);
     return result;
 }
 
@@ -137,15 +158,11 @@ CImg1* CImg1G4::Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect&
         walkFailed();
         return result;
     }
-    const auto isDark = [this] { return backgroundKnown && backgroundColor != 0; };
-    bool done = false;
-    if (isDark()) {
-        done = reducedByCounts(result, r) != nullptr;
-    } else {
-        done = reducedBySpans(result, r) != nullptr;
-        // A page that turns out to be dark is walked again, so that the many others need no counts.
-        if (done && isDark()) done = PrepForDecode(r) && reducedByCounts(result, r);
-    }
+    bool again = false;
+    const bool whiteInk = backgroundKnown && backgroundColor != 0;
+    bool done = whiteInk || reducedBySpans(result, r, again);
+    if (done && again) done = PrepForDecode(r);
+    if (done && (whiteInk || again)) done = reducedByCounts(result, r) != nullptr;
     if (done) return result;
     delete result;
     imgRaise(ImgErrCreate);

@@ -55,8 +55,8 @@ void CImg1G4::walkFailed() {
     imgRaise(ImgErrDecode);
 }
 
-/// Records the background once it is known how many of `pixels` are black: 1 above 55 percent.
+/// Records the background once it is known how many of `pixels` are black.
 void CImg1G4::settleBackground(std::uint64_t black, std::uint64_t pixels) {
-    backgroundColor = static_cast<double>(black) / static_cast<double>(pixels) <= 0.55 ? 0 : 1;
+    backgroundColor = isDark(black, pixels) ? 1 : 0;
     backgroundKnown = true;
 }
