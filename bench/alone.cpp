@@ -1,5 +1,6 @@
-// tilepress_alone [PAGE.pbm]: this library alone on a page drawn here or a raw PBM file, without a peer, so that it can be
-// built for any target. Prints one line an operation: name, tab, nanoseconds a pixel (a code for rows), least of many calls.
+// tilepress_alone [PAGE.pbm]: this library alone on a page drawn here or a raw PBM file, without a peer, so that it can
+// be built for any target. Prints one line an operation: name, tab, nanoseconds a pixel (a code for rows), least of
+// many calls.
 //
 // tilepress_alone --sizes: the same for pages of 1 to 250 million pixels that repeat the page drawn here, with the
 // kilobytes by which the process's peak grows while the coded page is reduced.
@@ -112,7 +113,8 @@ void reportCoded(const bench::Bitmap& page, double pixels) {
 }
 
 void reportImage(IImg& image, const std::string& kind, double pixels) {
-    const ImgULong width = image.getWidth(), height = image.getHeight(), depth = image.getType() == ImageTypeRGB ? 32 : 1;
+    const ImgULong width = image.getWidth(), height = image.getHeight(),
+                   depth = image.getType() == ImageTypeRGB ? 32 : 1;
     const auto named = [&](const char* operation, auto work) { report((operation + kind).c_str(), pixels, work); };
     named("turn left, ", [&] { Result(image.rotate(90)); });
     named("turn by 180, ", [&] { Result(image.rotate(180)); });
@@ -134,7 +136,8 @@ bench::Bitmap repeatedPage(const bench::Bitmap& page, std::uint32_t width, std::
 
 void reportSizes(const bench::Bitmap& page) {
     const std::pair<std::uint32_t, std::uint32_t> sizes[] = {{1000, 1000}, {2480, 4032}, {7440, 13440}, {12400, 20160}};
-    std::printf("| pixels | encode | decode | grey tenth | ink tenth | peak of both, KB |\n|---|---|---|---|---|---|\n");
+    std::printf(
+        "| pixels | encode | decode | grey tenth | ink tenth | peak of both, KB |\n|---|---|---|---|---|---|\n");
     for (const auto& [width, height] : sizes) {
         bench::Bitmap bitmap = repeatedPage(page, width, height);
         const double pixels = double(width) * height;
@@ -203,9 +206,9 @@ int main(int argc, char** argv) {
     }
     const double pixels = double(page.width) * page.height;
     reportCoded(page, pixels);
-    const std::unique_ptr<CImg1> bits(CImg1::create(page.width, page.height, const_cast<unsigned char*>(page.bits.data()),
-                                                    static_cast<ImgULong>(page.bits.size()), 0xFFFFFF, 0,
-                                                    ImgAlignNone));
+    const std::unique_ptr<CImg1> bits(
+        CImg1::create(page.width, page.height, const_cast<unsigned char*>(page.bits.data()),
+                      static_cast<ImgULong>(page.bits.size()), 0xFFFFFF, 0, ImgAlignNone));
     reportImage(*bits, "1 bit", pixels);
     report("grey tenth, 1 bit", pixels, [&] { scaled(*bits, page.width / 10, page.height / 10, 32); });
     const std::unique_ptr<CImg8> palette(CImg8::create(*bits, nullptr, ImgAlignNone));

@@ -97,7 +97,8 @@ void addRowDecoding(const std::shared_ptr<Codec>& codec) {
     addPair(std::move(pair));
 }
 
-/// What a reduction or enlargement takes beside decoding to a bitmap and, where asked for, writing as many bytes as its result has.
+/// What a reduction or enlargement takes beside decoding to a bitmap and, where asked for, writing as many bytes as its
+/// result has.
 void addBesideDecode(const std::shared_ptr<Codec>& codec, const char* operation, std::function<void()> ours,
                      std::size_t outputBytes) {
     const auto dest = emptyPage(*codec);

@@ -38,14 +38,10 @@ struct Arguments {
     Arguments(int argc, char** argv) : options{argv[0], minTime.data()} {
         for (int k = 1; k < argc; ++k) {
             const std::string_view argument = argv[k];
-            if (argument == "--memory")
-                times = false;
-            else if (argument == "--times")
-                memory = false;
-            else if (argument.starts_with("-"))
-                options.push_back(argv[k]);
-            else
-                files.emplace_back(argument);
+            if (argument == "--memory") times = false;
+            else if (argument == "--times") memory = false;
+            else if (argument.starts_with("-")) options.push_back(argv[k]);
+            else files.emplace_back(argument);
         }
     }
 };

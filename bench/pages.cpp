@@ -53,10 +53,8 @@ Page rawPage(TIFF* tiff, const Format& format) {
     for (std::uint32_t k = 0; k < count; ++k) {
         Bytes bytes(static_cast<std::size_t>(TIFFGetStrileByteCount(tiff, k)));
         const auto size = static_cast<tmsize_t>(bytes.size());
-        if (page.tiled)
-            TIFFReadRawTile(tiff, k, bytes.data(), size);
-        else
-            TIFFReadRawStrip(tiff, k, bytes.data(), size);
+        if (page.tiled) TIFFReadRawTile(tiff, k, bytes.data(), size);
+        else TIFFReadRawStrip(tiff, k, bytes.data(), size);
         if (format.fillOrder == FILLORDER_LSB2MSB) TIFFReverseBits(bytes.data(), size);
         page.tiles.push_back(std::move(bytes));
     }
@@ -69,10 +67,8 @@ Bitmap decodedRows(TIFF* tiff, const Page& page) {
     Bytes tile(static_cast<std::size_t>(page.tiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff)));
     for (std::uint32_t k = 0; k < page.tiles.size(); ++k) {
         std::fill(tile.begin(), tile.end(), static_cast<unsigned char>(0));
-        if (page.tiled)
-            TIFFReadEncodedTile(tiff, k, tile.data(), static_cast<tmsize_t>(tile.size()));
-        else
-            TIFFReadEncodedStrip(tiff, k, tile.data(), static_cast<tmsize_t>(tile.size()));
+        if (page.tiled) TIFFReadEncodedTile(tiff, k, tile.data(), static_cast<tmsize_t>(tile.size()));
+        else TIFFReadEncodedStrip(tiff, k, tile.data(), static_cast<tmsize_t>(tile.size()));
         placeTile(page, k, tile.data(), bitmap);
     }
     bitmap.clearSpareBits();
@@ -128,10 +124,7 @@ PagePtr coded(std::string name, Bitmap bitmap) {
 }
 
 CodedTiles::CodedTiles(const Page& page)
-    : width_(page.bitmap.width),
-      height_(page.bitmap.height),
-      tileWidth_(page.tileWidth),
-      tileHeight_(page.tileHeight),
+    : width_(page.bitmap.width), height_(page.bitmap.height), tileWidth_(page.tileWidth), tileHeight_(page.tileHeight),
       words_(page.tiles) {
     for (Bytes& bytes : words_) {
         if (bytes.size() % 2) bytes.push_back(0);

@@ -76,10 +76,8 @@ MemoryTiff::MemoryTiff(const Page& page) {
         }
         unsigned char empty[2] = {};
         for (std::uint32_t k = 0; k < page.tiles.size(); ++k) {
-            if (page.tiled)
-                TIFFWriteRawTile(out.get(), k, empty, 2);
-            else
-                TIFFWriteRawStrip(out.get(), k, empty, 2);
+            if (page.tiled) TIFFWriteRawTile(out.get(), k, empty, 2);
+            else TIFFWriteRawStrip(out.get(), k, empty, 2);
         }
     }
     tiff_ = file_.open("rm");

@@ -54,10 +54,8 @@ void check(Entry& entry) {
     if (entry.sameness != Sameness::unknown) return;
     runOurs(entry.pair);
     runPeer(entry.pair);
-    if (!entry.pair.same)
-        entry.sameness = Sameness::notExpected;
-    else
-        entry.sameness = entry.pair.same() ? Sameness::same : Sameness::differs;
+    if (!entry.pair.same) entry.sameness = Sameness::notExpected;
+    else entry.sameness = entry.pair.same() ? Sameness::same : Sameness::differs;
 }
 
 /// Every iteration runs both sides, in alternating order, so that a slow moment of the machine meets both.
@@ -151,7 +149,8 @@ public:
 
     void Finalize() override {
         std::printf(
-            "\nNanoseconds a pixel and the peer's time divided by ours, geometric means over the pages, and the goal for\n"
+            "\nNanoseconds a pixel and the peer's time divided by ours, geometric means over the pages, and the goal "
+            "for\n"
             "the latter (for each page).\n\n"
             "| %-24s | %-42s | %8s | %8s | %6s | %-14s | %-11s | met |\n|---|---|---|---|---|---|---|---|\n",
             "operation", "peer", "ours", "peer's", "ratio", "of all pages", "goal");

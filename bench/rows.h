@@ -22,7 +22,9 @@ public:
     }
 
     /// False where a row could not be decoded.
-    bool decode() { return decode([] {}); }
+    bool decode() {
+        return decode([] {});
+    }
 
     /// Codes of the page: pass, vertical and horizontal.
     double codes() {

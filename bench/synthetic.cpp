@@ -87,8 +87,7 @@ void character(Pen& pen, int shape, Point at, int height, int stroke) {
         const auto place = [&] { return Point{at.x + random.next(3) * width / 2, at.y + random.next(3) * height / 2}; };
         if (random.next(4) == 0)
             pen.circle({at.x + width / 2, at.y + height / 2 + random.next(2) * height / 4}, width / 3, stroke);
-        else
-            pen.line(place(), place(), stroke);
+        else pen.line(place(), place(), stroke);
     }
 }
 

@@ -156,14 +156,17 @@ void addRasterInPlace(const PicturePtr& page, const char* operation, ImgULong co
         raster->image->doRasOpInPlace(RasOpCopy, attr, *raster->page->image);
     };
     const int code = transparent ? PIX_SRC | PIX_DST : PIX_SRC;
-    pair.peer = [raster, column, code] { lay(raster->pix.get(), static_cast<int>(column), raster->page->pix.get(), code); };
+    pair.peer = [raster, column, code] {
+        lay(raster->pix.get(), static_cast<int>(column), raster->page->pix.get(), code);
+    };
     // Copying, the library treats the pixels of the first and last bytes by a rule of its own; joining, it drops what a
     // row's last byte moves out of itself.
     const Bitmap& bitmap = page->page->bitmap;
     bool drops = false;
     for (std::size_t y = 0; y < bitmap.height; ++y)
         drops = drops || (bitmap.row(y)[bitmap.rowBytes() - 1] & ((1u << column) - 1)) != 0;
-    if (transparent && !drops) pair.same = [raster] { return alike(bitmapOf(*raster->image), toBitmap(raster->pix.get())); };
+    if (transparent && !drops)
+        pair.same = [raster] { return alike(bitmapOf(*raster->image), toBitmap(raster->pix.get())); };
     addPair(std::move(pair));
 }
 

@@ -22,8 +22,7 @@ Picture converted(Picture picture, Pixels to) {
         picture = pictureOf(CImg1::create(image, 0x00FFFFFF, 0xFF000000, ImgAlignNone));
     else if (to == Pixels::palette && from == Pixels::bilevel)
         picture = pictureOf(CImg8::create(image, greyRamp().get(), ImgAlignNone));
-    else if (to == Pixels::rgb && from != Pixels::rgb)
-        picture = pictureOf(CImg32::create(image, RGBOrderBGR));
+    else if (to == Pixels::rgb && from != Pixels::rgb) picture = pictureOf(CImg32::create(image, RGBOrderBGR));
     picture.grey = false;
     picture.dpiX = dpiX;
     picture.dpiY = dpiY;

@@ -22,8 +22,7 @@ ImgULong nearestIndex(const ColorMap& map, int grey) {
 void setCorners(const Picture& picture, bool black) {
     if (picture.image->getType() == ImageTypePalette)
         picture.palette().setBackgroundColor(nearestIndex(*picture.palette().getColorMap(), black ? 0 : 255));
-    else if (picture.image->getType() == ImageTypeRGB)
-        picture.rgb().setBackgroundColor(black ? 0 : 0x00FFFFFF);
+    else if (picture.image->getType() == ImageTypeRGB) picture.rgb().setBackgroundColor(black ? 0 : 0x00FFFFFF);
 }
 
 }  // namespace
@@ -37,8 +36,9 @@ Picture scaled(Picture picture, const Drawing& drawing, bool blackGround) {
         picture.bilevel().setBackgroundColor(0);
     }
     ImgScaleAttr attr{drawing.mode == Mode::grey ? 32u : 1u};
-    Picture result = pictureOf(
-        picture.image->scale(picture.image->getRect(), drawing.target.width, drawing.target.height, attr), picture.grey);
+    Picture result =
+        pictureOf(picture.image->scale(picture.image->getRect(), drawing.target.width, drawing.target.height, attr),
+                  picture.grey);
     if (!bilevel) return result;
     result.grey = result.image->getType() == ImageTypeRGB;
     if (blackGround) result.invert();

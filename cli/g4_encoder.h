@@ -43,7 +43,8 @@ public:
     void add(const std::int32_t* list, std::int32_t count);
     void addWhite();
     /// Begins with rows that are coded already: the first `bits` bits of a stream, of which `last` is the last row.
-    void resume(const unsigned char* bytes, std::uint64_t bits, const std::vector<std::int32_t>& last, std::int32_t count);
+    void resume(const unsigned char* bytes, std::uint64_t bits, const std::vector<std::int32_t>& last,
+                std::int32_t count);
     /// The strip with its end-of-block, as TIFF stores it; the next row begins another one.
     std::vector<unsigned char> finish();
 

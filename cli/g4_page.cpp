@@ -38,8 +38,7 @@ void requireTileBytes(const TiffSource& source, const TiffPage& page, std::uint3
 
 /// The rectangle, pixel by pixel, in the colours of the code: 1 is a black run.
 Picture expanded(CImg1G4& image, const ImgRect& rect) {
-    Picture picture =
-        pictureOf(CImg1::create(rect.getWidth(), rect.getHeight(), 0x00FFFFFF, 0xFF000000, ImgAlignNone));
+    Picture picture = pictureOf(CImg1::create(rect.getWidth(), rect.getHeight(), 0x00FFFFFF, 0xFF000000, ImgAlignNone));
     // With any other ground the image may exchange the colours.
     image.setBackgroundColor(0);
     if (!image.uncompress(&picture.bilevel(), rect)) throw Failure(Exit::tooLarge, "not enough memory to decode");
@@ -150,7 +149,8 @@ static std::vector<unsigned char> salvagedWords(const std::vector<unsigned char>
 
 /// Puts new data, which the result holds, in the place of damaged tiles.
 static std::vector<std::vector<unsigned char>> salvage(TiffSource& source, const TiffPage& page, const Rect& rect,
-                                                       std::vector<unsigned char*>& tiles, std::vector<ImgULong>& lengths,
+                                                       std::vector<unsigned char*>& tiles,
+                                                       std::vector<ImgULong>& lengths,
                                                        std::vector<TileDamage>& damaged) {
     std::vector<std::vector<unsigned char>> replaced;
     const DecoderTables decoder;

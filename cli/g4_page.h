@@ -26,8 +26,8 @@ using G4Image = std::unique_ptr<CImg1G4, G4Deleter>;
 G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std::uint64_t& bytes, Progress& progress,
                  std::vector<TileDamage>* salvaged = nullptr);
 
-/// Decodes the drawing's rectangle at its target size, in the page's displayed colours. `damaged` tells whether decoding stopped at damaged
-/// data; the picture then holds what came before.
+/// Decodes the drawing's rectangle at its target size, in the page's displayed colours. `damaged` tells whether
+/// decoding stopped at damaged data; the picture then holds what came before.
 Picture drawPage(CImg1G4& image, const TiffPage& page, const Drawing& drawing, bool& damaged);
 
 /// Where the data of the tiles that touch `rect` are damaged first, for a message: page, tile and row.

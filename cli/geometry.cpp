@@ -40,8 +40,7 @@ std::uint32_t pixelCount(double size) {
 
 Size parseSize(const std::string& text) {
     std::uint32_t n[2];
-    if (!parseNumbers<std::uint32_t>(text, 'x', n) || n[0] == 0 || n[1] == 0)
-        malformed(text, "a size such as 640x480");
+    if (!parseNumbers<std::uint32_t>(text, 'x', n) || n[0] == 0 || n[1] == 0) malformed(text, "a size such as 640x480");
     return {n[0], n[1]};
 }
 

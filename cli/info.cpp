@@ -68,10 +68,8 @@ void report(const std::string& path, const InfoOptions& options, Json& list) {
     const unsigned first = options.page ? options.page : 1, last = options.page ? options.page : pages;
     for (unsigned number = first; number <= last; ++number) {
         const TiffPage page = source.page(number);
-        if (options.json)
-            json["pages"].push_back(toJson(page));
-        else
-            print(page);
+        if (options.json) json["pages"].push_back(toJson(page));
+        else print(page);
     }
     list.push_back(std::move(json));
     if (!source.damageOfPageList().empty())

@@ -65,13 +65,20 @@ CLI::Option* addChoice(CLI::App& app, const char* name, Value& value,
 template <class Options>
 void addCommon(CLI::App& app, Options& options) {
     app.add_option("IN", options.input, "A Group 4 TIFF, PNG, or raw PBM, PGM or PPM file; - is standard input")
-        ->required()->type_name("");
-    app.add_option("-o,--output", options.output, "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output")
-        ->required()->type_name("OUT");
+        ->required()
+        ->type_name("");
+    app.add_option("-o,--output", options.output,
+                   "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output")
+        ->required()
+        ->type_name("OUT");
     app.add_option("--format", options.format, "The picture's format, whatever the ending of its name; PNG for -")
         ->type_name("FORMAT");
-    app.add_option("--page", options.page, "The page of a TIFF file, from 1")->check(CLI::PositiveNumber)->type_name("N");
-    app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")->capture_default_str()->type_name("N");
+    app.add_option("--page", options.page, "The page of a TIFF file, from 1")
+        ->check(CLI::PositiveNumber)
+        ->type_name("N");
+    app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")
+        ->capture_default_str()
+        ->type_name("N");
     app.add_flag("-q,--quiet", options.quiet, "No progress line");
     app.add_flag("--stats", options.stats, "Print time, peak memory and sizes on standard error");
 }
@@ -82,9 +89,12 @@ void addRender(CLI::App& app, RenderOptions& options) {
     addParsed(render, "--rect", options.rect, parseRect, "Only this part of the page, in pixels")->type_name("X,Y,W,H");
     CLI::Option* const scale =
         addParsed(render, "--scale", options.factor, parseFactor, "Factor, such as 0.1, 1/10 or 10%")->type_name("F");
-    CLI::Option* const size = addParsed(render, "--size", options.size, parseSize, "Exactly this size")->type_name("WxH");
+    CLI::Option* const size =
+        addParsed(render, "--size", options.size, parseSize, "Exactly this size")->type_name("WxH");
     addParsed(render, "--fit", options.fit, parseSize, "The largest size of the same shape within this one")
-        ->type_name("WxH")->excludes(scale)->excludes(size);
+        ->type_name("WxH")
+        ->excludes(scale)
+        ->excludes(size);
     size->excludes(scale);
     addChoice<Mode>(render, "--mode", options.mode, {{"grey", Mode::grey}, {"ink", Mode::ink}, {"copy", Mode::copy}},
                     "How to reduce black and white: to greys (the default), to black and white without losing "
@@ -92,7 +102,8 @@ void addRender(CLI::App& app, RenderOptions& options) {
     addChoice<ImgMirT>(render, "--mirror", options.mirror, {{"x", ImgMirX}, {"y", ImgMirY}},
                        "x: top and bottom change places; y: left and right");
     render.add_option("--rotate", options.angle, "Turn counter-clockwise; the corners that leave the picture are cut")
-        ->type_name("DEG")->check(CLI::Range(-1e6, 1e6));
+        ->type_name("DEG")
+        ->check(CLI::Range(-1e6, 1e6));
     addChoice<Background>(render, "--background", options.background,
                           {{"auto", Background::automatic}, {"white", Background::white}, {"black", Background::black}},
                           "Which colour is the page's ground, the other being foreground; auto (the default) counts "
@@ -101,7 +112,8 @@ void addRender(CLI::App& app, RenderOptions& options) {
                     "Damaged data: end the picture there (the default), or decode every tile on its own and draw "
                     "damaged ones white from the bad row on");
     render.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of the page")
-        ->capture_default_str()->type_name("N");
+        ->capture_default_str()
+        ->type_name("N");
     render.footer("The part is cut, scaled, mirrored and turned, in this order.\n" + std::string(kFooter));
 }
 
@@ -110,27 +122,36 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
     addCommon(convert, options);
     addChoice<Pixels>(convert, "--to", options.to,
                       {{"bilevel", Pixels::bilevel}, {"palette", Pixels::palette}, {"rgb", Pixels::rgb}},
-                      "The kind: black and white by error diffusion, palette, or colour")->required();
+                      "The kind: black and white by error diffusion, palette, or colour")
+        ->required();
     convert.footer(kFooter);
 }
 
 /// encode and repack.
 void addPacking(CLI::App& packing, const char* input, RepackOptions& options) {
     packing.add_option("IN", options.input, input)->required()->type_name("");
-    packing.add_option("-o,--output", options.output, "The TIFF file; - is standard output")->required()->type_name("OUT");
+    packing.add_option("-o,--output", options.output, "The TIFF file; - is standard output")
+        ->required()
+        ->type_name("OUT");
     CLI::Option* const tile =
         packing.add_option("--tile", options.layout.tile, "Square tiles of this side, a multiple of 16; 512 otherwise")
-            ->type_name("N")->check([](const std::string& text) {
+            ->type_name("N")
+            ->check([](const std::string& text) {
                 const unsigned long side = std::strtoul(text.c_str(), nullptr, 10);
-                return side > 0 && side % 16 == 0 && side <= 65536 ? "" : "the side of a tile is a multiple of 16, at most 65536";
+                return side > 0 && side % 16 == 0 && side <= 65536
+                           ? ""
+                           : "the side of a tile is a multiple of 16, at most 65536";
             });
     CLI::Option* const rows = packing.add_option("--strip-rows", options.layout.stripRows, "Strips of so many rows")
-                                  ->type_name("N")->check(CLI::PositiveNumber)->excludes(tile);
+                                  ->type_name("N")
+                                  ->check(CLI::PositiveNumber)
+                                  ->excludes(tile);
     packing.add_flag("--single-strip", options.layout.singleStrip, "One strip a page")->excludes(tile)->excludes(rows);
     packing.add_flag("--check,!--no-check", options.check,
                      "Decode the result and compare every row (the default), or do not");
     packing.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of a page")
-        ->capture_default_str()->type_name("N");
+        ->capture_default_str()
+        ->type_name("N");
     packing.add_flag("-q,--quiet", options.quiet, "No progress line");
     packing.footer(kFooter);
 }
@@ -141,7 +162,8 @@ void addVerify(CLI::App& app, VerifyOptions& options) {
     verify.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
     verify.add_flag("--reference", options.reference, "Compare every pixel with libtiff's decode too");
     verify.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of a page")
-        ->capture_default_str()->type_name("N");
+        ->capture_default_str()
+        ->type_name("N");
     verify.footer(kFooter);
 }
 
@@ -171,7 +193,8 @@ int main(int argc, char** argv) {
     VerifyOptions verify;
     RepackOptions encode, repack;
     std::uint64_t maxMemory = std::uint64_t{2} << 30;
-    addParsed(app, "--max-memory", maxMemory, parseBytes, "Most memory, such as 500M or 8G; 2G otherwise")->type_name("SIZE");
+    addParsed(app, "--max-memory", maxMemory, parseBytes, "Most memory, such as 500M or 8G; 2G otherwise")
+        ->type_name("SIZE");
     addInfo(app, info);
     addRender(app, render);
     addConvert(app, convert);

@@ -71,8 +71,7 @@ void OutputFile::discard() {
 }
 
 void OutputFile::fail() const {
-    throw Failure(Exit::failed,
-                  fmt::format("{}: {}", path == "-" ? "standard output" : path, std::strerror(errno)));
+    throw Failure(Exit::failed, fmt::format("{}: {}", path == "-" ? "standard output" : path, std::strerror(errno)));
 }
 
 void OutputFile::write(const void* data, std::size_t bytes) {

@@ -34,8 +34,7 @@ void Picture::copyRow(std::uint32_t y, unsigned char* row) const {
     }
     case Pixels::palette:
     case Pixels::grey:
-        if (image->getType() == ImageTypePalette)
-            std::memcpy(row, palette().peekDataArray()[y], width);
+        if (image->getType() == ImageTypePalette) std::memcpy(row, palette().peekDataArray()[y], width);
         else
             for (std::size_t x = 0; x < width; ++x) row[x] = static_cast<unsigned char>(rgb().peekDataArray()[y][x]);
         break;

@@ -23,8 +23,8 @@ struct ImageDeleter {
 
 struct Picture {
     std::unique_ptr<IImg, ImageDeleter> image;  ///< CImg1 (1 is shown black), CImg8 or CImg32, never compressed
-    bool grey = false;            ///< a CImg32 of equal components, or a CImg8 whose pixel values are greys
-    double dpiX = 0, dpiY = 0;    ///< 0 when not known
+    bool grey = false;          ///< a CImg32 of equal components, or a CImg8 whose pixel values are greys
+    double dpiX = 0, dpiY = 0;  ///< 0 when not known
 
     Size size() const { return {image->getWidth(), image->getHeight()}; }
     Pixels pixels() const;

@@ -33,7 +33,8 @@ Picture PictureReader::read(const Rect& rect) {
         picture = pictureOf(CImg32::create(rect.width, rect.height, RGBOrderBGR));
     } else {
         if (!colours) colours = greyRamp();
-        picture = pictureOf(CImg8::create(rect.width, rect.height, colours.get(), ImgAlignNone), pixels == Pixels::grey);
+        picture =
+            pictureOf(CImg8::create(rect.width, rect.height, colours.get(), ImgAlignNone), pixels == Pixels::grey);
     }
     picture.dpiX = dpiX;
     picture.dpiY = dpiY;
@@ -46,8 +47,7 @@ Picture PictureReader::read(const Rect& rect) {
                      rect.x, rect.width);
         else if (pixels == Pixels::rgb)
             copyColours(picture.rgb().peekDataArray()[y], row.get() + std::size_t{3} * rect.x, rect.width);
-        else
-            std::memcpy(picture.palette().peekDataArray()[y], row.get() + rect.x, rect.width);
+        else std::memcpy(picture.palette().peekDataArray()[y], row.get() + rect.x, rect.width);
     }
     return picture;
 }

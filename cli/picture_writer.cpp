@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr std::pair<const char*, Format> kNames[] = {{"png", Format::png}, {"pbm", Format::pbm},   {"pgm", Format::pgm},
-                                                     {"ppm", Format::ppm}, {"pnm", Format::pnm},   {"tif", Format::tiff},
+constexpr std::pair<const char*, Format> kNames[] = {{"png", Format::png},  {"pbm", Format::pbm}, {"pgm", Format::pgm},
+                                                     {"ppm", Format::ppm},  {"pnm", Format::pnm}, {"tif", Format::tiff},
                                                      {"tiff", Format::tiff}};
 
 }  // namespace
@@ -43,11 +43,8 @@ void requireFormat(Format format, Pixels pixels) {
 void writePicture(const Picture& picture, const std::string& path, Format format, Progress& progress) {
     requireFormat(format, picture.pixels());
     OutputFile file(path);
-    if (format == Format::png)
-        writePng(picture, file, progress);
-    else if (format == Format::tiff)
-        writeTiff(picture, file, progress);
-    else
-        writePnm(picture, file, format, progress);
+    if (format == Format::png) writePng(picture, file, progress);
+    else if (format == Format::tiff) writeTiff(picture, file, progress);
+    else writePnm(picture, file, format, progress);
     file.commit();
 }

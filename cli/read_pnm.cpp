@@ -19,7 +19,8 @@ public:
         std::getc(file.get());
         const int kind = std::getc(file.get());
         if (kind < '4')
-            throw Failure(Exit::unsupported, fmt::format("{}: the plain text format P{:c} is not supported", name, kind));
+            throw Failure(Exit::unsupported,
+                          fmt::format("{}: the plain text format P{:c} is not supported", name, kind));
         pixels = kind == '4' ? Pixels::bilevel : kind == '5' ? Pixels::grey : Pixels::rgb;
         size.width = number();
         size.height = number();

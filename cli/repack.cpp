@@ -125,8 +125,9 @@ public:
             source->next(wanted);
             copy->next(found);
             if (!(wanted == found))
-                throw Failure(Exit::failed, fmt::format("page {}: row {} has other pixels when decoded; nothing is written",
-                                                        checked, y + 1));
+                throw Failure(
+                    Exit::failed,
+                    fmt::format("page {}: row {} has other pixels when decoded; nothing is written", checked, y + 1));
             progress.show("checking", y, page.size.height);
         }
     }
@@ -160,9 +161,9 @@ void addPages(Packer& packer, InputFile input, bool check) {
             const TiffPage page = source.page(number);
             page.requireBilevel(source.name());
             requireDrawable(source, page);
-            visit(PageInput{page.size,
-                            [&]() { return page.isGroup4() ? g4Rows(source, page) : libtiffRows(second.again(), page); },
-                            [&](TIFF* to) { source.copyTags(to); }});
+            visit(PageInput{
+                page.size, [&]() { return page.isGroup4() ? g4Rows(source, page) : libtiffRows(second.again(), page); },
+                [&](TIFF* to) { source.copyTags(to); }});
         }
     };
     forPages([&](const PageInput& page) { packer.add(page); });
@@ -187,8 +188,7 @@ int run(const RepackOptions& options, bool pictures) {
     Packer packer(options);
     if (pictures && (input.kind() == InputFile::Kind::png || input.kind() == InputFile::Kind::pnm))
         addPicture(packer, input, options.check);
-    else
-        addPages(packer, std::move(input), options.check);
+    else addPages(packer, std::move(input), options.check);
     packer.finish();
     return static_cast<int>(Exit::good);
 }

@@ -78,7 +78,8 @@ private:
         if (!tile.next())
             throw Failure(Exit::damaged,
                           fmt::format("{}: page {}: damaged Group 4 data: {}", source.name(), page.number,
-                                      describe(page, {firstTile() + column, y % page.tile.height, tile.bit() / 8, tile.reason()})));
+                                      describe(page, {firstTile() + column, y % page.tile.height, tile.bit() / 8,
+                                                      tile.reason()})));
         return true;
     }
     /// The part of the tile's row that is on the page.
@@ -104,7 +105,8 @@ private:
 // --- packed pixels ----------------------------------------------------------------------
 
 /// The changes of a packed row, which is followed by one more byte.
-void detect(ChangeList& row, std::vector<unsigned char>& packed, std::uint32_t width, std::vector<std::uint32_t>& changes) {
+void detect(ChangeList& row, std::vector<unsigned char>& packed, std::uint32_t width,
+            std::vector<std::uint32_t>& changes) {
     std::uint32_t count = 0;
     changes.resize(std::size_t{width} + 4);
     cit_detect_changes(width, packed.data(), static_cast<std::int32_t>(changes.size()), changes.data(), &count);
@@ -117,9 +119,11 @@ void detect(ChangeList& row, std::vector<unsigned char>& packed, std::uint32_t w
 
 class PictureRows : public RowSource {
 public:
-    explicit PictureRows(std::unique_ptr<PictureReader> from) : reader(std::move(from)), packed(reader->rowBytes() + 1) {
+    explicit PictureRows(std::unique_ptr<PictureReader> from)
+        : reader(std::move(from)), packed(reader->rowBytes() + 1) {
         if (reader->pixels != Pixels::bilevel)
-            throw Failure(Exit::unsupported, "the picture is not bilevel; convert it first: tilepress convert --to bilevel");
+            throw Failure(Exit::unsupported,
+                          "the picture is not bilevel; convert it first: tilepress convert --to bilevel");
     }
     void next(ChangeList& row) override {
         reader->nextRow(packed.data());
@@ -151,7 +155,8 @@ public:
             if (TIFFReadScanline(tiff.get(), packed.data(), y) != 1 || !damage.empty()) fail();
         } else {
             if (y % page.tile.height == 0) readTileRow();
-            std::copy_n(tileRow.begin() + static_cast<std::ptrdiff_t>(y % page.tile.height * rowBytes), rowBytes, packed.begin());
+            std::copy_n(tileRow.begin() + static_cast<std::ptrdiff_t>(y % page.tile.height * rowBytes), rowBytes,
+                        packed.begin());
         }
         detect(row, packed, page.size.width, changes);
         ++y;
@@ -182,7 +187,9 @@ private:
     }
     /// libtiff only warns of a fax row that it had to cut or fill up, and delivers it.
     static int onWarning(TIFF* file, void* self, const char* module, const char* format, va_list arguments) {
-        return std::string_view(module ? module : "").starts_with("Fax3") ? onError(file, self, module, format, arguments) : 1;
+        return std::string_view(module ? module : "").starts_with("Fax3")
+                   ? onError(file, self, module, format, arguments)
+                   : 1;
     }
     struct Closer {
         void operator()(TIFF* file) const { TIFFClose(file); }

@@ -13,7 +13,8 @@
 /// A row: 0, the columns (from 1) where the colour changes, starting from white, and three times width + 1.
 class ChangeList {
 public:
-    explicit ChangeList(std::uint32_t width) : elements(std::size_t{width} + 8), end(static_cast<std::int32_t>(width) + 1) {}
+    explicit ChangeList(std::uint32_t width)
+        : elements(std::size_t{width} + 8), end(static_cast<std::int32_t>(width) + 1) {}
 
     void begin() { size = 1; }
     /// A black run [from, to) of columns counted from 0, not left of the last one's end; they join where they meet.
@@ -26,7 +27,8 @@ public:
     /// Calls each(from, to) for the black runs of a closed list.
     template <class Each>
     void forRuns(Each each) const {
-        for (std::int32_t i = 2; i < size - 2; i += 2) each(elements[std::size_t(i) - 1] - 1, elements[std::size_t(i)] - 1);
+        for (std::int32_t i = 2; i < size - 2; i += 2)
+            each(elements[std::size_t(i) - 1] - 1, elements[std::size_t(i)] - 1);
     }
     bool operator==(const ChangeList& other) const;
 

@@ -36,8 +36,7 @@ void addUnsupported(TIFF* tiff, TiffPage& page) {
         refuse(fmt::format("{} sample{} of {} bit{} a pixel, not one of 1 bit", samples, samples == 1 ? "" : "s", bits,
                            bits == 1 ? "" : "s"));
     page.bilevel = bits == 1 && samples == 1 && page.photometric <= 1;
-    if (page.photometric > 1)
-        refuse(fmt::format("photometric interpretation {}, neither 0 nor 1", page.photometric));
+    if (page.photometric > 1) refuse(fmt::format("photometric interpretation {}, neither 0 nor 1", page.photometric));
     if (page.fillOrder != FILLORDER_MSB2LSB && page.fillOrder != FILLORDER_LSB2MSB)
         refuse(fmt::format("fill order {}, neither 1 nor 2", page.fillOrder));
     std::uint32_t options = 0;
@@ -75,21 +74,24 @@ void TiffPage::requireSupported(const std::string& file) const {
 
 void TiffPage::requireBilevel(const std::string& file) const {
     if (!bilevel || (isGroup4() && !unsupported.empty()))
-        throw Failure(Exit::unsupported,
-                      fmt::format("{}: page {}: {}", file, number, unsupported.empty() ? "not bilevel" : unsupported.back()));
+        throw Failure(Exit::unsupported, fmt::format("{}: page {}: {}", file, number,
+                                                     unsupported.empty() ? "not bilevel" : unsupported.back()));
 }
 
 void TiffSource::copyTags(TIFF* to) const {
     TIFF* const from = tiff.get();
-    for (const std::uint32_t tag : {TIFFTAG_ORIENTATION, TIFFTAG_PHOTOMETRIC, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
+    for (const std::uint32_t tag :
+         {TIFFTAG_ORIENTATION, TIFFTAG_PHOTOMETRIC, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
         if (std::uint16_t value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, value);
     for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION})
         if (float value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, double{value});
-    if (std::uint32_t type = 0; TIFFGetField(from, TIFFTAG_SUBFILETYPE, &type)) TIFFSetField(to, TIFFTAG_SUBFILETYPE, type);
+    if (std::uint32_t type = 0; TIFFGetField(from, TIFFTAG_SUBFILETYPE, &type))
+        TIFFSetField(to, TIFFTAG_SUBFILETYPE, type);
     if (std::uint16_t page = 0, pages = 0; TIFFGetField(from, TIFFTAG_PAGENUMBER, &page, &pages))
         TIFFSetField(to, TIFFTAG_PAGENUMBER, page, pages);
-    for (const std::uint32_t tag : {TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_PAGENAME,
-                                    TIFFTAG_SOFTWARE, TIFFTAG_DATETIME, TIFFTAG_ARTIST, TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT})
+    for (const std::uint32_t tag :
+         {TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_PAGENAME,
+          TIFFTAG_SOFTWARE, TIFFTAG_DATETIME, TIFFTAG_ARTIST, TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT})
         if (char* text = nullptr; TIFFGetField(from, tag, &text)) TIFFSetField(to, tag, text);
 }
 
@@ -135,8 +137,9 @@ bool TiffSource::goTo(unsigned number) {
     if (number == 0 || number - 1 > std::numeric_limits<tdir_t>::max()) return false;
     const auto directory = static_cast<tdir_t>(number - 1);
     // From page to page, because any other way leads past all the pages before it.
-    return number > 1 && TIFFCurrentDirectory(tiff.get()) + 1 == directory ? TIFFReadDirectory(tiff.get()) != 0
-                                                                          : TIFFSetDirectory(tiff.get(), directory) != 0;
+    return number > 1 && TIFFCurrentDirectory(tiff.get()) + 1 == directory
+               ? TIFFReadDirectory(tiff.get()) != 0
+               : TIFFSetDirectory(tiff.get(), directory) != 0;
 }
 
 TiffPage TiffSource::page(unsigned number) {
@@ -174,8 +177,8 @@ void TiffSource::addLayout(TiffPage& page) {
         TIFFGetField(file, TIFFTAG_TILELENGTH, &page.tile.height);
     } else {
         page.tile.width = page.size.width;
-        page.tile.height = std::min(field<std::uint32_t>(file, TIFFTAG_ROWSPERSTRIP, page.size.height),
-                                    page.size.height);
+        page.tile.height =
+            std::min(field<std::uint32_t>(file, TIFFTAG_ROWSPERSTRIP, page.size.height), page.size.height);
     }
     if (page.tile.width == 0 || page.tile.height == 0)
         fail(fmt::format("page {} has {}s without pixels", page.number, page.tileName()));
@@ -214,8 +217,8 @@ std::uint64_t TiffSource::tileBytes(std::uint32_t k) {
 void TiffSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
     if (bytes == 0) return;
     const auto asked = static_cast<tmsize_t>(bytes);
-    const tmsize_t got = currentTiled ? TIFFReadRawTile(tiff.get(), k, buffer, asked)
-                                      : TIFFReadRawStrip(tiff.get(), k, buffer, asked);
+    const tmsize_t got =
+        currentTiled ? TIFFReadRawTile(tiff.get(), k, buffer, asked) : TIFFReadRawStrip(tiff.get(), k, buffer, asked);
     if (got != asked)
         throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes: {}", displayName, bytes, message));
     if (bytes % 2 != 0) buffer[bytes] = 0;

@@ -24,9 +24,9 @@ bool TileRows::next() {
     std::int32_t count = 0;
     // Without data there is nothing to decode, but a length of 0 would mean that it is not known.
     status = data.empty() ? 1
-                          : cit_decode_tiff_gr4(row.data(), rowCount, width, reinterpret_cast<std::uint16_t*>(data.data()),
-                                                &byte, &bit, nullptr, coding.data(), &count,
-                                                static_cast<std::int32_t>(data.size()));
+                          : cit_decode_tiff_gr4(row.data(), rowCount, width,
+                                                reinterpret_cast<std::uint16_t*>(data.data()), &byte, &bit, nullptr,
+                                                coding.data(), &count, static_cast<std::int32_t>(data.size()));
     if (status == 0) {
         const auto end = coding.begin() + count - 2;  // the first of three that close the list
         if (std::adjacent_find(coding.begin(), end, std::greater_equal<>()) != end) status = kGoesBack;

@@ -111,8 +111,8 @@ Json toJson(const std::vector<TileDamage>& tiles) {
 }
 
 void print(const TiffPage& page, const PageReport& report) {
-    fmt::print("  page {}: {} {}{}, {} rows decoded", page.number, page.tiles, page.tileName(), page.tiles == 1 ? "" : "s",
-               report.rows);
+    fmt::print("  page {}: {} {}{}, {} rows decoded", page.number, page.tiles, page.tileName(),
+               page.tiles == 1 ? "" : "s", report.rows);
     if (page.emptyTiles > 0) fmt::print(", {} without data", page.emptyTiles);
     fmt::print("{}\n", report.damaged.empty() && report.different.empty() ? ", good" : "");
     for (const TileDamage& tile : report.damaged) fmt::print("    damaged: {}\n", describe(page, tile));

@@ -54,8 +54,9 @@ void setPalette(const Writer& writer, const ColorMap& map) {
 png_uint_32 perMetre(double dpi) { return static_cast<png_uint_32>(dpi / 0.0254 + 0.5); }
 
 int colourType(Pixels pixels) {
-    return pixels == Pixels::rgb ? PNG_COLOR_TYPE_RGB
-                                 : pixels == Pixels::palette ? PNG_COLOR_TYPE_PALETTE : PNG_COLOR_TYPE_GRAY;
+    return pixels == Pixels::rgb       ? PNG_COLOR_TYPE_RGB
+           : pixels == Pixels::palette ? PNG_COLOR_TYPE_PALETTE
+                                       : PNG_COLOR_TYPE_GRAY;
 }
 
 bool write(Writer& writer, const Picture& picture, unsigned char* row, Progress& progress) {
@@ -68,7 +69,8 @@ bool write(Writer& writer, const Picture& picture, unsigned char* row, Progress&
     png_set_IHDR(png, writer.info, size.width, size.height, pixels == Pixels::bilevel ? 1 : 8, colourType(pixels),
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (pixels == Pixels::palette) setPalette(writer, *picture.palette().getColorMap());
-    if (picture.dpiX > 0) png_set_pHYs(png, writer.info, perMetre(picture.dpiX), perMetre(picture.dpiY), PNG_RESOLUTION_METER);
+    if (picture.dpiX > 0)
+        png_set_pHYs(png, writer.info, perMetre(picture.dpiX), perMetre(picture.dpiY), PNG_RESOLUTION_METER);
     if (pixels == Pixels::bilevel) {
         // Rows of few long runs: filters only spoil them, and more effort gains little.
         png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);

@@ -35,8 +35,9 @@ void writePnm(const Picture& picture, OutputFile& file, Format format, Progress&
     const Pixels pixels = picture.pixels();
     const unsigned components = componentsOf(format, pixels);
     const std::size_t width = picture.size().width, height = picture.size().height;
-    const std::string header = components == 0 ? fmt::format("P4\n{} {}\n", width, height)
-                                               : fmt::format("P{}\n{} {}\n255\n", components == 1 ? 5 : 6, width, height);
+    const std::string header = components == 0
+                                   ? fmt::format("P4\n{} {}\n", width, height)
+                                   : fmt::format("P{}\n{} {}\n255\n", components == 1 ? 5 : 6, width, height);
     file.write(header.data(), header.size());
     const auto row = rowBuffer(picture);
     const bool asItIs = components == 0 || (components == 1 && pixels == Pixels::grey) || pixels == Pixels::rgb;

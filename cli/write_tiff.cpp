@@ -15,9 +15,10 @@ void setFields(TIFF* tiff, const Picture& picture) {
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, bilevel ? COMPRESSION_CCITTFAX4 : COMPRESSION_ADOBE_DEFLATE);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
-                 bilevel ? PHOTOMETRIC_MINISWHITE
-                         : rgb ? PHOTOMETRIC_RGB
-                               : pixels == Pixels::palette ? PHOTOMETRIC_PALETTE : PHOTOMETRIC_MINISBLACK);
+                 bilevel                     ? PHOTOMETRIC_MINISWHITE
+                 : rgb                       ? PHOTOMETRIC_RGB
+                 : pixels == Pixels::palette ? PHOTOMETRIC_PALETTE
+                                             : PHOTOMETRIC_MINISBLACK);
     // A bilevel page in one strip codes best; others in strips of some 64 KB.
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, bilevel ? picture.size().height : TIFFDefaultStripSize(tiff, 0));
     if (pixels == Pixels::palette) {

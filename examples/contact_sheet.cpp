@@ -46,8 +46,8 @@ std::unique_ptr<CImg32> thumbnail(IImg& image, ImgULong depth) {
 class Sheet {
 public:
     explicit Sheet(ImgULong rows)
-        : image(CImg32::create(kColumns * (kCell + kMargin) + kMargin, rows * (kCell + kMargin) + kMargin,
-                               RGBOrderRGB)) {
+        : image(
+              CImg32::create(kColumns * (kCell + kMargin) + kMargin, rows * (kCell + kMargin) + kMargin, RGBOrderRGB)) {
         if (image) image->doRasOpInPlace(RasOpFill, false, 0, kGround);
     }
     void add(IImg* picture, ImgULong depth = 1) {

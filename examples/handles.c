@@ -7,8 +7,8 @@
 #include <stdio.h>
 
 #if defined(_WIN32)
-#include <fcntl.h>
-#include <io.h>
+#  include <fcntl.h>
+#  include <io.h>
 #endif
 
 /* Rows of a bilevel image with byte alignment are a PBM file's rows. */
@@ -34,7 +34,7 @@ int main(void) {
         int row;
         for (row = 0; row < 24; ++row) pixels[2 * row] = 0xC0; /* a bar along the left edge */
         pixels[0] = pixels[2] = pixels[1] = pixels[3] = 0xFF;  /* and one along the top */
-        turned = page->rotate(page, 90);                        /* counter-clockwise */
+        turned = page->rotate(page, 90);                       /* counter-clockwise */
         large = turned ? turned->render(turned, 96, 64, NULL, 0, 0, 8) : NULL;
         good = large && writePbm(large);
     }

@@ -1,9 +1,9 @@
 // Whatever the bits and the row before are, a row decodes to the same status, place and list by every way there is,
 // and nothing outside the callers' arrays is touched.
 
+#include "ccitt/coded_bytes.h"
 #include "ccitt/decode_row.h"
-#include "foundation/coded.h"
-#include "foundation/line.h"
+#include "ccitt/padded_line.h"
 #include "input.h"
 #include "tilepress/ccitt.h"
 
@@ -17,7 +17,8 @@ namespace {
 void decodeStream(std::uint32_t rowWidth, const std::vector<unsigned char>& words) {
     const auto width = static_cast<std::int32_t>(rowWidth);
     const auto bytes = static_cast<std::int32_t>(words.size());
-    const auto plain = std::unique_ptr<unsigned char, void (*)(void*)>(codedBytes(words.data(), static_cast<std::uint32_t>(bytes)), std::free);
+    const auto plain = std::unique_ptr<unsigned char, void (*)(void*)>(
+        codedBytes(words.data(), static_cast<std::uint32_t>(bytes)), std::free);
     const auto coded = exactly(words);
     std::int32_t *lineA = allocateLine(rowWidth), *lineB = allocateLine(rowWidth);
     auto exactA = exactly<std::int32_t>(rowWidth + 4), exactB = exactly<std::int32_t>(rowWidth + 4);
@@ -31,15 +32,16 @@ void decodeStream(std::uint32_t rowWidth, const std::vector<unsigned char>& word
         std::int32_t exactCount = 0, fastCount = 0, apiCount = 0;
         auto byte = static_cast<std::int32_t>(bit / 8), bitInByte = static_cast<std::int32_t>(bit % 8) + 1;
         const g4::CodedData in{plain.get(), bytes, false};
-        const auto exact = g4::decodeRow(g4::kDecodeTables, in, exactBit, {exactA.get(), count}, width, exactB.get(), exactCount);
-        const auto fast = g4::decodeLine(g4::kDecodeTables, in, fastBit, {lineA, count}, width, lineB, fastCount);
-        const auto api = cit_decode_tiff_gr4(apiA.get(), count, width, reinterpret_cast<std::uint16_t*>(coded.get()), &byte,
-                                             &bitInByte, nullptr, apiB.get(), &apiCount, bytes);
+        const auto exact = g4::decodeRow(in, exactBit, {exactA.get(), count}, width, exactB.get(), exactCount);
+        const auto fast = g4::decodeLine(in, fastBit, {lineA, count}, width, lineB, fastCount);
+        const auto api = cit_decode_tiff_gr4(apiA.get(), count, width, reinterpret_cast<std::uint16_t*>(coded.get()),
+                                             &byte, &bitInByte, nullptr, apiB.get(), &apiCount, bytes);
         PROMISE(fast == exact && api == exact);
         if (exact != g4::kRowDecoded) break;
         PROMISE(fastBit == exactBit && 8 * std::int64_t{byte} + bitInByte - 1 == exactBit && exactBit > bit);
         PROMISE(fastCount == exactCount && apiCount == exactCount && exactCount <= width + 4);
-        PROMISE(std::equal(lineB, lineB + exactCount, exactB.get()) && std::equal(lineB, lineB + exactCount, apiB.get()));
+        PROMISE(std::equal(lineB, lineB + exactCount, exactB.get()) &&
+                std::equal(lineB, lineB + exactCount, apiB.get()));
         std::swap(lineA, lineB);
         exactA.swap(exactB);
         apiA.swap(apiB);
@@ -54,7 +56,8 @@ void decodeStream(std::uint32_t rowWidth, const std::vector<unsigned char>& word
 void decodeAgainstAnything(Input& in, std::uint32_t rowWidth) {
     const std::uint32_t count = in.below(40);
     const auto reference = exactly<std::int32_t>(count), coding = exactly<std::int32_t>(rowWidth + 4);
-    for (std::uint32_t i = 0; i < count; ++i) reference[i] = static_cast<std::int32_t>(in.u8() < 200 ? in.below(2 * rowWidth + 3) : in.u32());
+    for (std::uint32_t i = 0; i < count; ++i)
+        reference[i] = static_cast<std::int32_t>(in.u8() < 200 ? in.below(2 * rowWidth + 3) : in.u32());
     auto byte = static_cast<std::int32_t>(in.u16()) - 16, bit = static_cast<std::int32_t>(in.below(40)) - 8;
     std::int32_t codingCount = 0;
     const std::int32_t length = 2 * static_cast<std::int32_t>(in.below(64));

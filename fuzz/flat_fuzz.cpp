@@ -16,7 +16,9 @@ std::uint32_t swapped(std::uint32_t v) {
 /// Whether a header read as it stands, or in the other byte order, describes areas that lie within the block.
 bool staysWithin(const ImgG4Header& header, const unsigned char* block, std::size_t size, bool foreign) {
     const auto word = [foreign](std::uint32_t v) { return foreign ? swapped(v) : v; };
-    const auto signedWord = [&](std::int32_t v) { return std::int64_t{static_cast<std::int32_t>(word(static_cast<std::uint32_t>(v)))}; };
+    const auto signedWord = [&](std::int32_t v) {
+        return std::int64_t{static_cast<std::int32_t>(word(static_cast<std::uint32_t>(v)))};
+    };
     const ImgQuad& quad = header.quads.srcQuad;
     const auto extent = [](std::int64_t a, std::int64_t b) { return std::uint64_t(a < b ? b - a : a - b) + 1; };
     const std::uint64_t width = foreign ? extent(0, signedWord(quad.x2)) : extent(quad.x0, quad.x2);
@@ -42,14 +44,16 @@ bool staysWithin(const ImgG4Header& header, const unsigned char* block, std::siz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input in(data, size);
-    const std::uint32_t tileWidth = in.upTo(64), tileHeight = in.upTo(16), width = tileWidth + in.below(100), height = tileHeight + in.below(30);
+    const std::uint32_t tileWidth = in.upTo(64), tileHeight = in.upTo(16), width = tileWidth + in.below(100),
+                        height = tileHeight + in.below(30);
     const std::uint32_t tiles = (width + tileWidth - 1) / tileWidth * ((height + tileHeight - 1) / tileHeight);
     void* array = nullptr;
     MemAllocate(0, tiles * sizeof(void*), 0, &array);
     std::vector<std::uint32_t> counts;
     const std::uint32_t changes = in.below(8);
     std::vector<std::uint32_t> where, what;
-    for (std::uint32_t i = 0; i < changes; ++i) where.push_back(in.u16()), what.push_back(in.u8() < 128 ? in.below(200) : in.u32());
+    for (std::uint32_t i = 0; i < changes; ++i)
+        where.push_back(in.u16()), what.push_back(in.u8() < 128 ? in.below(200) : in.u32());
     for (std::uint32_t k = 0; k < tiles; ++k) {
         const auto bytes = in.bytes(in.below(40));
         counts.push_back(static_cast<std::uint32_t>(bytes.size()));

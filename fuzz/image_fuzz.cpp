@@ -28,8 +28,10 @@ ImgRect rectIn(Input& in, std::uint32_t width, std::uint32_t height) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input in(data, size);
-    const std::uint32_t across = in.upTo(4), down = in.upTo(3), tileWidth = in.upTo(in.u8() < 230 ? 90 : 2000), tileHeight = in.upTo(24);
-    const std::uint32_t width = (across - 1) * tileWidth + in.upTo(tileWidth), height = (down - 1) * tileHeight + in.upTo(tileHeight);
+    const std::uint32_t across = in.upTo(4), down = in.upTo(3), tileWidth = in.upTo(in.u8() < 230 ? 90 : 2000),
+                        tileHeight = in.upTo(24);
+    const std::uint32_t width = (across - 1) * tileWidth + in.upTo(tileWidth),
+                        height = (down - 1) * tileHeight + in.upTo(tileHeight);
     const std::uint32_t ground = in.u8() % 4, operations = in.upTo(6);
     std::vector<std::uint32_t> choices;
     for (std::uint32_t i = 0; i < operations; ++i) choices.push_back(in.u8());
@@ -45,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         lengths.push_back(static_cast<ImgULong>(tile.size()));
         pointers.push_back(tile.data());
     }
-    CImg1G4* const page = CImg1G4::create(width, height, tileWidth, tileHeight, pointers.data(), lengths.data(), 0, 1, ImgAlignNone);
+    CImg1G4* const page =
+        CImg1G4::create(width, height, tileWidth, tileHeight, pointers.data(), lengths.data(), 0, 1, ImgAlignNone);
     if (!page) return 0;
     if (ground < 2) page->setBackgroundColor(ground);
     ImgScaleAttr grey{32}, ink{1};
@@ -55,8 +58,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case 0: Image(page->scale(part, w, h, grey)); break;
         case 1: Image(page->scale(part, w, h, ink)); break;
         case 2: Image(page->scale(part, part.getWidth() + w, part.getHeight() + h, ink)); break;
-        case 3: Image(page->scale(part, std::max<ImgULong>(part.getWidth() / (w % 9 + 1), 1), std::max<ImgULong>(part.getHeight() / (h % 9 + 1), 1), grey)); break;
-        case 4: Image(page->scale(part, std::max<ImgULong>(part.getWidth() / (w % 9 + 1), 1), std::max<ImgULong>(part.getHeight() / (h % 9 + 1), 1), ink)); break;
+        case 3:
+            Image(page->scale(part, std::max<ImgULong>(part.getWidth() / (w % 9 + 1), 1),
+                              std::max<ImgULong>(part.getHeight() / (h % 9 + 1), 1), grey));
+            break;
+        case 4:
+            Image(page->scale(part, std::max<ImgULong>(part.getWidth() / (w % 9 + 1), 1),
+                              std::max<ImgULong>(part.getHeight() / (h % 9 + 1), 1), ink));
+            break;
         case 5: Image(page->rotate(w % 4 * 90.0 + (h % 8 == 0 ? 7.5 : 0))); break;
         case 6: Image(page->getSubImage(part)); break;
         default: page->getBackgroundColor();
@@ -71,7 +80,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     PROMISE(partGood || !wholeGood);
     const std::size_t stride = whole->getBytesPerLine();
     if (wholeGood)
-        PROMISE(std::memcmp(cut->peekData(), whole->peekData() + part.getTop() * stride, band.getHeight() * stride) == 0);
+        PROMISE(std::memcmp(cut->peekData(), whole->peekData() + part.getTop() * stride, band.getHeight() * stride) ==
+                0);
     page->releaseData();
     delete page;
     CCITT_DisableG4Decode();

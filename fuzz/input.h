@@ -11,12 +11,12 @@
 
 /// Ends the run where a promise is broken.
 #define PROMISE(condition)                                                         \
-    do {                                                                           \
-        if (!(condition)) {                                                        \
-            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                          \
-        }                                                                          \
-    } while (false)
+  do {                                                                             \
+    if (!(condition)) {                                                            \
+      std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
+      std::abort();                                                                \
+    }                                                                              \
+  } while (false)
 
 class Input {
 public:

@@ -49,7 +49,8 @@ std::string codesOf(Input& in, const Bytes& reference, const Bytes& row) {
             if (a1 == width) break;
         } else {
             const std::uint32_t a2 = changeAfter(row, a1, !colour);
-            codes += "001" + support::runText(static_cast<int>(a1 - from), colour) + support::runText(static_cast<int>(a2 - a1), !colour);
+            codes += "001" + support::runText(static_cast<int>(a1 - from), colour) +
+                     support::runText(static_cast<int>(a2 - a1), !colour);
             a0 = a2;
         }
     }
@@ -70,7 +71,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const std::uint32_t from = in.below(width), to = std::min(from + in.upTo(40), width);
             std::fill(row.begin() + from, row.begin() + to, static_cast<unsigned char>(in.u8() % 2));
         }
-        for (std::uint32_t x = 0; x < width; ++x) pixels[y * rowBytes + x / 8] |= static_cast<unsigned char>(row[x] << (7 - x % 8));
+        for (std::uint32_t x = 0; x < width; ++x)
+            pixels[y * rowBytes + x / 8] |= static_cast<unsigned char>(row[x] << (7 - x % 8));
         codes += codesOf(in, reference, row);
         reference = row;
     }
@@ -84,8 +86,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::int32_t count = 4, next = 0, byte = 0, bit = 1;
     Bytes decoded(pixels.size());
     for (std::uint32_t y = 0; y < height; ++y) {
-        PROMISE(cit_decode_tiff_gr4(before.get(), count, static_cast<std::int32_t>(width), reinterpret_cast<std::uint16_t*>(words.data()),
-                                    &byte, &bit, nullptr, coding.get(), &next, static_cast<std::int32_t>(words.size())) == 0);
+        PROMISE(cit_decode_tiff_gr4(before.get(), count, static_cast<std::int32_t>(width),
+                                    reinterpret_cast<std::uint16_t*>(words.data()), &byte, &bit, nullptr, coding.get(),
+                                    &next, static_cast<std::int32_t>(words.size())) == 0);
         for (std::int32_t i = 2; i < next - 2; i += 2)
             for (std::int32_t x = coding[i - 1] - 1; x < coding[i] - 1; ++x)
                 decoded[y * rowBytes + static_cast<std::size_t>(x) / 8] |= static_cast<unsigned char>(0x80 >> x % 8);

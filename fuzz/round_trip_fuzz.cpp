@@ -8,8 +8,8 @@
 namespace {
 
 /// The strip's rows against the pixels it was made from.
-void checkStrip(std::uint8_t* strip, std::int32_t length, std::uint32_t width, std::size_t rowBytes, std::uint32_t height,
-                const unsigned char* rows) {
+void checkStrip(std::uint8_t* strip, std::int32_t length, std::uint32_t width, std::size_t rowBytes,
+                std::uint32_t height, const unsigned char* rows) {
     const std::size_t padded = (std::size_t(length) + 1) / 2 * 2;
     auto words = exactly<unsigned char>(padded);
     std::memcpy(words.get(), strip, std::size_t(length));
@@ -21,8 +21,9 @@ void checkStrip(std::uint8_t* strip, std::int32_t length, std::uint32_t width, s
     std::int32_t count = 4, next = 0, byte = 0, bit = 1;
     auto row = exactly<unsigned char>(rowBytes + 1);
     for (std::uint32_t y = 0; y < height; ++y) {
-        PROMISE(cit_decode_tiff_gr4(reference.get(), count, static_cast<std::int32_t>(width), reinterpret_cast<std::uint16_t*>(words.get()),
-                                    &byte, &bit, nullptr, coding.get(), &next, static_cast<std::int32_t>(padded)) == 0);
+        PROMISE(cit_decode_tiff_gr4(reference.get(), count, static_cast<std::int32_t>(width),
+                                    reinterpret_cast<std::uint16_t*>(words.get()), &byte, &bit, nullptr, coding.get(),
+                                    &next, static_cast<std::int32_t>(padded)) == 0);
         std::memcpy(row.get(), rows + y * rowBytes, rowBytes);
         std::uint32_t changes = 0;
         cit_detect_changes(width, row.get(), static_cast<std::int32_t>(width) + 4, found.get(), &changes);
@@ -32,9 +33,11 @@ void checkStrip(std::uint8_t* strip, std::int32_t length, std::uint32_t width, s
         const std::size_t codeWords = (7 * width + 18 + 15) / 16;
         const auto code = exactly<std::uint16_t>(codeWords);
         cit_encode_gr4(reference.get(), count, coding.get(), next, code.get(), &bits);
-        PROMISE(cit_decode_tiff_gr4(reference.get(), count, static_cast<std::int32_t>(width), code.get(), &codeByte, &codeBit, nullptr,
-                                    decoded.get(), &again, static_cast<std::int32_t>(2 * codeWords)) == 0);
-        PROMISE(8 * codeByte + codeBit - 1 == bits && again == next && std::equal(coding.get(), coding.get() + next, decoded.get()));
+        PROMISE(cit_decode_tiff_gr4(reference.get(), count, static_cast<std::int32_t>(width), code.get(), &codeByte,
+                                    &codeBit, nullptr, decoded.get(), &again,
+                                    static_cast<std::int32_t>(2 * codeWords)) == 0);
+        PROMISE(8 * codeByte + codeBit - 1 == bits && again == next &&
+                std::equal(coding.get(), coding.get() + next, decoded.get()));
         reference.swap(coding);
         count = next;
     }
@@ -56,10 +59,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     cit_enable_detect_changes_tmp();
     cit_enable_decode_gr4();
     std::uint8_t *strip = nullptr, *twin = nullptr;
-    const auto w = static_cast<std::int32_t>(width), stride = static_cast<std::int32_t>(rowBytes), h = static_cast<std::int32_t>(height);
+    const auto w = static_cast<std::int32_t>(width), stride = static_cast<std::int32_t>(rowBytes),
+               h = static_cast<std::int32_t>(height);
     const std::int32_t length = create_g4_tiff_strip(rows.get(), &strip, w, stride, h);
     if (length > 0) {
-        PROMISE(create_g4_tiff_strip_tmp(rows.get(), &twin, w, stride, h) == length && std::memcmp(strip, twin, std::size_t(length)) == 0);
+        PROMISE(create_g4_tiff_strip_tmp(rows.get(), &twin, w, stride, h) == length &&
+                std::memcmp(strip, twin, std::size_t(length)) == 0);
         PROMISE(std::memcmp(rows.get(), pixels.data(), pixels.size()) == 0);
         checkStrip(strip, length, width, rowBytes, height, rows.get());
     }

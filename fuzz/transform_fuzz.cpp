@@ -12,7 +12,8 @@ using Image = std::unique_ptr<IImg>;
 
 struct EndImage {
     void operator()(IImg* image) const {
-        const ColorMap* map = image->getType() == ImageTypePalette ? static_cast<CImg8*>(image)->getColorMap() : nullptr;
+        const ColorMap* map =
+            image->getType() == ImageTypePalette ? static_cast<CImg8*>(image)->getColorMap() : nullptr;
         delete image;
         delete map;
     }
@@ -27,13 +28,15 @@ ImgAlignmentEnum alignment(Input& in) {
 Owned newImage(Input& in, std::uint32_t kind, std::uint32_t width, std::uint32_t height) {
     if (kind == 0) {
         CImg1* image = CImg1::create(width, height, 0, 1, alignment(in));
-        for (ImgULong i = 0; image && i < image->getTotalBytes(); ++i) image->peekData()[i] = static_cast<unsigned char>(in.u8());
+        for (ImgULong i = 0; image && i < image->getTotalBytes(); ++i)
+            image->peekData()[i] = static_cast<unsigned char>(in.u8());
         return Owned(image);
     }
     if (kind == 1) {
         CImg8* image = CImg8::create(width, height, nullptr, alignment(in));
         for (std::uint32_t y = 0; image && y < height; ++y)
-            for (std::uint32_t x = 0; x < width; ++x) image->peekDataArray()[y][x] = static_cast<unsigned char>(in.u8());
+            for (std::uint32_t x = 0; x < width; ++x)
+                image->peekDataArray()[y][x] = static_cast<unsigned char>(in.u8());
         return Owned(image);
     }
     CImg32* image = CImg32::create(width, height, RGBOrderBGR);
@@ -46,7 +49,8 @@ ImgRect anyRect(Input& in, std::uint32_t width, std::uint32_t height) {
     ImgRect rect;
     const bool wild = in.u8() > 220;
     const std::uint32_t left = wild ? in.u32() : in.below(width), top = wild ? in.u32() : in.below(height);
-    rect.setRect(left, top, wild ? in.u32() : left + in.below(width - left), wild ? in.u32() : top + in.below(height - top));
+    rect.setRect(left, top, wild ? in.u32() : left + in.below(width - left),
+                 wild ? in.u32() : top + in.below(height - top));
     return rect;
 }
 
@@ -85,7 +89,8 @@ void transform(Input& in, IImg& image, IImg& other) {
         for (IImg* const same : {twice.get(), back.get()}) {
             PROMISE(same && same->getWidth() == w && same->getHeight() == h);
             if (image.getType() == ImageTypeRGB)
-                PROMISE(std::memcmp(static_cast<CImg32&>(*same).peekData(), static_cast<CImg32&>(image).peekData(), std::size_t{4} * w * h) == 0);
+                PROMISE(std::memcmp(static_cast<CImg32&>(*same).peekData(), static_cast<CImg32&>(image).peekData(),
+                                    std::size_t{4} * w * h) == 0);
         }
     }
     }
@@ -114,7 +119,8 @@ void endHandle(ImgHandle* image) {
 
 void transformHandles(Input& in, ImgHandle* image, ImgHandle* other) {
     std::int32_t corners[8];
-    for (std::int32_t& c : corners) c = static_cast<std::int32_t>((in.u8() > 250 ? in.u32() : static_cast<std::uint32_t>(in.below(150))) - 4);
+    for (std::int32_t& c : corners)
+        c = static_cast<std::int32_t>((in.u8() > 250 ? in.u32() : static_cast<std::uint32_t>(in.below(150))) - 4);
     const ImgRasOp1Desc op1{in.below(5), in.u8() % 2, in.u8() % 2, in.u8() % 2, in.u32(), in.u32()};
     ImgRasOp2Desc op2{};
     op2.op = in.below(9);
@@ -147,15 +153,18 @@ void transformHandles(Input& in, ImgHandle* image, ImgHandle* other) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input in(data, size);
-    const std::uint32_t width = in.upTo(140), height = in.upTo(70), otherWidth = in.upTo(140), otherHeight = in.upTo(70), kind = in.below(7);
+    const std::uint32_t width = in.upTo(140), height = in.upTo(70), otherWidth = in.upTo(140),
+                        otherHeight = in.upTo(70), kind = in.below(7);
     if (kind < 3) {
-        const Owned image = newImage(in, kind, width, height), other = newImage(in, in.u8() < 230 ? kind : in.below(3), otherWidth, otherHeight);
+        const Owned image = newImage(in, kind, width, height),
+                    other = newImage(in, in.u8() < 230 ? kind : in.below(3), otherWidth, otherHeight);
         while (image && other && in.left() > 0) transform(in, *image, *other);
         return 0;
     }
     const std::uint32_t types[] = {ImgTypeBilevel, ImgTypePalette8, ImgTypeRGB24, ImgTypeRGB32};
     ImgHandle* const image = newHandle(in, types[kind - 3], width, height);
-    ImgHandle* const other = newHandle(in, in.u8() < 230 ? types[kind - 3] : types[in.below(4)], otherWidth, otherHeight);
+    ImgHandle* const other =
+        newHandle(in, in.u8() < 230 ? types[kind - 3] : types[in.below(4)], otherWidth, otherHeight);
     while (in.left() > 0) transformHandles(in, image, other);
     endHandle(image);
     endHandle(other);

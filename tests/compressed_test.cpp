@@ -1,4 +1,4 @@
-#include "foundation/line.h"
+#include "ccitt/padded_line.h"
 #include "support/g4_images.h"
 #include "support/layout.h"
 #include "support/raised.h"

@@ -1,6 +1,6 @@
+#include "ccitt/coded_bytes.h"
 #include "ccitt/decode_row.h"
-#include "foundation/coded.h"
-#include "foundation/line.h"
+#include "ccitt/padded_line.h"
 #include "support/coded.h"
 #include "tilepress/ccitt.h"
 
@@ -37,10 +37,8 @@ Decoded decode(std::int32_t width, Bytes plain, List reference = {}, std::int32_
     result.status = CCITT_G4Decode(reference.data(), static_cast<std::int32_t>(reference.size()), width,
                                    reinterpret_cast<std::uint16_t*>(data.data()), &result.byte, &result.bit, nullptr,
                                    coding.data(), &count, static_cast<std::int32_t>(data.size()));
-    if (result.status == 0)
-        result.list.assign(coding.begin(), coding.begin() + count);
-    else
-        EXPECT_EQ(count, -7) << "a failing row keeps the count";
+    if (result.status == 0) result.list.assign(coding.begin(), coding.begin() + count);
+    else EXPECT_EQ(count, -7) << "a failing row keeps the count";
     return result;
 }
 
@@ -104,7 +102,8 @@ TEST_F(G4Decode, StatusesAndListsOfSingleRows) {
 TEST_F(G4Decode, SearchesStopAtTheListsEnds) {
     // Two left of column 1, then directly below what is left of that.
     EXPECT_EQ(decode(8, bits("000010 1 1 1 1"), {0, 1, 3, 9, 9, 9}).status, 0);
-    EXPECT_EQ(decode(8, bits("0000010 1"), {0, 9, 20, 20}).list, (List{0, 6, 9, 9, 9})) << "and forward at the last change";
+    EXPECT_EQ(decode(8, bits("0000010 1"), {0, 9, 20, 20}).list, (List{0, 6, 9, 9, 9}))
+        << "and forward at the last change";
 }
 
 TEST_F(G4Decode, PositionsCountWithinCodedBytes) {
@@ -125,12 +124,15 @@ TEST_F(G4Decode, RefusesWhatItCannotHold) {
     List reference = whiteRow(8), coding(12);
     std::int32_t byte = 0, bit = 1, count = 0;
     EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, -1, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
-    EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 0x7FFFFFF8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 1);
+    EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 0x7FFFFFF8, words, &byte, &bit, nullptr, coding.data(), &count, 2),
+              1);
     for (int missing = 0; missing < 6; ++missing) {
         const auto unless = [missing](int which, auto* given) { return missing == which ? nullptr : given; };
         byte = bit = 1;
-        EXPECT_EQ(CCITT_G4Decode(unless(0, reference.data()), 4, 8, unless(1, words), unless(2, &byte), unless(3, &bit), nullptr,
-                                 unless(4, coding.data()), unless(5, &count), 2), 1) << missing;
+        EXPECT_EQ(CCITT_G4Decode(unless(0, reference.data()), 4, 8, unless(1, words), unless(2, &byte), unless(3, &bit),
+                                 nullptr, unless(4, coding.data()), unless(5, &count), 2),
+                  1)
+            << missing;
         EXPECT_EQ(bit, missing == 2 || missing == 3 ? 1 : 9) << "Kept: rewritten all the same";
     }
     for (auto [farByte, farBit] : {std::pair(0x20000000, 1), {1, INT32_MAX}, {INT32_MIN, 1}, {0, INT32_MIN}})
@@ -159,13 +161,11 @@ TEST_F(G4Decode, FastAndExactAgreeOnRandomCodes) {
         const auto longest = static_cast<unsigned>(std::max(width / 4, 2));
         while (text.size() < 3000) {
             const unsigned pick = random() % 16;
-            if (pick < 11)
-                text += modes[pick];
+            if (pick < 11) text += modes[pick];
             else if (pick < 15 || random() % 8)
                 text += "001" + runText(static_cast<int>(random() % longest), false) +
                         runText(static_cast<int>(random() % longest), true);
-            else
-                text += random() % 4 ? kEndOfBlockText : "0000001";
+            else text += random() % 4 ? kEndOfBlockText : "0000001";
         }
         Bytes plain = bits(text);
         const auto length = static_cast<std::int64_t>(plain.size());
@@ -179,11 +179,11 @@ TEST_F(G4Decode, FastAndExactAgreeOnRandomCodes) {
         for (int row = 0; row < 60; ++row) {
             std::int32_t nextCount = 0, nextExact = 0, nextWord = 0;
             lines[2][kLineIrregular] = 1;
-            const int exact = decodeLine(kDecodeTables, {plain.data(), length, false}, exactBit,
-                                         {lines[2], exactCount}, width, lines[3], nextExact);
-            const int fast = decodeLine(kDecodeTables, {plain.data(), length, false}, bit, {lines[0], count}, width,
-                                        lines[1], nextCount);
-            const int word = decodeRow(kDecodeTables, {words.data(), length, true}, wordBit,
+            const int exact =
+                decodeLine({plain.data(), length, false}, exactBit, {lines[2], exactCount}, width, lines[3], nextExact);
+            const int fast =
+                decodeLine({plain.data(), length, false}, bit, {lines[0], count}, width, lines[1], nextCount);
+            const int word = decodeRow({words.data(), length, true}, wordBit,
                                        {reference.data(), static_cast<std::int32_t>(reference.size())}, width,
                                        coding.data(), nextWord);
             ASSERT_EQ(fast, exact);

@@ -3,6 +3,7 @@
 #include "tilepress/ccitt.h"
 
 #include <gtest/gtest.h>
+#include <bit>
 
 using namespace support;
 using namespace tilepress::g4;
@@ -11,24 +12,30 @@ namespace {
 
 /// Detection byte by byte as it is described: an alternating byte behind the row stops both scans.
 List slowList(Bytes row, std::uint32_t width, std::int32_t capacity) {
-    const DetectTables& t = kDetectTables;
+    // The place of the first set bit, 1 the highest; 0 for none.
+    const auto firstSet = [](unsigned v) {
+        return v == 0 ? 0u : 1u + static_cast<unsigned>(std::countl_zero(static_cast<std::uint8_t>(v)));
+    };
+    const auto firstClear = [&](unsigned v) { return firstSet(~v & 0xFF); };
     std::vector<std::uint32_t> found(static_cast<std::size_t>(capacity) + 2);
     row[(width + 7) / 8] = 0xAA;
     std::uint32_t byte = 0, bit = 0;
     std::int32_t cursor = 1;
     do {
-        const unsigned rest = row[byte] & t.trailing[bit];
-        bit = t.firstSet[rest];
+        const unsigned rest = row[byte] & 0xFFu >> bit;
+        bit = firstSet(rest);
         if (bit == 0) {
-            while (row[++byte] == 0x00) {}
-            bit = t.firstSet[row[byte]];
+            while (row[++byte] == 0x00) {
+            }
+            bit = firstSet(row[byte]);
         }
         found[static_cast<std::size_t>(cursor++)] = bit + 8 * byte;
-        const unsigned filled = row[byte] | t.leading[bit];
-        bit = t.firstClear[filled];
+        const unsigned filled = row[byte] | (0xFF00u >> bit & 0xFF);
+        bit = firstClear(filled);
         if (bit == 0) {
-            while (row[++byte] == 0xFF) {}
-            bit = t.firstClear[row[byte]];
+            while (row[++byte] == 0xFF) {
+            }
+            bit = firstClear(row[byte]);
         }
         found[static_cast<std::size_t>(cursor++)] = bit + 8 * byte;
     } while (found[static_cast<std::size_t>(cursor - 1)] <= width && cursor <= capacity - 3);

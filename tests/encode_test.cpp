@@ -133,9 +133,9 @@ TEST_F(Encode, TheWidestRowOfAll) {
 TEST_F(Encode, ListsThatAreNoRowsGiveNoBits) {
     const List good{0, 3, 5, 9, 9, 9};
     EXPECT_NE(encoded(good, good), "");
-    for (const List& bad : {List{0, 9, 9}, List{0, 3, 3, 9, 9, 9}, List{0, 5, 3, 9, 9, 9}, List{0, 3, 5, 9, 9, 8},
-                            List{0, 0, 5, 9, 9, 9}, List{1, 3, 5, 9, 9, 9}, List{0, 3, 5, 10, 10, 10},
-                            List{0, -3, 5, 9, 9, 9}, List{0, 3, 12, 9, 9, 9}}) {
+    for (const List& bad :
+         {List{0, 9, 9}, List{0, 3, 3, 9, 9, 9}, List{0, 5, 3, 9, 9, 9}, List{0, 3, 5, 9, 9, 8}, List{0, 0, 5, 9, 9, 9},
+          List{1, 3, 5, 9, 9, 9}, List{0, 3, 5, 10, 10, 10}, List{0, -3, 5, 9, 9, 9}, List{0, 3, 12, 9, 9, 9}}) {
         EXPECT_EQ(encoded(good, bad), "");
         EXPECT_EQ(encoded(bad, good), "");
     }
@@ -198,7 +198,8 @@ TEST_F(Strip, RowsJoinWithoutPaddingAndPadBitsDoNotCount) {
             const std::string row = randomRow(random, width, 9, above);
             Bytes bytes = packed(row);
             bytes.resize(bytesPerRow, 0xA5);
-            if (width % 8) bytes[width / 8] = static_cast<unsigned char>(bytes[width / 8] | (random() & 0xFF >> width % 8));
+            if (width % 8)
+                bytes[width / 8] = static_cast<unsigned char>(bytes[width / 8] | (random() & 0xFF >> width % 8));
             rows.insert(rows.end(), bytes.begin(), bytes.end());
             text += rowCodes(above, row);
             above = row;

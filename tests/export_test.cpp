@@ -1,5 +1,5 @@
 #include "tilepress/Export.h"
-#include "model/dither.h"
+#include "kernels/dither.h"
 #include "support/g4_images.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg1G4.h"

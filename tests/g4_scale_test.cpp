@@ -1,7 +1,7 @@
 #include "support/expose.h"
 #include "support/g4_images.h"
-#include "tilepress/ccitt.h"
 #include "tilepress/CImg32.h"
+#include "tilepress/ccitt.h"
 
 #include <gtest/gtest.h>
 
@@ -71,8 +71,9 @@ TEST(ScaleWhileDecoding, EqualsExpandingAndThenScaling) {
         const Known known = enlarge ? kWhiteKnown : static_cast<Known>(round % 5 % 3);
         if (known != kUnknown) image->setBackgroundColor(known == kBlackKnown);
         const auto result = scaled(*image, r, newWidth, newHeight, depth);
-        const auto expected = scaled(*inkOf(picture, r, known), ImgRect(0, 0, static_cast<int>(w) - 1, static_cast<int>(h) - 1),
-                                     newWidth, newHeight, depth);
+        const auto expected =
+            scaled(*inkOf(picture, r, known), ImgRect(0, 0, static_cast<int>(w) - 1, static_cast<int>(h) - 1), newWidth,
+                   newHeight, depth);
         ASSERT_TRUE(result);
         ASSERT_TRUE(expected);
         ASSERT_EQ(result->getType(), expected->getType());
@@ -162,13 +163,17 @@ TEST(ScaleWhileDecoding, DarkPagesComeOutTheSameHoweverTheirBackgroundIsFound) {
     int damaged = 0;
     for (int round = 0; round < 2000; ++round) {
         const auto width = static_cast<ImgULong>(8 + random() % 90), height = static_cast<ImgULong>(2 + random() % 20);
-        const auto tileWidth = static_cast<ImgULong>(8 + random() % 64), tileHeight = static_cast<ImgULong>(1 + random() % 16);
-        std::vector<Bytes> tiles = tilesOf(randomPicture(random, width, height, 75 + random() % 25), tileWidth, tileHeight);
+        const auto tileWidth = static_cast<ImgULong>(8 + random() % 64),
+                   tileHeight = static_cast<ImgULong>(1 + random() % 16);
+        std::vector<Bytes> tiles =
+            tilesOf(randomPicture(random, width, height, 75 + random() % 25), tileWidth, tileHeight);
         Bytes& tile = tiles[random() % tiles.size()];
         const bool spoilt = round % 4 > 0;
         if (spoilt) tile[random() % tile.size()] ^= static_cast<unsigned char>(1 << random() % 8);
-        const auto newWidth = static_cast<ImgULong>(1 + random() % (width / 2)), newHeight = static_cast<ImgULong>(1 + random() % height);
-        G4Image found = makeG4(width, height, tileWidth, tileHeight, tiles), known = makeG4(width, height, tileWidth, tileHeight, tiles);
+        const auto newWidth = static_cast<ImgULong>(1 + random() % (width / 2)),
+                   newHeight = static_cast<ImgULong>(1 + random() % height);
+        G4Image found = makeG4(width, height, tileWidth, tileHeight, tiles),
+                known = makeG4(width, height, tileWidth, tileHeight, tiles);
         known->setBackgroundColor(1);
         CImgErr::sm_errcode = ImgErrNone;
         const auto result = scaled(*found, found->getRect(), newWidth, newHeight, 1);
@@ -207,17 +212,20 @@ TEST(ScaleWhileDecoding, PlainReductionsTakeBitsAsTheyAre) {
         const int left = static_cast<int>(random() % width), top = static_cast<int>(random() % height);
         const ImgRect r(left, top, static_cast<int>(width) - 1, static_cast<int>(height) - 1);
         const ImgULong w = r.getWidth(), h = r.getHeight();
-        const auto newWidth = static_cast<ImgULong>(1 + random() % w), newHeight = static_cast<ImgULong>(1 + random() % h);
+        const auto newWidth = static_cast<ImgULong>(1 + random() % w),
+                   newHeight = static_cast<ImgULong>(1 + random() % h);
         Picture expected(newHeight, std::string(newWidth, '0'));
         for (ImgULong y = 0; y < newHeight; ++y)
             for (ImgULong x = 0; x < newWidth; ++x)
-                expected[y][x] = picture[top + (y * h + newHeight - 1) / newHeight][left + (x * w + newWidth - 1) / newWidth];
+                expected[y][x] =
+                    picture[top + (y * h + newHeight - 1) / newHeight][left + (x * w + newWidth - 1) / newWidth];
         const std::unique_ptr<CImg1> result((image.get()->*workerOf(Reduce1G4{}))(newWidth, newHeight, r));
         CCITT_DisableG4Decode();
         ASSERT_TRUE(result);
         ASSERT_EQ(pictureOf(*result), expected) << width << "x" << height << " to " << newWidth << "x" << newHeight;
         const unsigned char lastByte = result->peekData()[result->getBytesPerLine() - 1];
-        EXPECT_EQ(lastByte & (result->getPadBits() > 0), image->getBackgroundColor() && result->getPadBits() > 0) << "padding";
+        EXPECT_EQ(lastByte & (result->getPadBits() > 0), image->getBackgroundColor() && result->getPadBits() > 0)
+            << "padding";
     }
     G4Image image = compressed(Picture(4, "0110"), 4, 4);
     EXPECT_EQ((image.get()->*workerOf(Reduce1G4{}))(5, 4, image->getRect()), nullptr);
@@ -230,11 +238,13 @@ TEST(ScaleWhileDecoding, DamagedTilesEndInAStatus) {
     int damaged = 0;
     while (damaged < 10000) {
         const auto width = static_cast<ImgULong>(1 + random() % 90), height = static_cast<ImgULong>(1 + random() % 20);
-        const auto tileWidth = static_cast<ImgULong>(1 + random() % 64), tileHeight = static_cast<ImgULong>(1 + random() % 16);
+        const auto tileWidth = static_cast<ImgULong>(1 + random() % 64),
+                   tileHeight = static_cast<ImgULong>(1 + random() % 16);
         std::vector<Bytes> tiles = tilesOf(randomPicture(random, width, height, random() % 60), tileWidth, tileHeight);
         for (Bytes& tile : tiles) {
             ++damaged;
-            for (unsigned n = 1 + random() % 3; n > 0; --n) tile[random() % tile.size()] ^= static_cast<unsigned char>(1 << random() % 8);
+            for (unsigned n = 1 + random() % 3; n > 0; --n)
+                tile[random() % tile.size()] ^= static_cast<unsigned char>(1 << random() % 8);
             if (random() % 4 == 0) tile.resize(random() % tile.size());
         }
         G4Image image = makeG4(width, height, tileWidth, tileHeight, tiles);

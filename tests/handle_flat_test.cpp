@@ -29,7 +29,8 @@ Picture plain(const support::Picture& text) {
     return picture;
 }
 
-Handle compressedHandle(const std::vector<Bytes>& tiles, std::uint32_t w = 100, std::uint32_t h = 50, std::uint32_t tw = 64, std::uint32_t th = 32) {
+Handle compressedHandle(const std::vector<Bytes>& tiles, std::uint32_t w = 100, std::uint32_t h = 50,
+                        std::uint32_t tw = 64, std::uint32_t th = 32) {
     void* array = nullptr;
     MemAllocate(0, tiles.size() * sizeof(void*), 0, &array);
     void** blocks = static_cast<void**>(array);
@@ -51,7 +52,9 @@ struct Block {
     explicit Block(const Handle& image) { EXPECT_EQ(TiffG4Serialize(image.get(), &data, &size), 1u); }
     ~Block() { MemFree(0, data); }
     Block(const Block&) = delete;
-    std::uint32_t& word(std::size_t offset) { return *reinterpret_cast<std::uint32_t*>(static_cast<char*>(data) + offset); }
+    std::uint32_t& word(std::size_t offset) {
+        return *reinterpret_cast<std::uint32_t*>(static_cast<char*>(data) + offset);
+    }
     ImgG4Header& header() { return *reinterpret_cast<ImgG4Header*>(static_cast<char*>(data) + sizeof(ImgHandle)); }
     ImgHandle* revive() {
         ImgHandle* image = nullptr;
@@ -72,7 +75,8 @@ TEST(HandleTiffG4, RendersAsTheExpandedImage) {
     EXPECT_EQ(rendered(image.get(), 50, 100), rendered(bits.get(), 50, 100));
     const ImgConvertDesc bilevel{1, 1, nullptr}, colour{4, 1, nullptr};
     EXPECT_EQ(pictureOf(Handle(image->convert(image.get(), &bilevel))), plain(page()));
-    EXPECT_EQ(pictureOf(Handle(image->convert(image.get(), &colour))), pictureOf(Handle(bits->convert(bits.get(), &colour))));
+    EXPECT_EQ(pictureOf(Handle(image->convert(image.get(), &colour))),
+              pictureOf(Handle(bits->convert(bits.get(), &colour))));
 }
 
 TEST(HandleTiffG4, DamageGivesNullAndTheCodecStaysAsItWas) {
@@ -117,10 +121,12 @@ TEST(HandleTiffG4, WhatIsMissingIsWhiteOrRefused) {
         std::uint32_t size = 0;
         TiffG4Serialize(image.get(), &buffer, &size);
         MemFree(0, buffer);
-        return buffer || size || image->serialize(image.get(), nullptr, &size) || image->serialize(image.get(), &buffer, nullptr);
+        return buffer || size || image->serialize(image.get(), nullptr, &size) ||
+               image->serialize(image.get(), &buffer, nullptr);
     };
     const auto refused = [&] {
-        return !image->render(image.get(), 9, 9, nullptr, 0, 0, 8) && !image->convert(image.get(), &target) && !serialized();
+        return !image->render(image.get(), 9, 9, nullptr, 0, 0, 8) && !image->convert(image.get(), &target) &&
+               !serialized();
     };
     image->data = nullptr;
     EXPECT_TRUE(refused());
@@ -128,7 +134,8 @@ TEST(HandleTiffG4, WhatIsMissingIsWhiteOrRefused) {
     std::uint32_t* const counts = std::exchange(header.byteCounts, nullptr);
     EXPECT_TRUE(refused());
     header.byteCounts = counts;
-    EXPECT_FALSE(image->convert(image.get(), nullptr) || image->convert(nullptr, &target) || image->render(nullptr, 9, 9, nullptr, 0, 0, 8));
+    EXPECT_FALSE(image->convert(image.get(), nullptr) || image->convert(nullptr, &target) ||
+                 image->render(nullptr, 9, 9, nullptr, 0, 0, 8));
     header.tileWidth = 0;
     EXPECT_FALSE(image->render(image.get(), 9, 9, nullptr, 0, 0, 8));
     header.tileWidth = 0x40000000;
@@ -143,24 +150,31 @@ TEST(HandleTiffG4, BeginningAndEnd) {
     const Handle none(ImgNew(ImgTypeTiffG4));
     const std::uint32_t counts[] = {0};
     void* tiles[] = {nullptr};
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 0, 10, counts, tiles) || ImgCreateTiffG4(none.get(), 10, 10, 10, 0, counts, tiles));
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 0, 10, 10, 10, counts, tiles) || ImgCreateTiffG4(none.get(), 10, 0, 10, 10, counts, tiles));
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 10, 10, nullptr, tiles) || ImgCreateTiffG4(none.get(), 10, 10, 10, 10, counts, nullptr));
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 0, 10, counts, tiles) ||
+                 ImgCreateTiffG4(none.get(), 10, 10, 10, 0, counts, tiles));
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 0, 10, 10, 10, counts, tiles) ||
+                 ImgCreateTiffG4(none.get(), 10, 0, 10, 10, counts, tiles));
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 10, 10, nullptr, tiles) ||
+                 ImgCreateTiffG4(none.get(), 10, 10, 10, 10, counts, nullptr));
     const std::uint32_t large[] = {0x80000000, 0x80000000};
     void* two[] = {nullptr, nullptr};
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 20, 10, 10, 10, large, two) || ImgCreateTiffG4(nullptr, 10, 10, 10, 10, counts, tiles));
+    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 20, 10, 10, 10, large, two) ||
+                 ImgCreateTiffG4(nullptr, 10, 10, 10, 10, counts, tiles));
     ImgHandle* bare = none.get();
     EXPECT_EQ(ImgTIFFG4Free(&bare, nullptr), nullptr);
     EXPECT_EQ(bare, none.get()) << "without a header it stays";
-    for (const Handle& other : {handleOf<Bits>(Picture(9, 9)), Handle(ImgNew(ImgTypeTiffG4))}) EXPECT_FALSE(none->render(other.get(), 5, 5, nullptr, 0, 0, 8));
+    for (const Handle& other : {handleOf<Bits>(Picture(9, 9)), Handle(ImgNew(ImgTypeTiffG4))})
+        EXPECT_FALSE(none->render(other.get(), 5, 5, nullptr, 0, 0, 8));
 
     ImgHandle* image = compressedPage().release();
     const auto& header = *static_cast<ImgG4Header*>(image->header);
     EXPECT_EQ(header.bytesPerLine, 13u);
-    EXPECT_EQ(header.totalBytes, header.byteCounts[0] + header.byteCounts[1] + header.byteCounts[2] + header.byteCounts[3]);
+    EXPECT_EQ(header.totalBytes,
+              header.byteCounts[0] + header.byteCounts[1] + header.byteCounts[2] + header.byteCounts[3]);
     const ImgG4TileRec& last = header.tileRows[1][1];
     void** const data = static_cast<void**>(image->data);
-    EXPECT_TRUE(last.originX == 64 && last.originY == 32 && last.decodeFlag == 1 && last.decodeState == 0 && last.tileData == data[3]);
+    EXPECT_TRUE(last.originX == 64 && last.originY == 32 && last.decodeFlag == 1 && last.decodeState == 0 &&
+                last.tileData == data[3]);
     EXPECT_EQ(ImgGetWidth(image) * 1000 + ImgGetHeight(image), 100050u);
     EXPECT_EQ(image->free(&image, data), data);
     EXPECT_EQ(image, nullptr);
@@ -171,7 +185,8 @@ TEST(HandleTiffG4, BeginningAndEnd) {
 TEST(HandleFlat, LiesAsItIsWritten) {
     const bool narrow = sizeof(void*) == 4;
     Block block(compressedPage());
-    const std::size_t counts = narrow ? 264 : 376, pointers = narrow ? 280 : 392, records = narrow ? 296 : 424, coded = narrow ? 1560 : 1704;
+    const std::size_t counts = narrow ? 264 : 376, pointers = narrow ? 280 : 392, records = narrow ? 296 : 424,
+                      coded = narrow ? 1560 : 1704;
     EXPECT_EQ(block.size, coded + block.header().totalBytes);
     EXPECT_EQ(block.word(0), 8u);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.header().byteCounts), counts);
@@ -180,7 +195,8 @@ TEST(HandleFlat, LiesAsItIsWritten) {
     for (std::size_t at = pointers; at < coded; at += 4) EXPECT_EQ(block.word(at), 0u) << at;
     ImgHandle* image = block.revive();
     ASSERT_EQ(image, block.data);
-    EXPECT_EQ(static_cast<char*>(static_cast<void*>(block.header().tileRows[0])), static_cast<char*>(block.data) + records);
+    EXPECT_EQ(static_cast<char*>(static_cast<void*>(block.header().tileRows[0])),
+              static_cast<char*>(block.data) + records);
     EXPECT_EQ(block.header().tileRows[1][1].originY, 32u);
     EXPECT_EQ(rendered(image), plain(page()));
     EXPECT_EQ(image->free(&image, nullptr), nullptr);
@@ -202,15 +218,17 @@ TEST(HandleFlat, LiesAsItIsWritten) {
 
 TEST(HandleFlat, FromTheOtherByteOrder) {
     Block block(compressedPage());
-    const std::vector<std::uint32_t> counts(&block.word(reinterpret_cast<std::uintptr_t>(block.header().byteCounts)),
-                                            &block.word(reinterpret_cast<std::uintptr_t>(block.header().byteCounts)) + 4);
+    const std::vector<std::uint32_t> counts(
+        &block.word(reinterpret_cast<std::uintptr_t>(block.header().byteCounts)),
+        &block.word(reinterpret_cast<std::uintptr_t>(block.header().byteCounts)) + 4);
     auto* coded = static_cast<unsigned char*>(block.data) + block.size - block.header().totalBytes;
     const std::vector<unsigned char> native(coded, coded + block.header().totalBytes);
     for (std::uint32_t count : counts) {
         for (std::uint32_t i = 0; i + 1 < count; i += 2) tra_swap_2(coded + i);
         coded += count;
     }
-    for (std::size_t k = 0; k < 4; ++k) tra_swap_4(&block.word(reinterpret_cast<std::uintptr_t>(block.header().byteCounts)) + k);
+    for (std::size_t k = 0; k < 4; ++k)
+        tra_swap_4(&block.word(reinterpret_cast<std::uintptr_t>(block.header().byteCounts)) + k);
     tra_swap_4(block.data);
     for (std::size_t at = 0; at < 28; ++at) tra_swap_4(reinterpret_cast<std::uint32_t*>(&block.header()) + at);
     tra_swap_4(&block.header().tileWidth);
@@ -230,8 +248,11 @@ TEST(HandleFlat, OddTilesKeepTheirLastByte) {
     Block block(compressedHandle({{1, 2, 3}, {4, 5}, {}, {6}}));
     ImgG4Header& header = block.header();
     const std::size_t counts = reinterpret_cast<std::uintptr_t>(header.byteCounts);
-    for (std::int32_t* corner : {&header.quads.srcQuad.x0, &header.quads.srcQuad.y0, &header.quads.srcQuad.x2, &header.quads.srcQuad.y2}) tra_swap_4(corner);
-    for (std::uint32_t* word : {&header.bytesPerLine, &header.tileWidth, &header.tileHeight, &header.totalBytes}) tra_swap_4(word);
+    for (std::int32_t* corner :
+         {&header.quads.srcQuad.x0, &header.quads.srcQuad.y0, &header.quads.srcQuad.x2, &header.quads.srcQuad.y2})
+        tra_swap_4(corner);
+    for (std::uint32_t* word : {&header.bytesPerLine, &header.tileWidth, &header.tileHeight, &header.totalBytes})
+        tra_swap_4(word);
     for (std::size_t k = 0; k < 4; ++k) tra_swap_4(&block.word(counts + 4 * k));
     ImgHandle* image = block.revive();
     ASSERT_TRUE(image);
@@ -242,12 +263,18 @@ TEST(HandleFlat, OddTilesKeepTheirLastByte) {
 
 TEST(HandleFlat, RefusesWhatIsNoHeader) {
     const std::vector<std::function<void(ImgG4Header&)>> faults = {
-        [](ImgG4Header& h) { ++h.bytesPerLine; },          [](ImgG4Header& h) { h.tileWidth = 101; },
-        [](ImgG4Header& h) { h.tileWidth = 0; },           [](ImgG4Header& h) { h.tileHeight = 51; },
-        [](ImgG4Header& h) { h.tileHeight = 0; },          [](ImgG4Header& h) { h.quads.srcQuad.y0 = -1; },
-        [](ImgG4Header& h) { h.quads.srcQuad.x2 = -99; },  [](ImgG4Header& h) { h.quads.srcQuad.y2 = -49; },
-        [](ImgG4Header& h) { h.quads.srcQuad.x0 = -1; },   [](ImgG4Header& h) { h.quads.srcQuad.y2 = INT32_MIN; },
-        [](ImgG4Header& h) { h.totalBytes -= 1; },         [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x7FFFFFFF, h.bytesPerLine = 0x10000000, h.tileWidth = 1; },
+        [](ImgG4Header& h) { ++h.bytesPerLine; },
+        [](ImgG4Header& h) { h.tileWidth = 101; },
+        [](ImgG4Header& h) { h.tileWidth = 0; },
+        [](ImgG4Header& h) { h.tileHeight = 51; },
+        [](ImgG4Header& h) { h.tileHeight = 0; },
+        [](ImgG4Header& h) { h.quads.srcQuad.y0 = -1; },
+        [](ImgG4Header& h) { h.quads.srcQuad.x2 = -99; },
+        [](ImgG4Header& h) { h.quads.srcQuad.y2 = -49; },
+        [](ImgG4Header& h) { h.quads.srcQuad.x0 = -1; },
+        [](ImgG4Header& h) { h.quads.srcQuad.y2 = INT32_MIN; },
+        [](ImgG4Header& h) { h.totalBytes -= 1; },
+        [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x7FFFFFFF, h.bytesPerLine = 0x10000000, h.tileWidth = 1; },
         [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x80; },  // the other way round the lowest number
         [](ImgG4Header& h) { h.quads.srcQuad.x2 = 0x3FFFFFFF, h.bytesPerLine = 0x08000000, h.tileWidth = 0x40000000; }};
     for (const auto& fault : faults) {

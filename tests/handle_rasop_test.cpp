@@ -5,7 +5,8 @@
 namespace tilepress::test {
 namespace {
 
-ImgRasOp1Desc fillDesc(std::uint32_t op, bool keepA = false, std::uint32_t colorA = 0, bool keepB = false, std::uint32_t colorB = 0) {
+ImgRasOp1Desc fillDesc(std::uint32_t op, bool keepA = false, std::uint32_t colorA = 0, bool keepB = false,
+                       std::uint32_t colorB = 0) {
     return {op, 1, keepA, keepB, colorB, colorA};
 }
 ImgRasOp2Desc combineDesc(std::uint32_t op, const std::int32_t* position = nullptr, bool placed = false) {
@@ -117,7 +118,9 @@ TYPED_TEST(HandleRasOp2, ScalesTheSourceFirst) {
 
 TYPED_TEST(HandleRasOp2, PastesAtAPosition) {
     const Picture whole = randomPixels<TypeParam>(40, 6), part = randomPixels<TypeParam>(16, 2);
-    const auto at = [](std::int32_t x, std::int32_t y) { return std::vector<std::int32_t>{x, y, x, y + 1, x + 15, y + 1, x + 15, y}; };
+    const auto at = [](std::int32_t x, std::int32_t y) {
+        return std::vector<std::int32_t>{x, y, x, y + 1, x + 15, y + 1, x + 15, y};
+    };
     Picture pasted = whole;
     for (std::size_t y = 0; y < 2; ++y)
         for (std::size_t x = 0; x < 16; ++x) pasted.at(24 + x, 4 + y) = part.at(x, y);
@@ -125,13 +128,18 @@ TYPED_TEST(HandleRasOp2, PastesAtAPosition) {
         EXPECT_EQ(after<TypeParam>(part, combineDesc(op, at(24, 4).data(), true), whole), pasted);
     for (auto [x, y] : {std::pair(25, 4), {24, 5}, {-1, 0}, {0, -1}, {INT32_MAX - 15, 0}})
         EXPECT_EQ(after<TypeParam>(part, combineDesc(ImgRasOr, at(x, y).data(), true), whole), kNone) << x << ' ' << y;
-    EXPECT_EQ(after<TypeParam>(whole, combineDesc(ImgRasOr, at(0, 0).data(), true), part), kNone) << "larger than its place";
+    EXPECT_EQ(after<TypeParam>(whole, combineDesc(ImgRasOr, at(0, 0).data(), true), part), kNone)
+        << "larger than its place";
     for (auto [x, y] : {std::pair(39, 0), {0, 5}})
-        EXPECT_EQ(after<TypeParam>(part, combineDesc(ImgRasOr, std::vector{x, y, x, y, x, y, x, y}.data(), true), whole), kNone) << "a place of one pixel";
+        EXPECT_EQ(
+            after<TypeParam>(part, combineDesc(ImgRasOr, std::vector{x, y, x, y, x, y, x, y}.data(), true), whole),
+            kNone)
+            << "a place of one pixel";
     const Handle source = handleOf<TypeParam>(part), destination = handleOf<TypeParam>(whole);
     ImgSetDstRect(source.get(), at(24, 4).data());
     ImgRasOp2Desc desc = combineDesc(ImgRasCopy, nullptr, true);
-    EXPECT_EQ(pictureOf(destination->rasOp2(source.get(), &desc, destination.get())), pasted) << "the source's own position";
+    EXPECT_EQ(pictureOf(destination->rasOp2(source.get(), &desc, destination.get())), pasted)
+        << "the source's own position";
 }
 
 TEST(HandleRasOp2Bits, PasteMovedBitsByBytes) {
@@ -141,7 +149,8 @@ TEST(HandleRasOp2Bits, PasteMovedBitsByBytes) {
         ImgCreateBilevel(from.get(), 13, 1, 16, nullptr);
         ImgCreateBilevel(to.get(), width, 1, 8, nullptr);
         for (std::size_t i = 0; i < source.size(); ++i) rowOf(*from, 0)[i] = static_cast<std::uint8_t>(source[i]);
-        for (std::size_t i = 0; i < destination.size(); ++i) rowOf(*to, 0)[i] = static_cast<std::uint8_t>(destination[i]);
+        for (std::size_t i = 0; i < destination.size(); ++i)
+            rowOf(*to, 0)[i] = static_cast<std::uint8_t>(destination[i]);
         const std::int32_t position[8] = {x, 0, x, 0, x + 12, 0, x + 12, 0};
         ImgRasOp2Desc desc = combineDesc(ImgRasAnd, position, true);
         EXPECT_TRUE(to->rasOp2(from.get(), &desc, to.get()));
@@ -153,7 +162,8 @@ TEST(HandleRasOp2Bits, PasteMovedBitsByBytes) {
     EXPECT_EQ(paste({0xA5, 0x3C}, {0x00, 0x00}, 3), (std::vector<int>{0x14, 0xA7})) << "nothing past the block";
     for (auto [alignFrom, alignTo] : {std::pair(0u, 8u), {8u, 0u}}) {
         const Handle from(ImgNew(ImgTypeBilevel)), to(ImgNew(ImgTypeBilevel));
-        EXPECT_TRUE(ImgCreateBilevel(from.get(), 8, 1, alignFrom, nullptr) && ImgCreateBilevel(to.get(), 8, 1, alignTo, nullptr));
+        EXPECT_TRUE(ImgCreateBilevel(from.get(), 8, 1, alignFrom, nullptr) &&
+                    ImgCreateBilevel(to.get(), 8, 1, alignTo, nullptr));
         ImgRasOp2Desc desc = combineDesc(ImgRasOr, nullptr, true);
         EXPECT_FALSE(to->rasOp2(from.get(), &desc, to.get())) << "rows without a length";
     }

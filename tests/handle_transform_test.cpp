@@ -21,15 +21,24 @@ TYPED_TEST(HandleTransforms, AreThoseOfTheClasses) {
         const Handle handle = handleOf<TypeParam>(picture);
         for (double degrees : {90., 180., 270., 360., 33.5, 200., -20., 450., 1000., 3.6e14 + 90})
             EXPECT_TRUE(pictureOf(Handle(handle->rotate(handle.get(), degrees))) ==
-                        pictureOf(owned<Image>(image->rotate(degrees)).get())) << degrees << ' ' << w;
-        EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 1))), pictureOf(owned<Image>(image->mirror(ImgMirX)).get()));
-        EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 2))), pictureOf(owned<Image>(image->mirror(ImgMirY)).get()));
+                        pictureOf(owned<Image>(image->rotate(degrees)).get()))
+                << degrees << ' ' << w;
+        EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 1))),
+                  pictureOf(owned<Image>(image->mirror(ImgMirX)).get()));
+        EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 2))),
+                  pictureOf(owned<Image>(image->mirror(ImgMirY)).get()));
         EXPECT_EQ(handle->mirror(handle.get(), 3), handle.get());
         EXPECT_EQ(pictureOf(Handle(handle->rotate(handle.get(), 0))), picture);
         ImgScaleAttr attr{};
-        for (auto [dw, dh] : {std::pair(w, h), {w * 2, h * 2}, {w * 3 - 1, h + 5}, {w / 2 + 1, h / 3 + 1}, {w * 2, h / 2 + 1}, {w / 3 + 1, h * 2}})
+        for (auto [dw, dh] : {std::pair(w, h),
+                              {w * 2, h * 2},
+                              {w * 3 - 1, h + 5},
+                              {w / 2 + 1, h / 3 + 1},
+                              {w * 2, h / 2 + 1},
+                              {w / 3 + 1, h * 2}})
             EXPECT_TRUE(pictureOf(Handle(handle->render(handle.get(), dw, dh, nullptr, 0, 0, 32))) ==
-                        pictureOf(owned<Image>(image->scale(ImgRect(0, 0, w - 1, h - 1), dw, dh, attr)).get())) << dw << ' ' << dh;
+                        pictureOf(owned<Image>(image->scale(ImgRect(0, 0, w - 1, h - 1), dw, dh, attr)).get()))
+                << dw << ' ' << dh;
         EXPECT_EQ(pictureOf(handle), picture);
     }
 }
@@ -44,16 +53,20 @@ TYPED_TEST(HandleTransforms, RenderAsTheHeaderSays) {
     const Handle mirrored(handle->mirror(handle.get(), 2)), turned(mirrored->rotate(mirrored.get(), 90));
     const Handle wanted(turned->render(turned.get(), 5, 6, nullptr, 0, 0, 8));
     EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 0, 0, nullptr, 0, 0, 8))), pictureOf(wanted));
-    EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 21, 13, mirrored->header, 0, 0, 8))), picture) << "another's header";
+    EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 21, 13, mirrored->header, 0, 0, 8))), picture)
+        << "another's header";
     const std::int32_t endless[8] = {INT32_MIN, INT32_MIN, 0, 0, INT32_MAX, INT32_MAX, 0, 0};
     ImgSetDstRect(handle.get(), endless);
-    EXPECT_FALSE(handle->render(handle.get(), 0, 1, nullptr, 0, 0, 8) || handle->render(handle.get(), 1, 0, nullptr, 0, 0, 8));
+    EXPECT_FALSE(handle->render(handle.get(), 0, 1, nullptr, 0, 0, 8) ||
+                 handle->render(handle.get(), 1, 0, nullptr, 0, 0, 8));
 }
 
 TYPED_TEST(HandleTransforms, CutRegions) {
     const Picture picture = randomPixels<TypeParam>(30, 9);
     const Handle handle = handleOf<TypeParam>(picture);
-    const auto cut = [&](std::vector<std::int32_t> corners) { return pictureOf(Handle(handle->subImage(handle.get(), corners.data()))); };
+    const auto cut = [&](std::vector<std::int32_t> corners) {
+        return pictureOf(Handle(handle->subImage(handle.get(), corners.data())));
+    };
     EXPECT_EQ(cut({0, 8, 0, 0, 29, 0, 29, 8}), picture);
     Picture part(11, 3);
     for (std::size_t y = 0; y < 3; ++y)
@@ -91,7 +104,8 @@ TEST(HandleConversion, BetweenTypes) {
     ASSERT_TRUE(ImgCreatePalette8(palette.get(), 4, 1, 8, &table, nullptr));
     std::memcpy(rowOf(*palette, 0), "\0\1\2\x63", 4);
     static_cast<Img8Header*>(palette->header)->colorTable->count = 200;  // beyond its capacity
-    for (std::uint32_t type : {4u, 16u, 32u}) EXPECT_EQ(pictureOf(converted(palette, type)), Picture(4, {0xFF, 0xFF00, 0x1E140A, 0}));
+    for (std::uint32_t type : {4u, 16u, 32u})
+        EXPECT_EQ(pictureOf(converted(palette, type)), Picture(4, {0xFF, 0xFF00, 0x1E140A, 0}));
     EXPECT_EQ(pictureOf(converted(palette, 1)), Picture(4, {1, 0, 1, 1}));
     ColorMapEntry others[] = {{0, 250, 0}, {200, 0, 0}};
     ColorTable other = {2, 2, 255, others};

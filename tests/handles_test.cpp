@@ -35,9 +35,12 @@ TEST(Handles, TypesAndTheirOperations) {
 }
 
 TEST(Handles, BilevelRows) {
-    struct Case { std::uint32_t width, height, align, padBits, bytesPerLine, dataSize; };
-    for (const Case& c : {Case{17, 3, 16, 15, 4, 12}, Case{17, 3, 8, 7, 3, 9}, Case{32, 2, 32, 0, 4, 8}, Case{1, 1, 32, 31, 4, 4},
-                          Case{8, 1, 0, 0, 0, 2}, Case{3, 3, 5, 0, 0, 1}, Case{16, 1, 0, 0, 0, 3}}) {
+    struct Case {
+        std::uint32_t width, height, align, padBits, bytesPerLine, dataSize;
+    };
+    for (const Case& c :
+         {Case{17, 3, 16, 15, 4, 12}, Case{17, 3, 8, 7, 3, 9}, Case{32, 2, 32, 0, 4, 8}, Case{1, 1, 32, 31, 4, 4},
+          Case{8, 1, 0, 0, 0, 2}, Case{3, 3, 5, 0, 0, 1}, Case{16, 1, 0, 0, 0, 3}}) {
         const Handle image(ImgNew(ImgTypeBilevel));
         ASSERT_TRUE(ImgCreateBilevel(image.get(), c.width, c.height, c.align, nullptr));
         const auto& header = *static_cast<Img1Header*>(image->header);
@@ -118,9 +121,11 @@ TYPED_TEST(EveryHandle, RefusesWhatCannotBe) {
     const std::int32_t corners[8] = {};
     const ImgHandle ops = *image;
     const auto refused = [&](ImgHandle* handle) {
-        EXPECT_FALSE(ops.clone(handle) || ops.rotate(handle, 90) || ops.mirror(handle, 1) || ops.subImage(handle, corners));
+        EXPECT_FALSE(ops.clone(handle) || ops.rotate(handle, 90) || ops.mirror(handle, 1) ||
+                     ops.subImage(handle, corners));
         EXPECT_FALSE(ops.render(handle, 1, 1, nullptr, 0, 0, 8) || ops.convert(handle, &target));
-        for (std::uint32_t op : {ImgRasFill, ImgRasInvert}) EXPECT_FALSE(ops.rasOp1(handle, &(op1 = {op, 1, 0, 0, 0, 0}), 0));
+        for (std::uint32_t op : {ImgRasFill, ImgRasInvert})
+            EXPECT_FALSE(ops.rasOp1(handle, &(op1 = {op, 1, 0, 0, 0, 0}), 0));
         for (ImgRasOp2Desc desc : {op2, unscaled}) EXPECT_FALSE(ops.rasOp2(handle, &desc, handle));
     };
     for (ImgHandle* handle : {image.get(), static_cast<ImgHandle*>(nullptr)}) {
@@ -145,7 +150,9 @@ TYPED_TEST(EveryHandle, RefusesWhatCannotBe) {
         else if (missing == 1) image->header = nullptr;
         else image->type = ImgTypeTiffG4;
         refused(image.get());
-        EXPECT_FALSE(other->rasOp2(image.get(), &unscaled, other.get()) || other->rasOp2(other.get(), &unscaled, image.get())) << missing;
+        EXPECT_FALSE(other->rasOp2(image.get(), &unscaled, other.get()) ||
+                     other->rasOp2(other.get(), &unscaled, image.get()))
+            << missing;
         *image = whole;
     }
     image->render = nullptr;
@@ -173,7 +180,8 @@ TYPED_TEST(EveryHandle, StoresParameters) {
         }
     };
     const double huge = std::numeric_limits<double>::infinity();
-    for (auto [set, stored] : {std::pair(89.9, 89), {-0.5, 0}, {-90.9, -90}, {double(NAN), 0}, {huge, INT32_MAX}, {-huge, INT32_MIN}}) {
+    for (auto [set, stored] :
+         {std::pair(89.9, 89), {-0.5, 0}, {-90.9, -90}, {double(NAN), 0}, {huge, INT32_MAX}, {-huge, INT32_MIN}}) {
         ImgSetRotation(image.get(), set);
         EXPECT_EQ(rotation(), stored);
     }

@@ -1,4 +1,4 @@
-#include "model/kinds.h"
+#include "model/image_kinds.h"
 #include "support/layout.h"
 #include "tilepress/TileIterators.h"
 
@@ -155,7 +155,9 @@ TEST(Guards, PixelsMustCoverTheExtents) {
     }
     bilevel->setExtents(10, 3);
     palette->setExtents(10, 3);
-    for (void* block : {static_cast<void*>(bilevel->ownData()), static_cast<void*>(palette->ownData()), static_cast<void*>(rgb->ownData())}) std::free(block);
+    for (void* block : {static_cast<void*>(bilevel->ownData()), static_cast<void*>(palette->ownData()),
+                        static_cast<void*>(rgb->ownData())})
+        std::free(block);
     EXPECT_FALSE(hasPixels(*bilevel) || hasPixels(*palette) || hasPixels(*rgb));
     palette.reset(CImg8::create());
     EXPECT_FALSE(hasPixels(*palette));

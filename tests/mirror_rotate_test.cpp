@@ -14,7 +14,8 @@ TYPED_TEST_SUITE(RightAngles, PixelKinds);
 struct Turn {
     const char* name;
     bool turned;
-    std::function<std::pair<std::size_t, std::size_t>(std::size_t w, std::size_t h, std::size_t i, std::size_t j)> source;
+    std::function<std::pair<std::size_t, std::size_t>(std::size_t w, std::size_t h, std::size_t i, std::size_t j)>
+        source;
     std::function<IImg*(IImg&)> apply;
 };
 

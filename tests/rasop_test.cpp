@@ -1,4 +1,4 @@
-#include "foundation/paste.h"
+#include "kernels/paste_rows.h"
 #include "support/pictures.h"
 
 #include <string>
@@ -166,7 +166,8 @@ TYPED_TEST(RasOp, PlacesMustLieInsideWithoutWrapping) {
 
 TYPED_TEST(RasOp, OtherCodesChangeNothing) {
     const Picture picture = randomPicture<TypeParam>(9, 3);
-    const auto image = imageOf<TypeParam>(picture, ImgAlignNone), second = imageOf<TypeParam>(Picture(9, 3), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(picture, ImgAlignNone),
+               second = imageOf<TypeParam>(Picture(9, 3), ImgAlignNone);
     RasOpXfmAttr attr = at(0, 0);
     for (int code : {-1, 5}) {
         imgRaise(ImgErrDecode);
@@ -178,7 +179,8 @@ TYPED_TEST(RasOp, OtherCodesChangeNothing) {
 
 TYPED_TEST(RasOp, OtherKindsAndImagesWithoutPixelsAreRefused) {
     const Picture picture = randomPicture<TypeParam>(9, 3);
-    const auto image = imageOf<TypeParam>(picture, ImgAlignNone), second = imageOf<TypeParam>(Picture(9, 3), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(picture, ImgAlignNone),
+               second = imageOf<TypeParam>(Picture(9, 3), ImgAlignNone);
     const auto one = imageOf<CImg1>(Picture(1, 1), ImgAlignNone);
     const auto word = imageOf<CImg32>(Picture(1, 1), ImgAlignNone);
     const IImg& other = image->getType() == ImageTypeBilevel ? static_cast<IImg&>(*word) : *one;

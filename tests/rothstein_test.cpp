@@ -1,7 +1,7 @@
 #include "tilepress/Rothstein.h"
 
-#include "transform/grey.h"
-#include "transform/runs.h"
+#include "kernels/grey_maps.h"
+#include "kernels/mark_tables.h"
 
 #include <gtest/gtest.h>
 
@@ -58,8 +58,7 @@ TEST(Rothstein, KeptNoMarksMarkEverything) { EXPECT_EQ(bitsOf(4, 0), (Numbers{1,
 
 TEST(Rothstein, RunTablesAreThoseOfTheCode) {
     for (ImgULong n = 0; n < 70; ++n)
-        for (ImgULong m = 0; m < 90; ++m)
-            ASSERT_EQ(taken(runTable(n, m), n), runsOf(bitsOf(n, m))) << n << ' ' << m;
+        for (ImgULong m = 0; m < 90; ++m) ASSERT_EQ(taken(runTable(n, m), n), runsOf(bitsOf(n, m))) << n << ' ' << m;
 }
 
 TEST(Rothstein, MarksAreWalkedWhereTheyLie) {
@@ -177,7 +176,8 @@ TEST(GreyMapping, EveryCellHasItsMap) {
     for (std::uint32_t h : {3u, 4u})
         for (std::uint32_t w : {3u, 4u}) {
             const Levels map = greys(h * w + 1);
-            for (std::uint32_t n = 0; n <= h * w; ++n) EXPECT_EQ(maps.grey(h, w, n), map[n]) << h << ' ' << w << ' ' << n;
+            for (std::uint32_t n = 0; n <= h * w; ++n)
+                EXPECT_EQ(maps.grey(h, w, n), map[n]) << h << ' ' << w << ' ' << n;
         }
     EXPECT_EQ(greyPixel(0xAB), 0x00ABABABu);
     EXPECT_FALSE(maps.prepare(65536, 65536, 1, 1));

@@ -1,7 +1,7 @@
+#include "kernels/cells.h"
 #include "support/expose.h"
 #include "support/pictures.h"
 #include "tilepress/Rothstein.h"
-#include "transform/cells.h"
 
 #include <cstdlib>
 #include <functional>
@@ -13,11 +13,21 @@ template <class Image, int which>
 struct Worker {
     using Type = Image* (Image::*)(ImgULong, ImgULong, const ImgRect&);
 };
-struct Enlarge1 : Worker<CImg1, 0> { friend Type workerOf(Enlarge1); };
-struct Reduce1 : Worker<CImg1, 1> { friend Type workerOf(Reduce1); };
-struct ReduceInk1 : Worker<CImg1, 2> { friend Type workerOf(ReduceInk1); };
-struct ReduceInk8 : Worker<CImg8, 0> { friend Type workerOf(ReduceInk8); };
-struct ReduceInk32 : Worker<CImg32, 0> { friend Type workerOf(ReduceInk32); };
+struct Enlarge1 : Worker<CImg1, 0> {
+    friend Type workerOf(Enlarge1);
+};
+struct Reduce1 : Worker<CImg1, 1> {
+    friend Type workerOf(Reduce1);
+};
+struct ReduceInk1 : Worker<CImg1, 2> {
+    friend Type workerOf(ReduceInk1);
+};
+struct ReduceInk8 : Worker<CImg8, 0> {
+    friend Type workerOf(ReduceInk8);
+};
+struct ReduceInk32 : Worker<CImg32, 0> {
+    friend Type workerOf(ReduceInk32);
+};
 struct QuickReduce1 {
     using Type = CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong);
     friend Type workerOf(QuickReduce1);
@@ -117,8 +127,8 @@ const std::vector<Case>& cases() {
         for (std::size_t w = 1; w <= 70; ++w)
             for (std::size_t left = 0; left < 8; ++left) {
                 const std::size_t h = from(1, 9), top = from(0, 2);
-                list.push_back({ImgRect(left, top, left + w - 1, top + h - 1), left + w + from(0, 9), top + h + from(0, 1),
-                                from(1, w), from(1, h), w + from(0, 2 * w), h + from(0, h)});
+                list.push_back({ImgRect(left, top, left + w - 1, top + h - 1), left + w + from(0, 9),
+                                top + h + from(0, 1), from(1, w), from(1, h), w + from(0, 2 * w), h + from(0, h)});
             }
         // Cells wider than a word and bands of more rows than are added up at once.
         list.push_back({ImgRect(3, 1, 999, 40), 1003, 42, 7, 2, 2311, 45});
@@ -240,7 +250,9 @@ TEST(ScaleBilevel, ResultsHaveBackground0) {
             const auto result = owned<CImg1>(image->scale(ImgRect(24, 16), size, size * 2 / 3, bilevel));
             EXPECT_TRUE(result->isBackgroundKnown());
             EXPECT_EQ(result->getBackgroundColor(), 0u);
-            if (size == 24) { EXPECT_EQ(pictureOf(result.get()), picture); }
+            if (size == 24) {
+                EXPECT_EQ(pictureOf(result.get()), picture);
+            }
         }
     }
 }
@@ -328,7 +340,8 @@ TYPED_TEST(Scale, FactorsRoundUp) {
     for (double factor : {0.0, -0.0, -1.0, -429496729.5, 1e10, std::numeric_limits<double>::infinity(),
                           std::numeric_limits<double>::quiet_NaN()})
         EXPECT_EQ(size(10, 10, factor), Size(0, 0)) << factor;
-    for (std::size_t width : {1, 10}) EXPECT_EQ(size(width, 11 - width, 429496729.7), Size(0, 0)) << "2^32 + 1 pixels one way";
+    for (std::size_t width : {1, 10})
+        EXPECT_EQ(size(width, 11 - width, 429496729.7), Size(0, 0)) << "2^32 + 1 pixels one way";
 }
 
 TYPED_TEST(Scale, RectanglesGiveTheirSizes) {
@@ -341,9 +354,12 @@ TYPED_TEST(Scale, RectanglesGiveTheirSizes) {
 
 TYPED_TEST(Scale, WhatCannotBeReadIsRefused) {
     const auto image = imageOf<TypeParam>(Picture(40, 30), ImgAlignNone);
-    struct { ImgULong width, height; } sizes[] = {{50, 50}, {2, 2}, {2, 50}, {50, 2}};
+    struct {
+        ImgULong width, height;
+    } sizes[] = {{50, 50}, {2, 2}, {2, 50}, {50, 2}};
     for (const auto& size : sizes) {
-        for (const ImgRect& r : {ImgRect(30, 20, 40, 29), ImgRect(0, 20, 10, 30), ImgRect(10, 5, 2, 9), ImgRect(0, 9)}) {
+        for (const ImgRect& r :
+             {ImgRect(30, 20, 40, 29), ImgRect(0, 20, 10, 30), ImgRect(10, 5, 2, 9), ImgRect(0, 9)}) {
             CImgErr::sm_errcode = ImgErrNone;
             EXPECT_EQ(image->scale(r, size.width, size.height, bilevel), nullptr);
             EXPECT_EQ(CImgErr::get(), ImgErrBadArgument);

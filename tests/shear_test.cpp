@@ -12,7 +12,8 @@ constexpr double kRadians = 0.017453292522222223;
 std::vector<long long> tableModel(long long total, long long positions, std::size_t entries, bool downwards) {
     const long long n = total == 0 ? 1 : std::abs(total), half = n / 2;
     std::vector<bool> marked(static_cast<std::size_t>(positions), n >= positions);
-    for (long long k = 0; n < positions && k < n; ++k) marked[static_cast<std::size_t>((k * positions + n - 1) / n)] = true;
+    for (long long k = 0; n < positions && k < n; ++k)
+        marked[static_cast<std::size_t>((k * positions + n - 1) / n)] = true;
     std::vector<long long> table{-half};
     long long down = half, up = -half;
     for (std::size_t i = 1; i < entries; ++i) {
@@ -27,7 +28,8 @@ Picture shearModelX(const Picture& source, const std::vector<long long>& table, 
     for (std::size_t y = 0; y < source.height; ++y)
         for (std::size_t x = 0; x < source.width; ++x) {
             const long long nx = static_cast<long long>(x) + table[source.height - 1 - y];
-            if (nx >= 0 && nx < static_cast<long long>(source.width)) result.at(static_cast<std::size_t>(nx), y) = source.at(x, y);
+            if (nx >= 0 && nx < static_cast<long long>(source.width))
+                result.at(static_cast<std::size_t>(nx), y) = source.at(x, y);
         }
     return result;
 }
@@ -37,7 +39,8 @@ Picture shearModelY(const Picture& source, const std::vector<long long>& table, 
     for (std::size_t y = 0; y < source.height; ++y)
         for (std::size_t x = 0; x < source.width; ++x) {
             const long long ny = static_cast<long long>(y) - table[x];
-            if (ny >= 0 && ny < static_cast<long long>(source.height)) result.at(x, static_cast<std::size_t>(ny)) = source.at(x, y);
+            if (ny >= 0 && ny < static_cast<long long>(source.height))
+                result.at(x, static_cast<std::size_t>(ny)) = source.at(x, y);
         }
     return result;
 }
@@ -51,7 +54,8 @@ Picture rotateModel(Picture source, double degrees, std::uint32_t background) {
     }
     const double w = static_cast<double>(source.width), h = static_cast<double>(source.height);
     const double radians = degrees * kRadians;
-    const auto sx = static_cast<long long>(h * std::tan(radians / 2)), sy = static_cast<long long>(w * std::sin(radians));
+    const auto sx = static_cast<long long>(h * std::tan(radians / 2)),
+               sy = static_cast<long long>(w * std::sin(radians));
     const auto x = tableModel(sx, static_cast<long long>(h), source.height, sx >= 0);
     const auto y = tableModel(sy, static_cast<long long>(w), source.width, sy < 0);
     return shearModelX(shearModelY(shearModelX(source, x, background), y, background), x, background);
@@ -79,7 +83,8 @@ TYPED_TEST(Shears, WidePicturesMoveAsTheTablesSay) {
     const auto image = imageOf<TypeParam>(picture, ImgAlignDword);
     image->setBackgroundColor(0);
     for (double degrees : {2.0, 45.0, 88.0, 123.0, 200.0, 300.0, -5.0, -100.0})
-        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), rotateModel(picture, degrees, 0)) << degrees;
+        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), rotateModel(picture, degrees, 0))
+            << degrees;
 }
 
 TYPED_TEST(Shears, PicturesTurnCounterClockwiseAboutTheirCentre) {
@@ -152,10 +157,10 @@ TEST(Shears, FiveByFive) {
     for (std::uint32_t i = 0; i < 25; ++i) picture.pixels[i] = i / 5 * 10 + i % 5 + 1;
     const auto image = imageOf<CImg8>(picture, ImgAlignNone);
     const auto turned = [&](double degrees) { return pictureOf(owned<CImg8>(image->rotate(degrees)).get()); };
-    EXPECT_EQ(turned(45), Picture(5, {0, 0, 3, 4, 15, 1, 2, 13, 14, 24, 0, 11, 12, 22, 23,
-                                      0, 0, 21, 32, 33, 31, 44, 45, 0, 0}));
-    EXPECT_EQ(turned(100), Picture(5, {0, 0, 23, 33, 43, 0, 12, 22, 32, 42, 2, 11, 21, 31, 0,
-                                       1, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(turned(45),
+              Picture(5, {0, 0, 3, 4, 15, 1, 2, 13, 14, 24, 0, 11, 12, 22, 23, 0, 0, 21, 32, 33, 31, 44, 45, 0, 0}));
+    EXPECT_EQ(turned(100),
+              Picture(5, {0, 0, 23, 33, 43, 0, 12, 22, 32, 42, 2, 11, 21, 31, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 // --- public tables --------------------------------------------------------------------
@@ -179,19 +184,22 @@ TEST(ShearTables, KeptTheFirstEntryIsAtTheLowEnd) {
 TEST(ShearTables, KeptTheFactorIsSlightlyMoreThanADegree) {
     const auto image = imageOf<CImg32>(Picture(100, 100), ImgAlignNone);
     EXPECT_EQ(tableOf(image->makeRotationYShearRoth(30 * kRadians), 1), std::vector{-25});
-    EXPECT_EQ(tableOf(image->makeRotationXShearRoth(-180 * kRadians), 1), std::vector{-1073741823}) << "held within 32 bits";
+    EXPECT_EQ(tableOf(image->makeRotationXShearRoth(-180 * kRadians), 1), std::vector{-1073741823})
+        << "held within 32 bits";
 }
 
 TEST(ShearTables, KeptOblongImagesRepeatTheCodeOfTheOtherDimension) {
     for (auto [w, h] : {std::pair{30, 100}, {100, 30}, {7, 90}}) {
-        const auto image = imageOf<CImg32>(Picture(static_cast<std::size_t>(w), static_cast<std::size_t>(h)), ImgAlignNone);
+        const auto image =
+            imageOf<CImg32>(Picture(static_cast<std::size_t>(w), static_cast<std::size_t>(h)), ImgAlignNone);
         const double r = 0.7;
         const std::size_t entries = static_cast<std::size_t>(std::max(w, h));
         const auto same = [&](int* table, const std::vector<long long>& model) {
             const auto real = tableOf(table, entries);
             EXPECT_EQ(std::vector<long long>(real.begin(), real.end()), model) << w << " x " << h;
         };
-        same(image->makeRotationXShearRoth(r), tableModel(static_cast<long long>(h * std::tan(r / 2)), w, entries, true));
+        same(image->makeRotationXShearRoth(r),
+             tableModel(static_cast<long long>(h * std::tan(r / 2)), w, entries, true));
         same(image->makeRotationYShearRoth(r), tableModel(static_cast<long long>(w * std::sin(r)), h, entries, false));
     }
 }

@@ -1,6 +1,6 @@
-#include "tilepress/ColorMap.h"
 #include "tilepress/support.h"
 #include "foundation/bits.h"
+#include "tilepress/ColorMap.h"
 
 #include <gtest/gtest.h>
 

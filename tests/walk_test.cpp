@@ -19,9 +19,7 @@ Bilevel expand(CImg1G4& image, const ImgRect& r) {
     return result;
 }
 
-std::string bytesOf(const CImg1& image, ImgULong row = 0) {
-    return rowOf(image, row, image.getBytesPerLine() * 8);
-}
+std::string bytesOf(const CImg1& image, ImgULong row = 0) { return rowOf(image, row, image.getBytesPerLine() * 8); }
 
 }  // namespace
 
@@ -50,9 +48,9 @@ TEST(Uncompress, AnyRectangleOfAnyTiling) {
     for (int round = 0; round < 300; ++round) {
         const auto width = static_cast<ImgULong>(1 + random() % 150), height = static_cast<ImgULong>(1 + random() % 40);
         const Picture picture = randomPicture(random, width, height, random() % 100);
-        G4Image image = compressed(picture, static_cast<ImgULong>(1 + random() % (width + 10)),
-                                   static_cast<ImgULong>(1 + random() % (height + 5)),
-                                   random() % 2 ? ImgAlignDword : ImgAlignNone);
+        G4Image image =
+            compressed(picture, static_cast<ImgULong>(1 + random() % (width + 10)),
+                       static_cast<ImgULong>(1 + random() % (height + 5)), random() % 2 ? ImgAlignDword : ImgAlignNone);
         image->setBackgroundColor(0);
         const int left = static_cast<int>(random() % width), top = static_cast<int>(random() % height);
         const ImgRect r(left, top, left + static_cast<int>(random() % (width - left)),

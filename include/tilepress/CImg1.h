@@ -74,8 +74,7 @@ private:
 
     CImg1();
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
-                    ImgULong backgroundInterpretation, ImgULong foregroundInterpretation,
-                    ImgAlignmentEnum alignment);
+                    ImgULong backgroundInterpretation, ImgULong foregroundInterpretation, ImgAlignmentEnum alignment);
     bool initData();
     bool initData(unsigned char* data, ImgULong length);
     bool verifyHeader(ImgULong length) const;
@@ -87,13 +86,13 @@ private:
     CImg1* Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg1* QuickReduce_bkg(ImgULong dstWidth, ImgULong dstHeight, ImgRect& src, ImgULong background);
     CImg32* Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
-    // transform/mirror_rotate.cpp
+    // transform/right_angles.cpp
     CImg1* mirrorX();
     CImg1* mirrorY();
     CImg1* rotate90();
     CImg1* rotateMinus90();
     CImg1* rotate180();
-    // transform/shear.cpp
+    // transform/rotate_generic.cpp
     CImg1* rotateGeneric(double degrees);
     CImg1* rotateShearX(int* table);
     CImg1* rotateShearY(int* table);

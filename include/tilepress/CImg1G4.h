@@ -51,7 +51,8 @@ public:
     static CImg1G4* create(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
                            ImgULong backgroundInterpretation, ImgULong foregroundInterpretation,
                            ImgAlignmentEnum alignment);
-    /// Copies every tile: tile k has lengths[k] bytes at tiles[k]; the caller keeps both. A length of 0 is a white tile.
+    /// Copies every tile: tile k has lengths[k] bytes at tiles[k]; the caller keeps both. A length of 0 is a white
+    /// tile.
     static CImg1G4* create(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
                            unsigned char** tiles, ImgULong* lengths, ImgULong backgroundInterpretation,
                            ImgULong foregroundInterpretation, ImgAlignmentEnum alignment);
@@ -89,9 +90,9 @@ public:
     unsigned char** ownData();                    ///< reserved: null
     Img1G4TileIterator* getTileIterator() const;  ///< reserved: null
 
-    /// Expands `rect` into `dest`, which must be clear and hold the rectangle. False when the rectangle or `dest` is refused
-    /// (ImgErrBadArgument) or memory runs out. True with ImgErrDecode recorded when a tile is
-    /// corrupt: the rows before it are in `dest`.
+    /// Expands `rect` into `dest`, which must be clear and hold the rectangle. False when the rectangle or `dest` is
+    /// refused (ImgErrBadArgument) or memory runs out. True with ImgErrDecode recorded when a tile is corrupt: the rows
+    /// before it are in `dest`.
     bool uncompress(CImg1* dest, const ImgRect& rect);
 
     IImg* getSubImage(const ImgRect& rect) override;  ///< a CImg1
@@ -105,8 +106,7 @@ public:
 private:
     CImg1G4();
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
-                    ImgULong backgroundInterpretation, ImgULong foregroundInterpretation,
-                    ImgAlignmentEnum alignment);
+                    ImgULong backgroundInterpretation, ImgULong foregroundInterpretation, ImgAlignmentEnum alignment);
     bool verifyHeader(ImgULong length) const;
     bool allocateGrid();
     void freeGrid();
@@ -118,9 +118,12 @@ private:
     void SendIncompleteStatus(int row);
     void advanceRow();
     void walkFailed();
-    template <class OnTile> ImgErr decodeRow(OnTile onTile);
-    template <class OnRun> ImgErr decodeRuns(const G4ScaleInfo& info, OnRun onRun);
-    template <class Onto> ImgErr paintRow(unsigned char* row, G4ScaleInfo& info, Onto onto);
+    template <class OnTile>
+    ImgErr decodeRow(OnTile onTile);
+    template <class OnRun>
+    ImgErr decodeRuns(const G4ScaleInfo& info, OnRun onRun);
+    template <class Onto>
+    ImgErr paintRow(unsigned char* row, G4ScaleInfo& info, Onto onto);
     void settleBackground(uint64_t black, uint64_t pixels);
     // g4image/uncompress.cpp
     ImgErr decode_scanline_and_sum(ImgULong& count);
@@ -138,7 +141,8 @@ private:
     CImg1* reducedByCounts(CImg1* result, const ImgRect& rect);
     CImg1* reducedBySpans(CImg1* result, const ImgRect& rect, bool& again);
     CImg1* emptyResult(ImgULong newWidth, ImgULong newHeight);
-    template <class OnRow, class OnBand> bool walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onBand);
+    template <class OnRow, class OnBand>
+    bool walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onBand);
     // g4image/turn.cpp
     CImg1* mirrorX();
     CImg1* mirrorY();

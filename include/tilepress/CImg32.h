@@ -77,17 +77,17 @@ private:
     bool verifyHeader(ImgULong length) const;
     ImgULong calculateBackground();
 
-    // transform/scale_pixels.cpp
+    // transform/scale_colour.cpp
     CImg32* Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg32* Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg32* Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
-    // transform/mirror_rotate.cpp
+    // transform/right_angles.cpp
     CImg32* mirrorX();
     CImg32* mirrorY();
     CImg32* rotate90();
     CImg32* rotateMinus90();
     CImg32* rotate180();
-    // transform/shear.cpp
+    // transform/rotate_generic.cpp
     CImg32* rotateGeneric(double degrees);
     CImg32* rotateShearX(int* table);
     CImg32* rotateShearY(int* table);

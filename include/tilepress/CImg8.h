@@ -75,17 +75,17 @@ private:
     bool initColorMap(ColorMap* map);
     ImgULong calculateBackground();
 
-    // transform/scale_pixels.cpp
+    // transform/scale_colour.cpp
     CImg8* Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg8* Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg8* Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
-    // transform/mirror_rotate.cpp
+    // transform/right_angles.cpp
     CImg8* mirrorX();
     CImg8* mirrorY();
     CImg8* rotate90();
     CImg8* rotateMinus90();
     CImg8* rotate180();
-    // transform/shear.cpp
+    // transform/rotate_generic.cpp
     CImg8* rotateGeneric(double degrees);
     CImg8* rotateShearX(int* table);
     CImg8* rotateShearY(int* table);

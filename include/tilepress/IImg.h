@@ -45,10 +45,10 @@ enum ImgMirT : uint32_t {
 
 /// Code of a raster operation; 0 to 4 are accepted.
 enum RasOpT : int32_t {
-    RasOpAnd = 0,   ///< bilevel images: AND in the copying form, copy in place
+    RasOpAnd = 0,  ///< bilevel images: AND in the copying form, copy in place
     RasOpCopy = 1,
     RasOpCopy2 = 2,
-    RasOpCopy3 = 3, ///< bilevel images: does nothing in place
+    RasOpCopy3 = 3,  ///< bilevel images: does nothing in place
     RasOpFill = 4
 };
 
@@ -56,8 +56,8 @@ enum RasOpT : int32_t {
 class RasOpXfmAttr {
 public:
     uint32_t reserved1;
-    uint32_t rowOffset;         ///< row that takes the second image's top row
-    uint32_t columnOffset;      ///< column that takes its left column
+    uint32_t rowOffset;     ///< row that takes the second image's top row
+    uint32_t columnOffset;  ///< column that takes its left column
     uint32_t reserved4;
     bool transparent;           ///< pixels equal to transparentValue are left out
     uint32_t transparentValue;  ///< a pixel value; the low byte for palette images
@@ -72,6 +72,7 @@ public:
 class TILEPRESS_API IImg {
 public:
     // The order is the binary interface; the number before each is its slot.
+    // clang-format off
     /* 0*/ virtual ~IImg();
     /* 1*/ virtual ImgULong getBitsPerSample() const = 0;
     /* 2*/ virtual ImgULong getSamplesPerPixel() const = 0;
@@ -131,6 +132,7 @@ public:
     /*41*/ virtual bool stream(void* target) = 0;  ///< false
     /*42*/ virtual IImg* sxfm() = 0;               ///< the image itself
     /*43*/ virtual bool writeTIFF() = 0;           ///< false
+    // clang-format on
 };
 
 #endif

@@ -35,15 +35,7 @@ enum {
 };
 
 /** Codes of the raster operations. */
-enum {
-    ImgRasClear = 0,
-    ImgRasSet = 1,
-    ImgRasInvert = 2,
-    ImgRasFill = 3,
-    ImgRasAnd = 5,
-    ImgRasOr = 6,
-    ImgRasCopy = 7
-};
+enum { ImgRasClear = 0, ImgRasSet = 1, ImgRasInvert = 2, ImgRasFill = 3, ImgRasAnd = 5, ImgRasOr = 6, ImgRasCopy = 7 };
 
 /** Four corners: top left, bottom left, bottom right, top right. */
 typedef struct ImgQuad {
@@ -106,12 +98,12 @@ typedef struct Img32Header {
 
 /** A tile of a compressed image. */
 typedef struct ImgG4TileRec {
-    void* tileData;        /**< the tile's coded bytes */
-    uint32_t state[4];     /**< not used */
-    uint32_t decodeState;  /**< 0 */
-    uint32_t decodeFlag;   /**< 1 */
-    uint32_t originX;      /**< the tile's left column */
-    uint32_t originY;      /**< the tile's top row */
+    void* tileData;       /**< the tile's coded bytes */
+    uint32_t state[4];    /**< not used */
+    uint32_t decodeState; /**< 0 */
+    uint32_t decodeFlag;  /**< 1 */
+    uint32_t originX;     /**< the tile's left column */
+    uint32_t originY;     /**< the tile's top row */
 } ImgG4TileRec;
 
 /** Header of a compressed image. Tiles are counted in rows from the top left. */
@@ -169,8 +161,8 @@ typedef uint32_t(TILEPRESS_CALL* Img1CreateOp)(ImgHandle* image, uint32_t width,
 typedef uint32_t(TILEPRESS_CALL* Img8CreateOp)(ImgHandle* image, uint32_t width, uint32_t height, uint32_t alignBits,
                                                const ColorTable* palette, void* data);
 typedef Img1CreateOp Img24CreateOp;
-typedef uint32_t(TILEPRESS_CALL* Img32CreateOp)(ImgHandle* image, uint32_t width, uint32_t height,
-                                                uint16_t channelFlag, void* data);
+typedef uint32_t(TILEPRESS_CALL* Img32CreateOp)(ImgHandle* image, uint32_t width, uint32_t height, uint16_t channelFlag,
+                                                void* data);
 typedef uint32_t(TILEPRESS_CALL* ImgTIFFG4CreateOp)(ImgHandle* image, uint32_t width, uint32_t height,
                                                     uint32_t tileWidth, uint32_t tileHeight, uint32_t ignored,
                                                     const uint32_t* byteCounts, void** tileData);
@@ -233,10 +225,10 @@ struct ImgHandle {
 };
 
 #if defined(__cplusplus)
-static_assert(sizeof(void*) != 4 || (sizeof(ImgHandle) == 72 && sizeof(ImgG4Header) == 168 &&
-                                     sizeof(ImgG4TileRec) == 36 && sizeof(Img1Header) == 128 &&
-                                     sizeof(Img8Header) == 128 && sizeof(Img24Header) == 120 &&
-                                     sizeof(Img32Header) == 116 && sizeof(ImgRasOp2Desc) == 44),
+static_assert(sizeof(void*) != 4 ||
+                  (sizeof(ImgHandle) == 72 && sizeof(ImgG4Header) == 168 && sizeof(ImgG4TileRec) == 36 &&
+                   sizeof(Img1Header) == 128 && sizeof(Img8Header) == 128 && sizeof(Img24Header) == 120 &&
+                   sizeof(Img32Header) == 116 && sizeof(ImgRasOp2Desc) == 44),
               "the records are part of the binary interface");
 #endif
 

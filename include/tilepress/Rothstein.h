@@ -31,21 +31,20 @@ TILEPRESS_API void CreateRothTables(ImgULong** outA, ImgULong** outB, ImgULong a
 
 /// Tables of an enlargement: row runs (dstHeight entries), column runs (dstWidth), first
 /// destination column of each source column (srcWidth), byte and bit number of each destination column (dstWidth).
-TILEPRESS_API void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong srcWidth,
-                                           ImgULong srcHeight, ImgULong** rowRuns, ImgULong** colRuns,
-                                           ImgULong** colGroupStart, ImgULong** colByte, ImgULong** colBit);
+TILEPRESS_API void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong srcWidth, ImgULong srcHeight,
+                                           ImgULong** rowRuns, ImgULong** colRuns, ImgULong** colGroupStart,
+                                           ImgULong** colByte, ImgULong** colBit);
 
 /// Tables of a reduction: row runs (srcHeight entries), and for every source column (srcWidth) its group's
 /// size (at the group's first column, else 0), the group's first column, byte and bit of the destination column.
-TILEPRESS_API void CreateRothReduceTables(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth,
-                                          ImgULong dstHeight, ImgULong** rowRuns, ImgULong** groupSize,
-                                          ImgULong** groupFirst, ImgULong** dstByte, ImgULong** dstBit);
+TILEPRESS_API void CreateRothReduceTables(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
+                                          ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst,
+                                          ImgULong** dstByte, ImgULong** dstBit);
 
 /// As CreateRothReduceTables, and the destination column of every source column.
-TILEPRESS_API void CreateRothReduceTables2(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth,
-                                           ImgULong dstHeight, ImgULong** rowRuns, ImgULong** groupSize,
-                                           ImgULong** groupFirst, ImgULong** dstByte, ImgULong** dstBit,
-                                           ImgULong** dstColumn);
+TILEPRESS_API void CreateRothReduceTables2(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
+                                           ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst,
+                                           ImgULong** dstByte, ImgULong** dstBit, ImgULong** dstColumn);
 
 /// Grey values (`levels` bytes) of cells by their number of foreground pixels: entry 0 is 255 and the last 0, or
 /// the reverse when `inverted` is not 0. A square law below 11000 levels, a staircase from there.

@@ -16,7 +16,7 @@
 #include "tilepress/api.h"
 
 #ifdef __cplusplus
-#include "tilepress/ImgErr.h"
+#  include "tilepress/ImgErr.h"
 typedef ImgErr ImgErrResult;
 #else
 typedef int32_t ImgErrResult;
@@ -38,14 +38,14 @@ TILEPRESS_API void TILEPRESS_CALL cit_disable_decode_gr4(void);
  * \param referenceLine,referenceCount  the previous row; for the first row all white: 0 and three times width + 1
  * \param width         pixels in the row
  * \param data          the coded data, read as 16-bit little-endian words, bit 15 first
- * \param bytePosition,bitPosition  in: the row's first bit (coded byte from 0, bit 1 to 8, 1 the highest); out: just after
- *                      the row's last. On failure bytePosition is unchanged, and bitPosition is 8 larger when bytePosition is odd.
+ * \param bytePosition,bitPosition  in: the row's first bit (coded byte from 0, bit 1 to 8, 1 the highest); out: just
+ * after the row's last. On failure bytePosition is unchanged, and bitPosition is 8 larger when bytePosition is odd.
  * \param reserved      not read
  * \param codingLine    receives the row: room for width + 4 elements
  * \param codingCount   receives its count
- * \param dataLength    bytes available from data; reads past them give zero bits. 0 or less: unknown, reads are not bounded.
- * \return 0 decoded; 1 the row passed its end, or only zeros follow an end-of-block; 2 invalid run code;
- *         5 extension code; 6 invalid mode code
+ * \param dataLength    bytes available from data; reads past them give zero bits. 0 or less: unknown, reads are not
+ * bounded. \return 0 decoded; 1 the row passed its end, or only zeros follow an end-of-block; 2 invalid run code; 5
+ * extension code; 6 invalid mode code
  */
 TILEPRESS_API int16_t TILEPRESS_CALL CCITT_G4Decode(int32_t* referenceLine, int32_t referenceCount, int32_t width,
                                                     uint16_t* data, int32_t* bytePosition, int32_t* bitPosition,

@@ -57,8 +57,7 @@ TILEPRESS_API int TILEPRESS_CALL ColGetClosestColor(const ColorMapEntry* colour,
 /** The key is a source table's capacity, so one transform may come to serve several tables. Null without memory. */
 TILEPRESS_API ColorXfm* TILEPRESS_CALL ColOpenXfm(int32_t key);
 /** Computes the transform from its two tables; 0, or 1 when memory runs out. */
-TILEPRESS_API int TILEPRESS_CALL ColMapColors(const ColorTable* source, const ColorTable* target,
-                                              ColorXfm* transform);
+TILEPRESS_API int TILEPRESS_CALL ColMapColors(const ColorTable* source, const ColorTable* target, ColorXfm* transform);
 /** Releases a transform and clears the caller's variable. */
 TILEPRESS_API void TILEPRESS_CALL ColCloseXfm(ColorXfm** transform);
 

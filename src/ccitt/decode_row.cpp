@@ -1,7 +1,7 @@
 #include "ccitt/decode_row.h"
 
-#include "foundation/lanes.h"
-#include "foundation/line.h"
+#include "ccitt/padded_line.h"
+#include "kernels/vectors.h"
 
 #include <algorithm>
 #include <cstring>
@@ -18,10 +18,8 @@ namespace {
 
 class ExactRow {
 public:
-    ExactRow(const DecodeTables& tables, const CodedData& in, std::int64_t bit, RowList reference, std::int32_t width,
-             std::int32_t* coding)
-        : tables_(tables), in_(in), bit_(bit), ref_(reference.elements), limit_(reference.count - 3), width_(width),
-          coding_(coding) {}
+    ExactRow(const CodedData& in, std::int64_t bit, RowList reference, std::int32_t width, std::int32_t* coding)
+        : in_(in), bit_(bit), ref_(reference.elements), limit_(reference.count - 3), width_(width), coding_(coding) {}
 
     RowStatus decode() {
         coding_[0] = 0;
@@ -43,7 +41,7 @@ public:
 
 private:
     RowStatus step() {
-        const ModeEntry mode = tables_.mode[in_.peek(bit_, kModeBits)];
+        const ModeEntry mode = kDecodeTables.mode[in_.peek(bit_, kModeBits)];
         switch (mode.mode) {
         case kEndOfBlock: return skipEndOfBlock();
         case kExtension: return kRowExtension;
@@ -85,7 +83,7 @@ private:
         const std::int32_t from = a0_;
         RunEntry code;
         do {
-            code = tables_.run[black_][in_.peek(bit_, kRunBits)];
+            code = kDecodeTables.run[black_][in_.peek(bit_, kRunBits)];
             if (code.run < 0) return kRowInvalidRun;
             bit_ += code.length;
             // Columns count from 1. The sum of make-up codes is held just past the row, not refused: a later
@@ -118,7 +116,6 @@ private:
         return kRowDecoded;
     }
 
-    const DecodeTables& tables_;
     const CodedData& in_;
     std::int64_t bit_;
     const std::int32_t* ref_;
@@ -132,9 +129,9 @@ private:
     bool endOfBlock_ = false;
 };
 
-RowStatus decodeExact(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
-                      std::int32_t width, std::int32_t* coding, std::int32_t& codingCount) {
-    ExactRow row(tables, in, bit, reference, width, coding);
+RowStatus decodeExact(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
+                      std::int32_t* coding, std::int32_t& codingCount) {
+    ExactRow row(in, bit, reference, width, coding);
     const RowStatus status = row.decode();
     if (status != kRowDecoded) return status;
     codingCount = row.count();
@@ -172,8 +169,8 @@ inline bool refill(Bits& bits, const unsigned char* readEnd) {
 
 /// A run of make-up codes and its terminating code; negative for the exact decoder.
 template <class Lists, class Bits>
-inline std::int32_t readRun(Bits& bits, const unsigned char* readEnd,
-                            const std::array<RunEntry, 1 << kRunBits>& table, std::int32_t limit) {
+inline std::int32_t readRun(Bits& bits, const unsigned char* readEnd, const std::array<RunEntry, 1 << kRunBits>& table,
+                            std::int32_t limit) {
     std::int32_t sum = 0;
     for (;;) {
         const RunEntry code = table[bits.top(kRunBits)];
@@ -206,8 +203,8 @@ struct Steps {
 /// taken at once and all checked together; else it is i - 1, i + 3 or i + 5. Behind the last
 /// change, at index `last`, the list repeats width + 1, which ends every search.
 template <class Lists, class Bits>
-std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned char* readEnd, RowList reference,
-                        std::int32_t width, std::int32_t* coding) {
+std::int32_t decodeFast(Bits& bits, const unsigned char* readEnd, RowList reference, std::int32_t width,
+                        std::int32_t* coding) {
     const std::int32_t* const ref = reference.elements;
     const std::int32_t last = reference.count - 3, end = width + 1;
     const auto at = [&](std::int32_t i) { return ref[Lists::kExact ? std::min(i, last + 2) : i]; };
@@ -217,7 +214,7 @@ std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned c
         if (!refill<Lists>(bits, readEnd)) return 0;
         int room = Bits::kRefilled - static_cast<int>(kVerticalBits);
         do {
-            const VerticalCodes codes = tables.verticals[bits.top(kVerticalBits)];
+            const VerticalCodes codes = kDecodeTables.verticals[bits.top(kVerticalBits)];
             if (codes.count != 0 && (!Lists::kExact || (i + 4 < reference.count && n <= width))) [[likely]] {
                 const Steps steps(codes, ref + i, a0);
                 storeLanes(coding + n, steps.to);
@@ -245,14 +242,15 @@ std::int32_t decodeFast(const DecodeTables& tables, Bits& bits, const unsigned c
                     if (room < 0) break;
                 }
             }
-            const ModeEntry mode = tables.mode[bits.top(kModeBits)];
+            const ModeEntry mode = kDecodeTables.mode[bits.top(kModeBits)];
             if (mode.mode == kHorizontal) [[unlikely]] {
                 if (!refill<Lists>(bits, readEnd)) return 0;
                 bits.drop(3);
-                const std::int32_t a1 = a0 + (a0 == 0) + readRun<Lists>(bits, readEnd, tables.run[~n & 1], width);
+                const std::int32_t a1 =
+                    a0 + (a0 == 0) + readRun<Lists>(bits, readEnd, kDecodeTables.run[~n & 1], width);
                 // Without make-up codes both runs take 29 bits; behind one the bits are refilled.
                 if (Bits::kRefilled < 56 && !refill<Lists>(bits, readEnd)) return 0;
-                const std::int32_t length = readRun<Lists>(bits, readEnd, tables.run[n & 1], width);
+                const std::int32_t length = readRun<Lists>(bits, readEnd, kDecodeTables.run[n & 1], width);
                 const std::int32_t a2 = a1 + length;
                 if (a1 <= a0 || length < 0 || a2 > end) return 0;
                 coding[n] = a1;
@@ -293,15 +291,15 @@ constexpr std::int32_t kMaxWidth = 0x7FFFFFFF - 8, kMaxFastWidth = 0x3FFFFFFF;
 
 }  // namespace
 
-RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
-                    std::int32_t width, std::int32_t* coding, std::int32_t& codingCount) {
+RowStatus decodeRow(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width, std::int32_t* coding,
+                    std::int32_t& codingCount) {
     if (width < 0 || width > kMaxWidth || reference.count < 4) return kRowPastEnd;
     const std::int64_t wordsEnd = in.length & ~std::int64_t{1};
     if (in.wordOrder && width <= kMaxFastWidth && bit >= 0 && (bit >> 4) * 2 + 16 <= wordsEnd &&
         increases(reference, width)) {
         WordBits bits(in.bytes, bit);
         const unsigned char* readEnd = in.bytes + wordsEnd - 8;
-        const std::int32_t n = decodeFast<CallersLists>(tables, bits, readEnd, reference, width, coding);
+        const std::int32_t n = decodeFast<CallersLists>(bits, readEnd, reference, width, coding);
         if (n != 0) {
             coding[n] = coding[n + 1] = width + 1;
             codingCount = n + 2;
@@ -309,15 +307,15 @@ RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_
             return kRowDecoded;
         }
     }
-    return decodeExact(tables, in, bit, reference, width, coding, codingCount);
+    return decodeExact(in, bit, reference, width, coding, codingCount);
 }
 
-RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
-                     std::int32_t width, std::int32_t* coding, std::int32_t& codingCount) {
+RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
+                     std::int32_t* coding, std::int32_t& codingCount) {
     if (width < 0 || width > kMaxWidth || reference.count < 4) return kRowPastEnd;
     if (width <= kMaxFastWidth && reference.elements[kLineIrregular] == 0 && bit >= 0 && bit >> 3 <= in.length) {
         PlainBits bits(in.bytes, bit);
-        const std::int32_t n = decodeFast<PaddedLists>(tables, bits, nullptr, reference, width, coding);
+        const std::int32_t n = decodeFast<PaddedLists>(bits, nullptr, reference, width, coding);
         if (n != 0) {
             std::fill_n(coding + n, kLineRepeats, width + 1);
             coding[kLineIrregular] = 0;
@@ -326,7 +324,7 @@ RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64
             return kRowDecoded;
         }
     }
-    const RowStatus status = decodeExact(tables, in, bit, reference, width, coding, codingCount);
+    const RowStatus status = decodeExact(in, bit, reference, width, coding, codingCount);
     if (status != kRowDecoded) return status;
     std::fill_n(coding + codingCount, kLineRepeats, width + 1);
     coding[kLineIrregular] = !increases({coding, codingCount}, width);

@@ -4,7 +4,7 @@
 
 #include "ccitt/bit_reader.h"
 #include "ccitt/decode_tables.h"
-#include "foundation/line.h"
+#include "ccitt/padded_line.h"
 
 #include <cstdint>
 
@@ -27,13 +27,13 @@ struct RowList {
 /// Decodes the row at `bit` of `in` against `reference` into `coding`, which has
 /// room for width + 4 elements and no more is written; reads of the reference stay within its count.
 /// `bit` and `codingCount` change only on success.
-RowStatus decodeRow(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
-                    std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
+RowStatus decodeRow(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width, std::int32_t* coding,
+                    std::int32_t& codingCount);
 
-/// The same between lines of foundation/line.h, for plain data followed by at
-/// least kCodedBack zero bytes, as foundation/coded.h makes them.
-RowStatus decodeLine(const DecodeTables& tables, const CodedData& in, std::int64_t& bit, RowList reference,
-                     std::int32_t width, std::int32_t* coding, std::int32_t& codingCount);
+/// The same between lines of ccitt/padded_line.h, for plain data followed by at
+/// least kCodedBack zero bytes, as ccitt/coded_bytes.h makes them.
+RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
+                     std::int32_t* coding, std::int32_t& codingCount);
 
 /// Whether a line that follows a white one is white too by a single code.
 inline bool staysWhite(const CodedData& in, std::int64_t bit, RowList reference) {

@@ -1,7 +1,6 @@
 #pragma once
 
-// What a decoding family looks up: the mode of the next code and the length of
-// the next run. Built by the compiler; enabling a family copies them to the heap.
+// What the decoder looks up: the mode of the next code and the length of the next run. Built by the compiler.
 
 #include "ccitt/t4_codes.h"
 
@@ -34,7 +33,7 @@ struct RunEntry {
 
 /// The vertical codes that the next bits begin with, four at most.
 struct VerticalCodes {
-    std::uint32_t deltas;   // a1 - b1 of each in a byte, the first lowest
+    std::uint32_t deltas;  // a1 - b1 of each in a byte, the first lowest
     std::uint8_t count;
     std::uint8_t length;    // bits of all
     std::uint16_t lengths;  // of the first one, two, three and four, in four bits each

@@ -5,18 +5,19 @@ namespace {
 
 constexpr CodeWord kPassCode = {0b0001u << 12, 4}, kHorizontalCode = {0b001u << 13, 3};
 /// Vertical modes by a1 - b1 + 3.
-constexpr CodeWord kVerticalCodes[7] = {{0b0000010u << 9, 7}, {0b000010u << 10, 6}, {0b010u << 13, 3}, {0b1u << 15, 1},
-                                        {0b011u << 13, 3},    {0b000011u << 10, 6}, {0b0000011u << 9, 7}};
+constexpr CodeWord kVerticalCodes[7] = {{0b0000010u << 9, 7}, {0b000010u << 10, 6}, {0b010u << 13, 3},
+                                        {0b1u << 15, 1},      {0b011u << 13, 3},    {0b000011u << 10, 6},
+                                        {0b0000011u << 9, 7}};
 
 template <class Writer>
-inline void putRun(const EncodeTables& tables, int colour, Writer& out, std::int32_t run) {
+inline void putRun(int colour, Writer& out, std::int32_t run) {
     for (; run >= kLongestMakeUp; run -= kLongestMakeUp) {
-        out.put(tables.makeUp[colour][kLongestMakeUp / 64]);
+        out.put(kEncodeTables.makeUp[colour][kLongestMakeUp / 64]);
         out.flush();
     }
     const auto length = static_cast<std::uint32_t>(run);
-    out.put(tables.makeUp[colour][length / 64]);
-    out.put(tables.terminating[colour][length % 64]);
+    out.put(kEncodeTables.makeUp[colour][length / 64]);
+    out.put(kEncodeTables.terminating[colour][length % 64]);
 }
 
 }  // namespace
@@ -35,7 +36,7 @@ bool isRow(RowList list, std::int32_t end) {
 // i + 3 (b2 is not left of a1, or the code were a pass), chosen without branches. As
 // a1 stops at the end, i never passes the first of the list's two closing elements.
 template <class Writer>
-void encodeRow(const EncodeTables& tables, Writer& writer, RowList reference, RowList coding) {
+void encodeRow(Writer& writer, RowList reference, RowList coding) {
     static_assert(Writer::kFree >= 3 + (12 + 8) + (13 + 12), "horizontal mode with two runs, below 2560 each");
     const std::int32_t* const ref = reference.elements;
     const std::int32_t* const cur = coding.elements;
@@ -58,8 +59,8 @@ void encodeRow(const EncodeTables& tables, Writer& writer, RowList reference, Ro
             const std::int32_t a2 = cur[n + 1];
             const int black = ~n & 1;
             out.put(kHorizontalCode);
-            putRun(tables, black, out, a1 - a0 - (a0 == 0));  // columns count from 1
-            putRun(tables, !black, out, a2 - a1);
+            putRun(black, out, a1 - a0 - (a0 == 0));  // columns count from 1
+            putRun(!black, out, a2 - a1);
             if (a2 == end) break;
             a0 = a2;
             n += 2;
@@ -71,7 +72,7 @@ void encodeRow(const EncodeTables& tables, Writer& writer, RowList reference, Ro
     writer = out;
 }
 
-template void encodeRow(const EncodeTables&, PlainWriter&, RowList, RowList);
-template void encodeRow(const EncodeTables&, WordWriter&, RowList, RowList);
+template void encodeRow(PlainWriter&, RowList, RowList);
+template void encodeRow(WordWriter&, RowList, RowList);
 
 }  // namespace tilepress::g4

@@ -17,9 +17,9 @@ constexpr std::int64_t maxRowBits(std::int32_t width) { return 7 * std::int64_t{
 
 /// Appends the row, given the one above; both lists are rows of one width. Reads no element past their counts.
 template <class Writer>
-void encodeRow(const EncodeTables& tables, Writer& out, RowList reference, RowList coding);
+void encodeRow(Writer& out, RowList reference, RowList coding);
 
-extern template void encodeRow(const EncodeTables&, PlainWriter&, RowList, RowList);
-extern template void encodeRow(const EncodeTables&, WordWriter&, RowList, RowList);
+extern template void encodeRow(PlainWriter&, RowList, RowList);
+extern template void encodeRow(WordWriter&, RowList, RowList);
 
 }  // namespace tilepress::g4

@@ -1,7 +1,6 @@
 #pragma once
 
-// What an encoding family looks up: the codes of a run's two parts. Built by the
-// compiler; enabling a family copies them to the heap.
+// What the encoder looks up: the codes of a run's two parts. Built by the compiler.
 
 #include "ccitt/t4_codes.h"
 

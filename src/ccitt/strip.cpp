@@ -45,7 +45,7 @@ bool StripWriter::makeRoom(std::int64_t bits) {
 RowResult StripWriter::codeRow(std::int32_t count) {
     if (!makeRoom(maxRowBits(width_))) return RowResult::kNoMemory;
     const int coding = 1 - reference_;
-    encodeRow(tables_, out_, {lists_[reference_].get(), referenceCount_}, {lists_[coding].get(), count});
+    encodeRow(out_, {lists_[reference_].get(), referenceCount_}, {lists_[coding].get(), count});
     reference_ = coding;
     referenceCount_ = count;
     return RowResult::kAdded;
@@ -82,13 +82,13 @@ std::int32_t createStrip(const StripFamily& family, const unsigned char* rows, u
     };
     if (!output) return 0;
     *output = nullptr;
-    if (!family.encode || !family.detects || width < 0 || bytesPerRow < 0 || rowCount < 0 ||
+    if (!family.encodes || !family.detects || width < 0 || bytesPerRow < 0 || rowCount < 0 ||
         (std::int64_t{width} + 7) / 8 > bytesPerRow || (rowCount > 0 && !rows))
         return fail(kNoBuffer);
     // Kept: a row's maximum is held in 16 bits, so that it wraps from 4096 bytes a row on.
     const std::int32_t rowMaximum = static_cast<std::int16_t>(8 * static_cast<std::uint32_t>(bytesPerRow));
     const std::int64_t maximum = std::int64_t{rowMaximum} * rowCount;
-    StripWriter writer(*family.encode);
+    StripWriter writer;
     if ((rowMaximum <= 0 && rowCount > 0) || maximum > std::int64_t{PTRDIFF_MAX} || !writer.begin(width))
         return fail(kNoBuffer);
 

@@ -21,7 +21,7 @@ enum class RowResult { kAdded, kRefused, kNoMemory };
 /// strip stays as it was; where begin fails there is none.
 class StripWriter {
 public:
-    explicit StripWriter(const EncodeTables& tables = kEncodeTables) : tables_(tables) {}
+    StripWriter() = default;
     StripWriter(const StripWriter&) = delete;
     StripWriter& operator=(const StripWriter&) = delete;
 
@@ -41,7 +41,6 @@ private:
     bool makeRoom(std::int64_t bits);
     RowResult codeRow(std::int32_t count);
 
-    const EncodeTables& tables_;
     std::int32_t width_ = -1;
     Heap<std::int32_t> lists_[2];  // of the row before and the row to come
     int reference_ = 0;            // index of the row before
@@ -53,8 +52,7 @@ private:
 
 /// What one family of strip builders uses.
 struct StripFamily {
-    const EncodeTables* encode;  // null: not enabled
-    bool detects;
+    bool encodes, detects;             // whether each is enabled
     void (*say)(const char* message);  // may be null
 };
 

@@ -23,6 +23,7 @@ struct PrintedCode {
     const char* word;
 };
 
+// clang-format off
 // Terminating codes for 0 to 63, make-up codes from 64 to 1728.
 inline constexpr PrintedCode kPrintedWhite[] = {
     {0, "00110101"}, {1, "000111"}, {2, "0111"}, {3, "1000"}, {4, "1011"}, {5, "1100"}, {6, "1110"}, {7, "1111"},
@@ -70,6 +71,7 @@ inline constexpr PrintedCode kPrintedShared[] = {
     {2304, "000000010111"}, {2368, "000000011100"}, {2432, "000000011101"}, {2496, "000000011110"},
     {2560, "000000011111"},
 };
+// clang-format on
 
 constexpr RunCode runCode(PrintedCode printed) {
     RunCode code{printed.run, 0, 0};

@@ -5,9 +5,7 @@
 ImgRect::ImgRect() : left(0), top(0), right(0), bottom(0) {}
 
 ImgRect::ImgRect(int l, int t, int r, int b)
-    : left(static_cast<ImgULong>(l)),
-      top(static_cast<ImgULong>(t)),
-      right(static_cast<ImgULong>(r)),
+    : left(static_cast<ImgULong>(l)), top(static_cast<ImgULong>(t)), right(static_cast<ImgULong>(r)),
       bottom(static_cast<ImgULong>(b)) {}
 
 ImgRect::ImgRect(int w, int h)

@@ -5,8 +5,8 @@
 #include <atomic>
 
 #if defined(__SSE2__) && defined(__GNUC__)
-#include <cpuid.h>
-#define TILEPRESS_BYTE_SHUFFLE 1
+#  include <cpuid.h>
+#  define TILEPRESS_BYTE_SHUFFLE 1
 #endif
 
 namespace tilepress {

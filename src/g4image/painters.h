@@ -4,13 +4,12 @@
 // turns a decoded tile row into the runs of the rectangle.
 
 #include "ccitt/clipped_runs.h"
-#include "ccitt/decode_family.h"
 #include "ccitt/decode_row.h"
+#include "ccitt/padded_line.h"
 #include "foundation/bits.h"
-#include "foundation/line.h"
-#include "g4image/toggled_row.h"
-#include "g4image/white_cells.h"
-#include "transform/cell_counter.h"
+#include "kernels/cell_counter.h"
+#include "kernels/toggled_row.h"
+#include "kernels/white_cells.h"
 #include "tilepress/CImg1G4.h"
 
 #include <algorithm>
@@ -22,15 +21,15 @@ class G4ScaleInfo {
 public:
     explicit G4ScaleInfo(const ImgRect& rect) : clipStart(rect.getLeft()), width(rect.getWidth()) {}
 
-    std::int64_t clipStart;                ///< the rectangle's left column
-    std::int64_t width;                    ///< its width
-    bool paintWhite = false;               ///< the background is known to be 1: rows are painted inverted
+    std::int64_t clipStart;                        ///< the rectangle's left column
+    std::int64_t width;                            ///< its width
+    bool paintWhite = false;                       ///< the background is known to be 1: rows are painted inverted
     tilepress::g4::ToggledRow* painted = nullptr;  ///< work row of the destination, clear between rows
-    std::size_t rowBytes = 0;              ///< destination bytes that the work row covers
-    const ImgULong* columns = nullptr;     ///< destination column of every source column
+    std::size_t rowBytes = 0;                      ///< destination bytes that the work row covers
+    const ImgULong* columns = nullptr;             ///< destination column of every source column
     tilepress::g4::WhiteCells* white = nullptr;    ///< null, or what is to learn of the runs as well
     tilepress::CellCounter* cells = nullptr;
-    std::uint64_t blackCount = 0;          ///< pixels painted in the last row
+    std::uint64_t blackCount = 0;  ///< pixels painted in the last row
 };
 
 namespace tilepress::g4 {
@@ -117,8 +116,6 @@ template <class OnTile>
 ImgErr CImg1G4::decodeRow(OnTile onTile) {
     using namespace tilepress::g4;
     if (currentTileRow > lastTileRow) return ImgErrBadArgument;
-    const DecodeTables* tables = classDecodeTables();
-    if (!tables) return ImgErrDecode;
     // Stream positions are kept in 32 bits.
     constexpr std::int64_t kMostBytes = 0x7FFFFF00;
     Img1G4Tile* const row = tileRows[currentTileRow];
@@ -133,7 +130,7 @@ ImgErr CImg1G4::decodeRow(OnTile onTile) {
             if (staysWhite(in, bit, reference)) {
                 ++bit;
             } else {
-                if (decodeLine(*tables, in, bit, reference, static_cast<std::int32_t>(tileWidth), tile.codingLine,
+                if (decodeLine(in, bit, reference, static_cast<std::int32_t>(tileWidth), tile.codingLine,
                                tile.codingCount) != kRowDecoded)
                     return ImgErrDecode;
                 std::swap(tile.codingLine, tile.referenceLine);

@@ -1,12 +1,12 @@
 #include "g4image/painters.h"
 
 #include "foundation/heap.h"
-#include "foundation/lanes.h"
+#include "kernels/grey_maps.h"
+#include "kernels/mark_tables.h"
+#include "kernels/vectors.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
-#include "transform/grey.h"
-#include "transform/runs.h"
 
 #include <algorithm>
 #include <cstring>
@@ -61,8 +61,8 @@ ImgErr CImg1G4::decode_reduce_scanline_grey(G4ScaleInfo* info) {
     });
 }
 
-/// Black ink. Where the background is not known it is settled, and the ink is white if it is 1; only a damaged page keeps
-/// its black ink then, and needs another walk. Null when memory runs out.
+/// Black ink. Where the background is not known it is settled, and the ink is white if it is 1; only a damaged page
+/// keeps its black ink then, and needs another walk. Null when memory runs out.
 CImg1* CImg1G4::reducedBySpans(CImg1* result, const ImgRect& r, bool& again) {
     const ImgULong width = r.getWidth(), newWidth = result->getWidth(), newHeight = result->getHeight();
     Heap<ImgULong> columns;
@@ -122,7 +122,8 @@ CImg1* CImg1G4::reducedByCounts(CImg1* result, const ImgRect& r) {
     const ImgULong newWidth = result->getWidth();
     const std::size_t bytesPerRow = result->getBytesPerLine();
     CellCounter cells;
-    Heap<ImgULong> counts(std::uint64_t{newWidth} + 8), most(std::uint64_t{newWidth} + 8);  // with a white one among them
+    Heap<ImgULong> counts(std::uint64_t{newWidth} + 8),
+        most(std::uint64_t{newWidth} + 8);  // with a white one among them
     if (!counts || !most || !cells.prepare(r.getWidth(), newWidth)) return nullptr;
     G4ScaleInfo info(r);
     info.cells = &cells;
@@ -200,9 +201,8 @@ CImg1* CImg1G4::Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) 
         r.getHeight(), newHeight,
         [&](ImgULong band, ImgULong row) {
             if (row > 0) return decode_scanline();
-            const ImgErr status = decodeRuns(info, [&](std::size_t from, std::size_t to) {
-                fillSpan(words.get(), firstCell[from], firstCell[to]);
-            });
+            const ImgErr status = decodeRuns(
+                info, [&](std::size_t from, std::size_t to) { fillSpan(words.get(), firstCell[from], firstCell[to]); });
             if (padding) fillSpan(words.get(), newWidth, std::size_t{newWidth} + pad);
             unsigned char* const pixels = result->peekData() + band * bytesPerRow;
             std::memset(pixels, 0, bytesPerRow);
@@ -246,8 +246,7 @@ CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const I
     const auto toGrey = [&](ImgULong band, ImgULong height) {
         if (backgroundKnown && backgroundColor == 1)
             greyRow<true>(rows[band], newWidth, height, cells, maps, r.getWidth() / newWidth);
-        else
-            greyRow<false>(rows[band], newWidth, height, cells, maps, r.getWidth() / newWidth);
+        else greyRow<false>(rows[band], newWidth, height, cells, maps, r.getWidth() / newWidth);
     };
     const bool wasKnown = backgroundKnown;
     G4ScaleInfo info(r);
@@ -255,8 +254,7 @@ CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const I
     std::uint64_t black = 0;
     ImgULong reached = 0;
     bool whole = PrepForDecode(r) != 0;
-    if (!whole)
-        walkFailed();
+    if (!whole) walkFailed();
     else
         whole = walkBands(
             r.getHeight(), newHeight,

@@ -1,11 +1,11 @@
 #include "g4image/painters.h"
 
 #include "foundation/heap.h"
-#include "model/kinds.h"
+#include "kernels/mark_tables.h"
+#include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
-#include "transform/runs.h"
 
 #include <cstring>
 
@@ -27,10 +27,8 @@ IImg* CImg1G4::scale(const ImgRect& r, ImgULong newWidth, ImgULong newHeight, Im
             break;
         case ImageScaleEnlarge: result = Enlarge(newWidth, newHeight, r); break;
         case ImageScaleReduce:
-            if (attr.depth == 32)
-                result = Reduce_greyscale(newWidth, newHeight, r);
-            else
-                result = Reduce_bkg(newWidth, newHeight, r);
+            if (attr.depth == 32) result = Reduce_greyscale(newWidth, newHeight, r);
+            else result = Reduce_bkg(newWidth, newHeight, r);
             break;
         case ImageScaleReduceXEnlargeY: intermediate = Enlarge(r.getWidth(), newHeight, r); break;
         case ImageScaleEnlargeXReduceY: intermediate = Enlarge(newWidth, r.getHeight(), r); break;

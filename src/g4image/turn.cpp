@@ -1,7 +1,7 @@
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg1G4.h"
 
-#include "model/kinds.h"
+#include "model/image_kinds.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 #include "g4image/painters.h"
 
 #include "foundation/heap.h"
-#include "model/kinds.h"
+#include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/ccitt.h"
 

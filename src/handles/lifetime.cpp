@@ -12,8 +12,7 @@ namespace {
 /// A header for an image of that size, its corners set; null when it cannot be.
 template <class Header>
 Header* newHeader(const ImgHandle* image, std::uint32_t width, std::uint32_t height) {
-    if (!image || image->header || width == 0 || height == 0 || width > INT32_MAX || height > INT32_MAX)
-        return nullptr;
+    if (!image || image->header || width == 0 || height == 0 || width > INT32_MAX || height > INT32_MAX) return nullptr;
     Header* const header = allocate<Header>(1);
     if (header) setQuads(header->quads, width, height);
     return header;
@@ -121,8 +120,7 @@ std::uint32_t Img24Create(ImgHandle* image, std::uint32_t width, std::uint32_t h
     Img24Header& h = *header.get();
     h.alignBits = alignBits == 32 ? 32 : 8;
     h.padBytes = padding(std::uint64_t{3} * width, h.alignBits / 8);
-    if (!setSizes(h, std::uint64_t{3} * width + h.padBytes, height) || !attachRows<Colour24>(*image, h, data))
-        return 0;
+    if (!setSizes(h, std::uint64_t{3} * width + h.padBytes, height) || !attachRows<Colour24>(*image, h, data)) return 0;
     image->header = header.release();
     return 1;
 }
@@ -184,7 +182,8 @@ void Discard::operator()(ImgHandle* image) const {
 
 // --- like another ---------------------------------------------------------------------
 
-static std::uint32_t create(ImgHandle* image, const Img1Header&, std::uint32_t w, std::uint32_t h, std::uint32_t align) {
+static std::uint32_t create(ImgHandle* image, const Img1Header&, std::uint32_t w, std::uint32_t h,
+                            std::uint32_t align) {
     return Img1Create(image, w, h, align, nullptr);
 }
 static std::uint32_t create(ImgHandle* image, const Img8Header& like, std::uint32_t w, std::uint32_t h,
@@ -195,7 +194,8 @@ static std::uint32_t create(ImgHandle* image, const Img24Header&, std::uint32_t 
                             std::uint32_t align) {
     return Img24Create(image, w, h, align, nullptr);
 }
-static std::uint32_t create(ImgHandle* image, const Img32Header& like, std::uint32_t w, std::uint32_t h, std::uint32_t) {
+static std::uint32_t create(ImgHandle* image, const Img32Header& like, std::uint32_t w, std::uint32_t h,
+                            std::uint32_t) {
     return Img32Create(image, w, h, static_cast<std::uint16_t>(like.channelFlag), nullptr);
 }
 
@@ -216,7 +216,8 @@ ImgHandle* clone(ImgHandle* image) {
     ImgHandle* const copy = createLike<Kind>(*image, widthOf(*image), heightOf(*image), alignmentOf<Kind>(*image));
     // Kept: of unaligned rows, which have no length, nothing is copied.
     if (copy && blockBytes<Kind>(*image) != 0)
-        std::memcpy(Kind::block(*copy), Kind::block(*image), std::min(blockBytes<Kind>(*copy), blockBytes<Kind>(*image)));
+        std::memcpy(Kind::block(*copy), Kind::block(*image),
+                    std::min(blockBytes<Kind>(*copy), blockBytes<Kind>(*image)));
     return copy;
 }
 template ImgHandle* clone<Bilevel>(ImgHandle*);

@@ -3,7 +3,7 @@
 // The operations that handles carry. Those of a template are there for every kind of
 // uncompressed image.
 
-#include "handles/kinds.h"
+#include "handles/handle_kinds.h"
 
 namespace tilepress::handles {
 
@@ -12,8 +12,8 @@ std::uint32_t TILEPRESS_CALL Img1Create(ImgHandle*, std::uint32_t width, std::ui
                                         void* data);
 std::uint32_t TILEPRESS_CALL Img8Create(ImgHandle*, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits,
                                         const ColorTable* palette, void* data);
-std::uint32_t TILEPRESS_CALL Img24Create(ImgHandle*, std::uint32_t width, std::uint32_t height,
-                                         std::uint32_t alignBits, void* data);
+std::uint32_t TILEPRESS_CALL Img24Create(ImgHandle*, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits,
+                                         void* data);
 std::uint32_t TILEPRESS_CALL Img32Create(ImgHandle*, std::uint32_t width, std::uint32_t height,
                                          std::uint16_t channelFlag, void* data);
 void* TILEPRESS_CALL Img1Free(ImgHandle** where, void* keep);

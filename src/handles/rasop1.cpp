@@ -35,7 +35,8 @@ ImgHandle* Img1RasOp1(ImgHandle* image, const ImgRasOp1Desc* desc, std::uint32_t
         return target;
     // Of two colours, keeping the other one leaves nothing to change.
     const std::uint32_t* const kept = keptColor(*desc);
-    if (!kept || (*kept != 0) == set) std::memset(Bilevel::block(*target), set ? 0xFF : 0, blockBytes<Bilevel>(*target));
+    if (!kept || (*kept != 0) == set)
+        std::memset(Bilevel::block(*target), set ? 0xFF : 0, blockBytes<Bilevel>(*target));
     return target;
 }
 
@@ -48,9 +49,9 @@ ImgHandle* Img8RasOp1(ImgHandle* image, const ImgRasOp1Desc* desc, std::uint32_t
     const std::size_t count = blockBytes<Palette8>(*target);
     const auto colour = static_cast<unsigned char>(value);
     if (const std::uint32_t* const kept = keptColor(*desc))
-        std::replace_if(pixels, pixels + count, [=](unsigned char p) { return p != (*kept & 0xFF); }, colour);
-    else
-        std::memset(pixels, colour, count);
+        std::replace_if(
+            pixels, pixels + count, [=](unsigned char p) { return p != (*kept & 0xFF); }, colour);
+    else std::memset(pixels, colour, count);
     return target;
 }
 
@@ -67,9 +68,7 @@ static Pixel pixelOf(std::uint32_t color) {
 
 static bool isColour(const Rgb24& pixel, const Rgb24& colour) { return pixel == colour; }
 /// The fourth byte does not count.
-static bool isColour(ImgULong pixel, ImgULong colour) {
-    return ((pixel ^ colour) & pixelOf<ImgULong>(0xFFFFFF)) == 0;
-}
+static bool isColour(ImgULong pixel, ImgULong colour) { return ((pixel ^ colour) & pixelOf<ImgULong>(0xFFFFFF)) == 0; }
 
 template <class Kind>
 static ImgHandle* fillColours(ImgHandle* image, const ImgRasOp1Desc& desc, std::uint32_t value) {
@@ -84,7 +83,9 @@ static ImgHandle* fillColours(ImgHandle* image, const ImgRasOp1Desc& desc, std::
     for (std::size_t y = 0; y < area.height; ++y) {
         Pixel* const row = area[y];
         if (!kept) std::fill_n(row, area.width, colour);
-        else std::replace_if(row, row + area.width, [&](const Pixel& p) { return !isColour(p, keep); }, colour);
+        else
+            std::replace_if(
+                row, row + area.width, [&](const Pixel& p) { return !isColour(p, keep); }, colour);
     }
     return target;
 }

@@ -1,7 +1,7 @@
 // One handle combined into another.
 
-#include "foundation/paste.h"
 #include "handles/operations.h"
+#include "kernels/paste_rows.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,10 +1,10 @@
 // Handles mirrored, turned, cut and scaled: by the kernels that image classes use.
 
 #include "handles/operations.h"
-#include "transform/places.h"
-#include "transform/scale_bits.h"
-#include "transform/scale_pixels.h"
-#include "transform/shears.h"
+#include "kernels/mirror_turn.h"
+#include "kernels/scale_bits.h"
+#include "kernels/scale_pixels.h"
+#include "kernels/shear.h"
 
 #include <cmath>
 #include <cstring>
@@ -167,13 +167,13 @@ ImgHandle* render(ImgHandle* image, std::uint32_t width, std::uint32_t height, c
     return rendered<Kind>(*image, how.mirror, how.rotation, RenderSize(width, height, alignBits, how.quads));
 }
 
-#define TILEPRESS_KIND(Kind)                                                                                        \
-    template ImgHandle* rotate<Kind>(ImgHandle*, double);                                                           \
-    template ImgHandle* mirror<Kind>(ImgHandle*, int);                                                              \
-    template ImgHandle* subImage<Kind>(ImgHandle*, const std::int32_t*);                                            \
-    template ImgHandle* rendered<Kind>(ImgHandle&, std::int32_t, std::int32_t, const RenderSize&);                  \
-    template ImgHandle* render<Kind>(ImgHandle*, std::uint32_t, std::uint32_t, const void*, std::uint32_t,          \
-                                     std::uint32_t, std::uint32_t)
+#define TILEPRESS_KIND(Kind)                                                                             \
+  template ImgHandle* rotate<Kind>(ImgHandle*, double);                                                  \
+  template ImgHandle* mirror<Kind>(ImgHandle*, int);                                                     \
+  template ImgHandle* subImage<Kind>(ImgHandle*, const std::int32_t*);                                   \
+  template ImgHandle* rendered<Kind>(ImgHandle&, std::int32_t, std::int32_t, const RenderSize&);         \
+  template ImgHandle* render<Kind>(ImgHandle*, std::uint32_t, std::uint32_t, const void*, std::uint32_t, \
+                                   std::uint32_t, std::uint32_t)
 TILEPRESS_KIND(Bilevel);
 TILEPRESS_KIND(Palette8);
 TILEPRESS_KIND(Colour24);

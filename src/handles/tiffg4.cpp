@@ -1,8 +1,8 @@
 // How compressed handles begin and end.
 
+#include "handles/tiffg4.h"
 #include "foundation/heap.h"
 #include "handles/operations.h"
-#include "handles/tiffg4.h"
 
 #include <cstring>
 
@@ -12,7 +12,8 @@ namespace {
 /// `count` pointers to a work buffer each; null when memory runs out.
 void** columnBuffers(std::uint32_t count, std::uint32_t tileWidth) {
     void** const buffers = allocate<void*>(count);
-    for (std::uint32_t c = 0; buffers && c < count; ++c) buffers[c] = allocate<unsigned char>(columnBufferBytes(tileWidth));
+    for (std::uint32_t c = 0; buffers && c < count; ++c)
+        buffers[c] = allocate<unsigned char>(columnBufferBytes(tileWidth));
     return buffers;
 }
 

@@ -2,7 +2,7 @@
 
 // What the parts of compressed handles share.
 
-#include "handles/kinds.h"
+#include "handles/handle_kinds.h"
 
 #include <cstdint>
 
@@ -22,8 +22,7 @@ struct TileGrid {
 
     explicit TileGrid(const ImgG4Header& header)
         : width(static_cast<std::uint32_t>(quadWidth(header.quads.srcQuad))),
-          height(static_cast<std::uint32_t>(quadHeight(header.quads.srcQuad))),
-          across(count(width, header.tileWidth)),
+          height(static_cast<std::uint32_t>(quadHeight(header.quads.srcQuad))), across(count(width, header.tileWidth)),
           down(count(height, header.tileHeight)) {}
 
     std::uint64_t tiles() const { return std::uint64_t{across} * down; }

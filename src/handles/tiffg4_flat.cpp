@@ -53,7 +53,9 @@ bool isValid(const ImgG4Header& header) {
 }
 
 /// The lowest number stays negative, which no corner may be.
-std::int32_t magnitude(std::int32_t n) { return n < 0 ? static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(n)) : n; }
+std::int32_t magnitude(std::int32_t n) {
+    return n < 0 ? static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(n)) : n;
+}
 
 /// Kept: only these words are converted; the other quadrilaterals, rotation and mirror stay as they came.
 void convertHeader(ImgG4Header& header) {

@@ -1,14 +1,12 @@
 // Compressed handles expanded, or scaled while they are decoded.
 
 #include "ccitt/clipped_runs.h"
-#include "ccitt/decode_family.h"
+#include "ccitt/coded_bytes.h"
 #include "ccitt/decode_row.h"
-#include "foundation/coded.h"
-#include "foundation/line.h"
+#include "ccitt/padded_line.h"
 #include "handles/operations.h"
 #include "handles/tiffg4.h"
-#include "tilepress/ccitt.h"
-#include "transform/scale_bits.h"
+#include "kernels/scale_bits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,24 +15,6 @@
 
 namespace tilepress::handles {
 namespace {
-
-/// The plain decoder's tables. An enable would drop those that a caller has built, a disable pull them from under it:
-/// only what is not there is built, and released again.
-class PlainTables {
-public:
-    PlainTables() : ours_(!g4::plainDecodeTables()) {
-        if (ours_) cit_enable_decode_gr4();
-    }
-    PlainTables(const PlainTables&) = delete;
-    PlainTables& operator=(const PlainTables&) = delete;
-    ~PlainTables() {
-        if (ours_) cit_disable_decode_gr4();
-    }
-    const g4::DecodeTables* get() const { return g4::plainDecodeTables(); }
-
-private:
-    bool ours_;
-};
 
 /// One tile's place in its coded bytes, with the row before. A tile without bytes is white.
 class TileCursor {
@@ -62,10 +42,10 @@ public:
     }
     /// The next row's black runs; false when it is damaged.
     template <class OnRun>
-    bool next(const g4::DecodeTables& tables, std::int64_t left, const g4::ColumnRange& range, OnRun onRun) {
+    bool next(std::int64_t left, const g4::ColumnRange& range, OnRun onRun) {
         if (!coded_) return true;
         std::int32_t count = 0;
-        if (g4::decodeLine(tables, {coded_.get(), length_, false}, bit_, {reference_, count_}, width_, coding_, count) !=
+        if (g4::decodeLine({coded_.get(), length_, false}, bit_, {reference_, count_}, width_, coding_, count) !=
             g4::kRowDecoded)
             return false;
         std::swap(coding_, reference_);
@@ -86,8 +66,7 @@ private:
 class RowDecoder {
 public:
     explicit RowDecoder(const ImgHandle& image)
-        : header_(*static_cast<const ImgG4Header*>(image.header)),
-          grid_(header_),
+        : header_(*static_cast<const ImgG4Header*>(image.header)), grid_(header_),
           tiles_(static_cast<void* const*>(image.data)) {}
     RowDecoder(const RowDecoder&) = delete;
     RowDecoder& operator=(const RowDecoder&) = delete;
@@ -97,7 +76,7 @@ public:
     bool prepare() {
         // A row's positions, and sums with them, must fit 32 bits.
         constexpr std::uint32_t largestTile = 0x7FFFFFF0;
-        if (!tiles_ || !header_.byteCounts || !tables_.get() || grid_.tiles() == 0 || header_.tileWidth > largestTile ||
+        if (!tiles_ || !header_.byteCounts || grid_.tiles() == 0 || header_.tileWidth > largestTile ||
             (grid_.across + std::uint64_t{1}) * sizeof(TileCursor) > PTRDIFF_MAX)
             return false;
         cursors_ = new (std::nothrow) TileCursor[grid_.across];
@@ -127,7 +106,7 @@ private:
     bool addRow() {
         const g4::ColumnRange whole{0, grid_.width};
         for (std::uint32_t c = 0; c < grid_.across; ++c)
-            if (!cursors_[c].next(*tables_.get(), std::int64_t{header_.tileWidth} * c, whole,
+            if (!cursors_[c].next(std::int64_t{header_.tileWidth} * c, whole,
                                   [this](std::size_t from, std::size_t to) { fillSpan(words_.get(), from, to); }))
                 return false;
         return true;
@@ -136,7 +115,6 @@ private:
     const ImgG4Header& header_;
     TileGrid grid_;
     void* const* tiles_;
-    PlainTables tables_;
     TileCursor* cursors_ = nullptr;
     Heap<std::uint64_t> words_;
     std::uint32_t row_ = 0;

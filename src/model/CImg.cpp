@@ -9,16 +9,8 @@ IImg::~IImg() = default;
 CImg::~CImg() = default;  // the rectangle clears itself
 
 CImg::CImg(ImageType kind, ImgULong unset)
-    : type(kind),
-      bitsPerSample(unset),
-      samplesPerPixel(unset),
-      bytesPerLine(unset),
-      totalBytes(unset),
-      tileWidth(unset),
-      tileHeight(unset),
-      backgroundColor(unset),
-      backgroundKnown(false),
-      numberOfTiles(unset) {
+    : type(kind), bitsPerSample(unset), samplesPerPixel(unset), bytesPerLine(unset), totalBytes(unset),
+      tileWidth(unset), tileHeight(unset), backgroundColor(unset), backgroundKnown(false), numberOfTiles(unset) {
     rect.setRect(unset, unset, unset, unset);
 }
 

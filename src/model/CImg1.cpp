@@ -14,12 +14,8 @@ using namespace tilepress;
 // --- header and storage ---
 
 CImg1::CImg1()
-    : CImg(ImageTypeBilevel, kUnset),
-      pixels(nullptr),
-      padBits(kUnset),
-      alignment(ImgAlignNone),
-      foregroundInterpretation(kUnset),
-      backgroundInterpretation(kUnset) {}
+    : CImg(ImageTypeBilevel, kUnset), pixels(nullptr), padBits(kUnset), alignment(ImgAlignNone),
+      foregroundInterpretation(kUnset), backgroundInterpretation(kUnset) {}
 
 bool CImg1::initHeader(ImgULong width, ImgULong height, ImgULong tileW, ImgULong tileH, ImgULong background,
                        ImgULong foreground, ImgAlignmentEnum rowAlignment) {

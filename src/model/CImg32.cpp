@@ -1,6 +1,6 @@
 #include "tilepress/CImg32.h"
 
-#include "model/fresh.h"
+#include "model/unset_pixels.h"
 #include "tilepress/Export.h"
 #include "tilepress/TileIterators.h"
 

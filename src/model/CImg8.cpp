@@ -1,6 +1,6 @@
 #include "tilepress/CImg8.h"
 
-#include "model/fresh.h"
+#include "model/unset_pixels.h"
 #include "tilepress/Export.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #include "tilepress/Export.h"
 
 #include "foundation/bits.h"
-#include "foundation/lanes.h"
-#include "model/dither.h"
-#include "model/fresh.h"
-#include "model/kinds.h"
+#include "kernels/dither.h"
+#include "kernels/vectors.h"
+#include "model/image_kinds.h"
+#include "model/unset_pixels.h"
 #include "tilepress/CImg1G4.h"
 
 #include <algorithm>
@@ -143,8 +143,7 @@ static bool convert(CImg32& to, const CImg8& from, bool fresh = false) {
         // Kept: in the order red first the colour is ORed into what the pixel holds.
         if (redFirst && !fresh)
             for (std::size_t x = 0; x < width; ++x) out[x] |= pixels[row[x]];
-        else
-            lookUpRow(out, row, width, pixels);
+        else lookUpRow(out, row, width, pixels);
     }
     return true;
 }
@@ -161,10 +160,8 @@ static bool convert(CImg32& to, const CImg32& from) {
     if (!sameSize(to, from) || to.getTotalBytes() != from.getTotalBytes()) return false;
     const ImgULong* pixels = from.peekData();
     const std::size_t count = from.getTotalBytes() / 4;
-    if (to.getRGBOrder() == from.getRGBOrder())
-        std::memmove(to.peekData(), pixels, 4 * count);
-    else
-        std::transform(pixels, pixels + count, to.peekData(), withEndsExchanged);
+    if (to.getRGBOrder() == from.getRGBOrder()) std::memmove(to.peekData(), pixels, 4 * count);
+    else std::transform(pixels, pixels + count, to.peekData(), withEndsExchanged);
     return true;
 }
 
@@ -182,36 +179,26 @@ static bool converted(IImg& to, const IImg& from) {
 
 static bool fromBilevel(IImg& to, const IImg& from) {
     switch (to.getType()) {
-        case ImageTypeBilevel:
-            return converted<CImg1, CImg1>(to, from);
-        case ImageTypePalette:
-            return converted<CImg8, CImg1>(to, from);
-        case ImageTypeRGB:
-            return converted<CImg32, CImg1>(to, from);
-        default:
-            return false;
+    case ImageTypeBilevel: return converted<CImg1, CImg1>(to, from);
+    case ImageTypePalette: return converted<CImg8, CImg1>(to, from);
+    case ImageTypeRGB: return converted<CImg32, CImg1>(to, from);
+    default: return false;
     }
 }
 
 static bool fromPalette(IImg& to, const IImg& from) {
     switch (to.getType()) {
-        case ImageTypeBilevel:
-            return converted<CImg1, CImg8>(to, from);
-        case ImageTypeRGB:
-            return converted<CImg32, CImg8>(to, from);
-        default:
-            return false;
+    case ImageTypeBilevel: return converted<CImg1, CImg8>(to, from);
+    case ImageTypeRGB: return converted<CImg32, CImg8>(to, from);
+    default: return false;
     }
 }
 
 static bool fromRGB(IImg& to, const IImg& from) {
     switch (to.getType()) {
-        case ImageTypeBilevel:
-            return converted<CImg1, CImg32>(to, from);
-        case ImageTypeRGB:
-            return converted<CImg32, CImg32>(to, from);
-        default:
-            return false;
+    case ImageTypeBilevel: return converted<CImg1, CImg32>(to, from);
+    case ImageTypeRGB: return converted<CImg32, CImg32>(to, from);
+    default: return false;
     }
 }
 
@@ -223,22 +210,19 @@ static bool fromCompressed(IImg& to, const IImg& from) {
 bool Export::xfm(IImg* destination, const IImg* source) {
     if (!destination || !source) return false;
     switch (unconst(*source).getType()) {
-        case ImageTypeBilevel:
-            return fromBilevel(*destination, *source);
-        case ImageTypeBilevelG4:
-            return fromCompressed(*destination, *source);
-        case ImageTypePalette:
-            return fromPalette(*destination, *source);
-        case ImageTypeRGB:
-            return fromRGB(*destination, *source);
+    case ImageTypeBilevel: return fromBilevel(*destination, *source);
+    case ImageTypeBilevelG4: return fromCompressed(*destination, *source);
+    case ImageTypePalette: return fromPalette(*destination, *source);
+    case ImageTypeRGB: return fromRGB(*destination, *source);
     }
     return false;
 }
 
 void tilepress::convertInto(CImg32& fresh, const IImg& source) {
-    const bool done = unconst(source).getType() == ImageTypePalette
-                          ? hasPixels(static_cast<const CImg8&>(source)) && convert(fresh, static_cast<const CImg8&>(source), true)
-                          : Export::xfm(fresh, source);
+    const bool done =
+        unconst(source).getType() == ImageTypePalette
+            ? hasPixels(static_cast<const CImg8&>(source)) && convert(fresh, static_cast<const CImg8&>(source), true)
+            : Export::xfm(fresh, source);
     if (!done) std::fill_n(fresh.peekData(), fresh.getTotalBytes() / sizeof(ImgULong), ImgULong{0});
 }
 

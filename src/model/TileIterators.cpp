@@ -1,7 +1,7 @@
 #include "tilepress/TileIterators.h"
 
 #include "foundation/heap.h"
-#include "model/kinds.h"
+#include "model/image_kinds.h"
 
 #include <algorithm>
 #include <cstring>
@@ -32,28 +32,10 @@ bool Img1G4TileIterator::getNextTile(void*, ImgULong, ImgULong, ImgULong, ImgULo
 // --- RGB ---
 
 Img32TileIterator::Img32TileIterator()
-    : image(nullptr),
-      format(),
-      tileWidth(0),
-      tileHeight(0),
-      tilesAcross(0),
-      tilesDown(0),
-      rightPadding(0),
-      rightPaddingBytes(0),
-      bottomPadding(0),
-      tileCount(0),
-      tileRowBytes(0),
-      tileBytes(0),
-      currentTileRow(0),
-      currentTileColumn(0),
-      lastRow(false),
-      lastColumn(false),
-      tileBuffer(nullptr),
-      tileLength(0),
-      tileColor(0),
-      tileX(0),
-      tileY(0),
-      backgroundRow(nullptr) {}
+    : image(nullptr), format(), tileWidth(0), tileHeight(0), tilesAcross(0), tilesDown(0), rightPadding(0),
+      rightPaddingBytes(0), bottomPadding(0), tileCount(0), tileRowBytes(0), tileBytes(0), currentTileRow(0),
+      currentTileColumn(0), lastRow(false), lastColumn(false), tileBuffer(nullptr), tileLength(0), tileColor(0),
+      tileX(0), tileY(0), backgroundRow(nullptr) {}
 
 Img32TileIterator::~Img32TileIterator() {
     std::free(tileBuffer);

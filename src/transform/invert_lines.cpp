@@ -1,8 +1,8 @@
 // Bilevel images changed in place: inversion and straight lines.
 
-#include "model/kinds.h"
+#include "kernels/bit_rows.h"
+#include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
-#include "transform/bit_rows.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -16,8 +16,7 @@ struct Axis {
     std::uint64_t length;
 
     Axis(std::int32_t from, std::int32_t to)
-        : start(from), step(to < from ? -1 : 1),
-          length(static_cast<std::uint64_t>(step * (std::int64_t{to} - from))) {}
+        : start(from), step(to < from ? -1 : 1), length(static_cast<std::uint64_t>(step * (std::int64_t{to} - from))) {}
 };
 
 /// Calls plot(major, minor) for the points with 0 <= major < majorEnd and 0 <= minor < minorEnd.
@@ -70,8 +69,6 @@ void CImg1::drawLines(IntPtT* from, IntPtT* to, bool clear) {
         const unsigned bit = 0x80u >> x % 8;
         byte = static_cast<unsigned char>(clear ? byte & ~bit : byte | bit);
     };
-    if (rows.length < columns.length)
-        walkLine(columns, getWidth(), rows, getHeight(), plot);
-    else
-        walkLine(rows, getHeight(), columns, getWidth(), [&](std::int64_t y, std::int64_t x) { plot(x, y); });
+    if (rows.length < columns.length) walkLine(columns, getWidth(), rows, getHeight(), plot);
+    else walkLine(rows, getHeight(), columns, getWidth(), [&](std::int64_t y, std::int64_t x) { plot(x, y); });
 }

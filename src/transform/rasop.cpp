@@ -1,7 +1,7 @@
 // Raster operations: a second image combined into an image, or pixels set to a colour.
 
-#include "foundation/paste.h"
-#include "model/kinds.h"
+#include "kernels/paste_rows.h"
+#include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
@@ -32,8 +32,8 @@ template <class Image>
 bool fits(const Image* dest, const RasOpXfmAttr& attr, const Image& other) {
     if (!dest || !hasPixels(*dest) || !hasPixels(other)) return false;
     const ImgULong width = dest->getWidth(), height = dest->getHeight();
-    return other.getWidth() <= width && attr.columnOffset <= width - other.getWidth() &&
-           other.getHeight() <= height && attr.rowOffset <= height - other.getHeight();
+    return other.getWidth() <= width && attr.columnOffset <= width - other.getWidth() && other.getHeight() <= height &&
+           attr.rowOffset <= height - other.getHeight();
 }
 
 template <class Rule>
@@ -83,7 +83,8 @@ ImgErr fillPixels(Image* dest, bool onlyOthers, Pixel keep, Pixel value) {
     }
     for (std::size_t y = 0; y < dest->getHeight(); ++y) {
         Pixel* row = dest->peekDataArray()[y];
-        std::replace_if(row, row + dest->getWidth(), [keep](Pixel pixel) { return pixel != keep; }, value);
+        std::replace_if(
+            row, row + dest->getWidth(), [keep](Pixel pixel) { return pixel != keep; }, value);
     }
     return imgRaise(ImgErrNone);
 }

@@ -1,7 +1,8 @@
 #include "tilepress/Rothstein.h"
 
 #include "foundation/heap.h"
-#include "transform/runs.h"
+#include "kernels/grey_maps.h"
+#include "kernels/mark_tables.h"
 
 #include <cstdlib>
 
@@ -89,4 +90,19 @@ void CreateRothReduceTables(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstW
     CreateRothReduceTables2(srcWidth, srcHeight, dstWidth, dstHeight, rowRuns, groupSize, groupFirst, dstByte, dstBit,
                             &columns);
     std::free(columns);
+}
+
+void CreateGreyMapping(ImgULong levels, unsigned char** out, ImgULong inverted) {
+    unsigned char* const map = allocate<unsigned char>(levels);
+    *out = map;
+    if (!map || levels < 1) return;
+    if (!inverted) {
+        fillGreyMap(map, levels);
+    } else if (levels < kStaircaseLevels) {
+        fillGreyMap(map, levels);
+        for (ImgULong k = 0; k < levels; ++k) map[k] = static_cast<unsigned char>(255 - map[k]);
+    } else {
+        for (ImgULong k = 0; k < levels; ++k) map[k] = static_cast<unsigned char>(std::uint64_t{k} * 256 / levels);
+        map[levels - 1] = 255;
+    }
 }

@@ -1,6 +1,6 @@
 // What a scaling request is, and which worker answers it.
 
-#include "model/kinds.h"
+#include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"

@@ -1,9 +1,9 @@
 // Bilevel images enlarged, and reduced to bilevel ones.
 
+#include "kernels/scale_bits.h"
+#include "model/image_areas.h"
 #include "tilepress/CImg1.h"
-#include "transform/areas.h"
-#include "transform/scale.h"
-#include "transform/scale_bits.h"
+#include "transform/scale_requests.h"
 
 namespace tilepress {
 namespace {

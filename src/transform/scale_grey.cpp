@@ -1,11 +1,11 @@
 // Bilevel images reduced to grey ones: every cell's share of ink.
 
+#include "kernels/cells.h"
+#include "kernels/grey_maps.h"
+#include "kernels/mark_tables.h"
+#include "model/image_areas.h"
 #include "tilepress/CImg1.h"
-#include "transform/areas.h"
-#include "transform/cells.h"
-#include "transform/grey.h"
-#include "transform/runs.h"
-#include "transform/scale.h"
+#include "transform/scale_requests.h"
 
 #include <algorithm>
 
@@ -47,10 +47,10 @@ private:
     template <class Take>
     void forEachCell(std::uint64_t first, std::uint64_t count, Take take) {
         switch (group_) {
-            case 1: return forEachCell<1>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
-            case 2: return forEachCell<2>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
-            case 4: return forEachCell<4>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
-            default: return forEachCell<8>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+        case 1: return forEachCell<1>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+        case 2: return forEachCell<2>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+        case 4: return forEachCell<4>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
+        default: return forEachCell<8>(static_cast<std::size_t>(first), static_cast<std::size_t>(count), take);
         }
     }
     template <unsigned group, class Take>
@@ -82,7 +82,7 @@ private:
     InkRows rows_;
     ImgULong width_;
     unsigned shift_;
-    unsigned group_ = 1;  ///< columns added up before the cells are: where all cells are as wide, a part of each
+    unsigned group_ = 1;       ///< columns added up before the cells are: where all cells are as wide, a part of each
     ImgULong cellGroups_ = 0;  ///< as many make a cell; 0 where cells differ
     ImgULong cells_ = 0;
     Heap<ImgULong> starts_;

@@ -1,10 +1,10 @@
 // Rectangles cut out into images of their own.
 
-#include "model/kinds.h"
+#include "kernels/bit_rows.h"
+#include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
-#include "transform/bit_rows.h"
 
 #include <algorithm>
 #include <cstring>

@@ -7,10 +7,10 @@
 #include <initializer_list>
 
 #if defined(_WIN32)
-#define TEST_THISCALL __attribute__((thiscall))
-#pragma GCC diagnostic ignored "-Wattributes"  // mingw: "used for non-class method"
+#  define TEST_THISCALL __attribute__((thiscall))
+#  pragma GCC diagnostic ignored "-Wattributes"  // mingw: "used for non-class method"
 #else
-#define TEST_THISCALL
+#  define TEST_THISCALL
 #endif
 
 namespace {

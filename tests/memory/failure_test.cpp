@@ -55,10 +55,12 @@ TEST(AllocationFailure, Factories) {
     failEach("palette with data", [&] { return end(CImg8::create(20, 10, bytes, 200, nullptr, ImgAlignByte)); });
     failEach("RGB", [&] { return end(CImg32::create(20, 10, RGBOrderRGB)); });
     failEach("RGB with data", [&] { return end(CImg32::create(20, 10, words, 800, RGBOrderRGB)); });
-    failEach("RGB from 24 bits", [&] { return end(CImg32::createFrom24(20, 10, bytes, 600, ImgAlignByte, RGBOrderRGB, RGBOrderRGB)); });
+    failEach("RGB from 24 bits",
+             [&] { return end(CImg32::createFrom24(20, 10, bytes, 600, ImgAlignByte, RGBOrderRGB, RGBOrderRGB)); });
     failEach("grid", [&] { return end(CImg1G4::create(20, 10, 10, 5, 0, 1, ImgAlignByte)); });
     // A tile that cannot be copied is white. Under valgrind, whose own new does not come by, those are 9 to 11.
-    failEach("tiles", [&] { return end(CImg1G4::create(20, 10, 10, 5, tiles, lengths, 0, 1, ImgAlignByte)); }, 8);
+    failEach(
+        "tiles", [&] { return end(CImg1G4::create(20, 10, 10, 5, tiles, lengths, 0, 1, ImgAlignByte)); }, 8);
     failEach("palette of bilevel", [&] { return end(CImg8::create(*bits, nullptr, ImgAlignByte)); });
     failEach("RGB of bilevel", [&] { return end(CImg32::create(*bits, RGBOrderRGB)); });
     failEach("clone", [&] { return end(rgb->clone()); });
@@ -75,7 +77,8 @@ TEST(AllocationFailure, Factories) {
     // Pixels given to an image that has none, and in place of those that it has.
     CImg8* const palette = CImg8::create(20, 10, &map, ImgAlignByte);
     failEach("bilevel refilled", [&] { return std::free(bits->ownData()), bits->dupData(bytes, 30) == ImgErrNone; });
-    failEach("palette refilled", [&] { return std::free(palette->ownData()), palette->dupData(bytes, 200) == ImgErrNone; });
+    failEach("palette refilled",
+             [&] { return std::free(palette->ownData()), palette->dupData(bytes, 200) == ImgErrNone; });
     failEach("RGB refilled", [&] { return std::free(rgb->ownData()), rgb->dupData(words, 800) == ImgErrNone; });
     failEach("palette replaced", [&] {
         unsigned char* data = bytes;
@@ -92,7 +95,8 @@ TEST(AllocationFailure, Transforms) {
     ImgScaleAttr grey{32}, ink{1};
     RasOpXfmAttr place{};
     ColorMap map(256, 255);
-    for (IImg* image : {static_cast<IImg*>(CImg1::create(40, 30, 0, 1, ImgAlignByte)), static_cast<IImg*>(CImg8::create(40, 30, &map, ImgAlignByte)),
+    for (IImg* image : {static_cast<IImg*>(CImg1::create(40, 30, 0, 1, ImgAlignByte)),
+                        static_cast<IImg*>(CImg8::create(40, 30, &map, ImgAlignByte)),
                         static_cast<IImg*>(CImg32::create(40, 30, RGBOrderRGB))}) {
         const ImgRect all = image->getRect();
         const bool palette = image->getType() == ImageTypePalette;
@@ -111,7 +115,8 @@ TEST(AllocationFailure, Transforms) {
 }
 
 TEST(AllocationFailure, CompressedImages) {
-    auto bytes = support::exchanged(support::bits("001" + support::runText(10, false) + support::runText(20, true) + "1 111 111 111 111"));
+    auto bytes = support::exchanged(
+        support::bits("001" + support::runText(10, false) + support::runText(20, true) + "1 111 111 111 111"));
     unsigned char* tiles[] = {bytes.data(), bytes.data()};
     ImgULong lengths[] = {static_cast<ImgULong>(bytes.size()), static_cast<ImgULong>(bytes.size())};
     CImg1G4* const page = CImg1G4::create(80, 5, 40, 5, tiles, lengths, 0, 1, ImgAlignNone);
@@ -175,10 +180,21 @@ TEST(AllocationFailure, Tables) {
         return good;
     };
     failEach("pair", [&] { return CreateRothTables(&tables[0], &tables[1], 30, 20, 10, 5), all(2); });
-    failEach("enlarge", [&] { return CreateRothEnlargeTables(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4]), all(5); });
-    failEach("reduce", [&] { return CreateRothReduceTables(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4]), all(5); }, 3);  // columns that nobody asked for
+    failEach("enlarge", [&] {
+        return CreateRothEnlargeTables(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4]),
+               all(5);
+    });
+    failEach(
+        "reduce",
+        [&] {
+            return CreateRothReduceTables(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4]),
+                   all(5);
+        },
+        3);  // columns that nobody asked for
     failEach("reduce with columns", [&] {
-        return CreateRothReduceTables2(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4], &tables[5]), all(6);
+        return CreateRothReduceTables2(30, 20, 10, 5, &tables[0], &tables[1], &tables[2], &tables[3], &tables[4],
+                                       &tables[5]),
+               all(6);
     });
     failEach("greys", [] {
         unsigned char* greys = nullptr;
@@ -251,19 +267,23 @@ TEST(AllocationFailure, Handles) {
 }
 
 TEST(AllocationFailure, CompressedHandles) {
-    auto bytes = support::exchanged(support::bits("001" + support::runText(10, false) + support::runText(30, true) + "11 11 11"));
+    auto bytes = support::exchanged(
+        support::bits("001" + support::runText(10, false) + support::runText(30, true) + "11 11 11"));
     const std::uint32_t counts[] = {static_cast<std::uint32_t>(bytes.size())};
     void* tiles[] = {bytes.data()};
     const ImgConvertDesc colour{4, 1, nullptr};
     ImgHandle* image = ImgNew(ImgTypeTiffG4);
     ASSERT_TRUE(ImgCreateTiffG4(image, 40, 4, 40, 4, counts, tiles));
-    failEach("create", [&] {
-        ImgHandle* other = ImgNew(ImgTypeTiffG4);
-        const bool made = other && ImgCreateTiffG4(other, 40, 4, 40, 4, counts, tiles);
-        if (made) other->free(&other, tiles);
-        std::free(other);
-        return made;
-    }, 5);  // buffers that nothing reads
+    failEach(
+        "create",
+        [&] {
+            ImgHandle* other = ImgNew(ImgTypeTiffG4);
+            const bool made = other && ImgCreateTiffG4(other, 40, 4, 40, 4, counts, tiles);
+            if (made) other->free(&other, tiles);
+            std::free(other);
+            return made;
+        },
+        5);  // buffers that nothing reads
     failEach("render", [&] { return end(image->render(image, 20, 2, nullptr, 0, 0, 8)); });
     failEach("enlarge", [&] { return end(image->render(image, 90, 20, nullptr, 0, 0, 8)); });
     failEach("one way each", [&] { return end(image->render(image, 90, 2, nullptr, 0, 0, 8)); });

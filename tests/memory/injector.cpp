@@ -33,7 +33,9 @@ static bool mayAllocate() {
 
 extern "C" {
 void* __wrap_malloc(std::size_t bytes) { return mayAllocate() ? __real_malloc(bytes) : nullptr; }
-void* __wrap_calloc(std::size_t count, std::size_t bytes) { return mayAllocate() ? __real_calloc(count, bytes) : nullptr; }
+void* __wrap_calloc(std::size_t count, std::size_t bytes) {
+    return mayAllocate() ? __real_calloc(count, bytes) : nullptr;
+}
 void* __wrap_realloc(void* block, std::size_t bytes) { return mayAllocate() ? __real_realloc(block, bytes) : nullptr; }
 void __wrap_free(void* block) {
     for (std::size_t i = 0; i < 8; ++i)
@@ -43,8 +45,12 @@ void __wrap_free(void* block) {
 }
 
 // The library's objects; everybody else's new throws and does not come by.
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return mayAllocate() ? __real_malloc(bytes) : nullptr; }
-void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return mayAllocate() ? __real_malloc(bytes) : nullptr; }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return mayAllocate() ? __real_malloc(bytes) : nullptr;
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+    return mayAllocate() ? __real_malloc(bytes) : nullptr;
+}
 void* operator new(std::size_t bytes) { return __real_malloc(bytes); }
 void* operator new[](std::size_t bytes) { return __real_malloc(bytes); }
 void operator delete(void* block) noexcept { __real_free(block); }

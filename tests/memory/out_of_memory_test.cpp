@@ -19,10 +19,11 @@ TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
     std::int32_t reference[] = {0, 9, 9, 9}, coding[12], count = 0, byte = 0, bit = 1;
     std::uint16_t data[] = {0x8000};
     EXPECT_EQ(CCITT_G4Decode(reference, 4, 8, data, &byte, &bit, nullptr, coding, &count, 2), 6);
+    imgRaise(ImgErrNone);
     CImg1G4* const page = CImg1G4::create(8, 8, 8, 8, 0, 1, ImgAlignNone);
     CImg1* const picture = CImg1::create(8, 8, 0, 1, ImgAlignNone);
     EXPECT_TRUE(page->uncompress(picture, page->getRect()));
-    EXPECT_EQ(CImgErr::get(), ImgErrDecode);
+    EXPECT_EQ(CImgErr::get(), ImgErrNone) << "walks need nothing that is enabled";
     page->releaseData();
     delete page;
     delete picture;

@@ -51,8 +51,7 @@ Bytes decodedByUs(const Bytes& strip, const Image& size) {
             return {};
         above.assign(list.begin(), list.begin() + count);
         std::string row;
-        for (std::int32_t k = 1; k < count; ++k)
-            row.resize(above[k] - 1, k % 2 ? '0' : '1');
+        for (std::int32_t k = 1; k < count; ++k) row.resize(above[k] - 1, k % 2 ? '0' : '1');
         const Bytes bytes = packed(row);
         pixels.insert(pixels.end(), bytes.begin(), bytes.end());
     }
@@ -78,7 +77,8 @@ TEST_F(Libtiff, CodesRandomImagesAsWeDo) {
     std::mt19937 random(6);
     for (int n = 0; n < 2000; ++n) {
         const Image image = randomImage(random);
-        const Bytes ours = codedByUs(image), theirs = peer::MemoryTiff(image.width, image.height).codedFrom(image.pixels);
+        const Bytes ours = codedByUs(image),
+                    theirs = peer::MemoryTiff(image.width, image.height).codedFrom(image.pixels);
         ASSERT_EQ(ours, theirs) << image.width << " x " << image.height;
         ASSERT_EQ(decodedByUs(theirs, image), image.pixels);
         ASSERT_EQ(peer::MemoryTiff(image.width, image.height).pixelsFrom(ours, image.pixels.size()), image.pixels);
@@ -97,7 +97,8 @@ TEST_F(Libtiff, ReadsTheSamplesAsWeDo) {
                 const Image image{segment.width, segment.height, segment.pixels};
                 EXPECT_EQ(decodedByUs(segment.coded, image), image.pixels) << entry.path() << " segment " << k;
                 const Bytes ours = codedByUs(image);
-                EXPECT_EQ(peer::MemoryTiff(image.width, image.height).pixelsFrom(ours, image.pixels.size()), image.pixels);
+                EXPECT_EQ(peer::MemoryTiff(image.width, image.height).pixelsFrom(ours, image.pixels.size()),
+                          image.pixels);
             }
         while (TIFFReadDirectory(file));
         TIFFClose(file);

@@ -108,10 +108,8 @@ inline Segment segmentOf(TIFF* file, std::uint32_t k) {
               Bytes((width + 7) / 8 * height)};
     (tiled ? TIFFReadRawTile : TIFFReadRawStrip)(file, k, s.coded.data(), s.coded.size());
     if (order == FILLORDER_LSB2MSB) TIFFReverseBits(s.coded.data(), s.coded.size());
-    if (tiled)
-        TIFFReadEncodedTile(file, k, s.pixels.data(), s.pixels.size());
-    else
-        TIFFReadEncodedStrip(file, k, s.pixels.data(), s.pixels.size());
+    if (tiled) TIFFReadEncodedTile(file, k, s.pixels.data(), s.pixels.size());
+    else TIFFReadEncodedStrip(file, k, s.pixels.data(), s.pixels.size());
     return s;
 }
 

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
 #include <cstdlib>
 #include <filesystem>
-#include <unistd.h>
 
 using namespace support;
 namespace fs = std::filesystem;
@@ -73,7 +73,8 @@ TEST(Samples, ExpandAlsoInOtherTilings) {
     const fs::path copy = fs::temp_directory_path() / ("tilepress-" + std::to_string(getpid()) + ".tif");
     for (const auto& file : samples())
         for (const char* layout : {"-t -w 256 -l 256", "-t -w 48 -l 32", "-s -r 37", "-f lsb2msb -s -r 1000"}) {
-            const std::string command = std::string("tiffcp -c g4 ") + layout + " '" + file.string() + "' '" + copy.string() + "'";
+            const std::string command =
+                std::string("tiffcp -c g4 ") + layout + " '" + file.string() + "' '" + copy.string() + "'";
             ASSERT_EQ(std::system(command.c_str()), 0) << command;
             expectEqualToLibtiff(copy.string(), random);
         }
@@ -94,7 +95,8 @@ TEST(Samples, DamagedPagesEndInAStatus) {
             G4Image image = imageOf(page);
             CImgErr::sm_errcode = ImgErrNone;
             ImgScaleAttr attr{round % 2 ? 32u : 1u};
-            std::unique_ptr<IImg> small(image->scale(image->getRect(), 1 + page.width / 10, 1 + page.height / 10, attr));
+            std::unique_ptr<IImg> small(
+                image->scale(image->getRect(), 1 + page.width / 10, 1 + page.height / 10, attr));
             EXPECT_TRUE(small);
             failed += CImgErr::get() == ImgErrDecode;
         }

@@ -36,10 +36,8 @@ inline void readCoded(TIFF* tiff, TiffPage& page) {
     for (std::uint32_t k = 0; k < count; ++k) {
         Bytes code(static_cast<std::size_t>(TIFFGetStrileByteCount(tiff, k)));
         const auto size = static_cast<tmsize_t>(code.size());
-        if (tiled)
-            TIFFReadRawTile(tiff, k, code.data(), size);
-        else
-            TIFFReadRawStrip(tiff, k, code.data(), size);
+        if (tiled) TIFFReadRawTile(tiff, k, code.data(), size);
+        else TIFFReadRawStrip(tiff, k, code.data(), size);
         if (fillOrder == FILLORDER_LSB2MSB) TIFFReverseBits(code.data(), size);
         page.tiles.push_back(exchanged(code));
     }

@@ -1,7 +1,7 @@
 // What other processors get where x86 has instructions of its own: compiled as if there were none.
 
-#include "transform/blocks.h"
-#include "transform/widen_pixels.h"
+#include "kernels/transpose.h"
+#include "kernels/widen_pixels.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <vector>
 
 #ifdef __SSE2__
-#error this file is about processors without SSE2
+#  error this file is about processors without SSE2
 #endif
 
 using namespace tilepress;
@@ -29,8 +29,8 @@ TEST(Portable, LanesOfComparisonsBecomeBits) {
 }
 
 TEST(Portable, NumbersBecomeBytes) {
-    const Bytes16 bytes = narrowed(Words4{0, 1, 2, 255}, Words4{4, 5, 6, 254}, Words4{8, 9, 10, 253},
-                                   Words4{12, 13, 14, 252});
+    const Bytes16 bytes =
+        narrowed(Words4{0, 1, 2, 255}, Words4{4, 5, 6, 254}, Words4{8, 9, 10, 253}, Words4{12, 13, 14, 252});
     for (unsigned k = 0; k < 16; ++k) EXPECT_EQ(bytes[k], k % 4 == 3 ? 255 - k / 4 : k);
 }
 
@@ -42,7 +42,8 @@ TEST(Portable, BitsTurn) {
     for (std::size_t y = 0; y < height; ++y)
         for (std::size_t x = 0; x < width; ++x)
             if (src[y * srcStride + x / 8] & 0x80 >> x % 8)
-                expected[x * dstStride + y / 8] = static_cast<unsigned char>(expected[x * dstStride + y / 8] | 0x80 >> y % 8);
+                expected[x * dstStride + y / 8] =
+                    static_cast<unsigned char>(expected[x * dstStride + y / 8] | 0x80 >> y % 8);
     transposeBits({dst.data(), dstStride}, {src.data(), srcStride}, width, height);
     EXPECT_EQ(dst, expected);
 }

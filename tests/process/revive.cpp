@@ -9,10 +9,10 @@
 #include <cstring>
 #include <vector>
 #ifdef _WIN32
-#include <windows.h>
+#  include <windows.h>
 #else
-#include <fcntl.h>
-#include <sys/mman.h>
+#  include <fcntl.h>
+#  include <sys/mman.h>
 #endif
 
 /// What follows the block in the file.
@@ -96,7 +96,8 @@ static int read(const char* path) {
     const bool moved = reinterpret_cast<std::uintptr_t>(block) != trailer.address;
     const bool same = expandedSum(image) == trailer.pixels;
     std::printf("written at %llx, revived at %llx: %s\n", static_cast<unsigned long long>(trailer.address),
-                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(block)), same ? "same pixels" : "other pixels");
+                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(block)),
+                same ? "same pixels" : "other pixels");
     return moved && same ? 0 : 1;
 }
 

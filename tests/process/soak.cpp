@@ -19,7 +19,8 @@ static long resident() {
 int main(int argc, char** argv) {
     constexpr std::int32_t width = 1653, height = 2339, stride = (width + 7) / 8;
     std::vector<unsigned char> rows(std::size_t{stride} * height + 1);
-    for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = i / stride % 40 < 24 && i % 7 < 4 ? static_cast<unsigned char>(i * 37) : 0;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        rows[i] = i / stride % 40 < 24 && i % 7 < 4 ? static_cast<unsigned char>(i * 37) : 0;
     std::uint8_t* strip = nullptr;
     cit_enable_encode_gr4();
     cit_enable_detect_changes();
@@ -33,7 +34,8 @@ int main(int argc, char** argv) {
     for (int page = 0; page < pages; ++page) {
         unsigned char* tiles[] = {strip};
         ImgULong lengths[] = {static_cast<ImgULong>(length)};
-        CImg1G4* image = CImg1G4::create(width, height, width, height, tiles, lengths, 0x00FFFFFF, 0xFF000000, ImgAlignNone);
+        CImg1G4* image =
+            CImg1G4::create(width, height, width, height, tiles, lengths, 0x00FFFFFF, 0xFF000000, ImgAlignNone);
         if (!image) return 1;
         const std::unique_ptr<IImg> small(image->scale(image->getRect(), 165, 233, grey));
         std::unique_ptr<IImg> turned(image->rotate(90));

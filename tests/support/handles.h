@@ -54,11 +54,13 @@ inline std::size_t pixelBytes(const ImgHandle& image) {
 template <class Kind>
 Handle handleOf(const Picture& picture) {
     Handle image(ImgNew(Kind::type));
-    EXPECT_TRUE(Kind::create(image.get(), static_cast<std::uint32_t>(picture.width), static_cast<std::uint32_t>(picture.height)));
+    EXPECT_TRUE(Kind::create(image.get(), static_cast<std::uint32_t>(picture.width),
+                             static_cast<std::uint32_t>(picture.height)));
     for (std::size_t y = 0; y < picture.height; ++y)
         for (std::size_t x = 0; x < picture.width; ++x) {
             const std::uint32_t pixel = picture.at(x, y);
-            if (Kind::type == ImgTypeBilevel) rowOf(*image, y)[x / 8] |= static_cast<std::uint8_t>(pixel << (7 - x % 8));
+            if (Kind::type == ImgTypeBilevel)
+                rowOf(*image, y)[x / 8] |= static_cast<std::uint8_t>(pixel << (7 - x % 8));
             else std::memcpy(rowOf(*image, y) + x * pixelBytes(*image), &pixel, pixelBytes(*image));
         }
     return image;

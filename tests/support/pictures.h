@@ -24,7 +24,8 @@ struct Picture {
     std::vector<std::uint32_t> pixels;
 
     Picture(std::size_t w, std::size_t h, std::uint32_t value = 0) : width(w), height(h), pixels(w * h, value) {}
-    Picture(std::size_t w, std::initializer_list<std::uint32_t> rows) : width(w), height(rows.size() / w), pixels(rows) {}
+    Picture(std::size_t w, std::initializer_list<std::uint32_t> rows)
+        : width(w), height(rows.size() / w), pixels(rows) {}
     std::uint32_t& at(std::size_t x, std::size_t y) { return pixels[y * width + x]; }
     std::uint32_t at(std::size_t x, std::size_t y) const { return pixels[y * width + x]; }
     bool operator==(const Picture&) const = default;

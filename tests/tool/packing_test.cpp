@@ -19,16 +19,22 @@ nlohmann::json pagesOf(const std::string& path) {
 TEST(Repack, EverySampleInEveryLayout) {
     const Folder folder;
     const std::string packed = folder / "packed.tif";
-    for (const char* name : {"text.tif", "text_strips_lsb.tif", "drawing_tiled.tif", "halftone.tif", "negative.tif", "blackiszero.tif", "pages.tif"})
-        for (const auto& [layout, shape, height] : {std::tuple("", "tiles", 512u), {" --tile 48", "tiles", 48u}, {" --strip-rows 77", "strips", 77u}, {" --single-strip --no-check", "strips", 0u}}) {
+    for (const char* name : {"text.tif", "text_strips_lsb.tif", "drawing_tiled.tif", "halftone.tif", "negative.tif",
+                             "blackiszero.tif", "pages.tif"})
+        for (const auto& [layout, shape, height] : {std::tuple("", "tiles", 512u),
+                                                    {" --tile 48", "tiles", 48u},
+                                                    {" --strip-rows 77", "strips", 77u},
+                                                    {" --single-strip --no-check", "strips", 0u}}) {
             ASSERT_EQ(tool("repack " + sample(name) + " -o " + packed + layout).code, 0) << name << layout;
             const auto before = pagesOf(sample(name)), after = pagesOf(packed);
             ASSERT_EQ(before.size(), after.size());
             for (std::size_t k = 0; k < after.size(); ++k) {
                 EXPECT_EQ(after[k]["layout"], shape);
                 EXPECT_EQ(after[k]["tileHeight"], height ? nlohmann::json(height) : after[k]["height"]);
-                for (const char* tag : {"dpi", "orientation", "photometric"}) EXPECT_EQ(before[k][tag], after[k][tag]) << tag;
-                EXPECT_EQ(readTiff(packed, unsigned(k) + 1), readTiff(sample(name), unsigned(k) + 1)) << name << layout << k;
+                for (const char* tag : {"dpi", "orientation", "photometric"})
+                    EXPECT_EQ(before[k][tag], after[k][tag]) << tag;
+                EXPECT_EQ(readTiff(packed, unsigned(k) + 1), readTiff(sample(name), unsigned(k) + 1))
+                    << name << layout << k;
             }
         }
 }
@@ -55,7 +61,8 @@ void write(const Raster& page, const std::string& path, int compression, bool ti
             std::vector<unsigned char> part((width + 7) / 8 * height);
             for (std::uint32_t y = 0; y < height && top + y < page.height; ++y)
                 for (std::uint32_t x = 0; x < width && left + x < page.width; ++x)
-                    if (page.at(left + x, top + y)) part[y * ((width + 7) / 8) + x / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
+                    if (page.at(left + x, top + y))
+                        part[y * ((width + 7) / 8) + x / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
             if (tiled) TIFFWriteTile(tiff, part.data(), left, top, 0, 0);
             else TIFFWriteScanline(tiff, part.data(), top, 0);
         }
@@ -166,13 +173,15 @@ TEST(Damage, LostStripsAreNoWhiteOnes) {
     std::string file = readFile(sample("text_strips_lsb.tif"));
     TIFF* tiff = TIFFOpen(sample("text_strips_lsb.tif").c_str(), "r");
     const auto places = [&](std::uint32_t k) {
-        const std::uint32_t both[] = {std::uint32_t(TIFFGetStrileOffset(tiff, k)), std::uint32_t(TIFFGetStrileOffset(tiff, k + 1))};
+        const std::uint32_t both[] = {std::uint32_t(TIFFGetStrileOffset(tiff, k)),
+                                      std::uint32_t(TIFFGetStrileOffset(tiff, k + 1))};
         return std::string(reinterpret_cast<const char*>(both), sizeof both);
     };
     file.replace(file.find(places(10)), 4, "\xF0\xFF\xFF\x7F", 4);
     TIFFClose(tiff);
     writeFile(name, file);
-    for (const char* command : {"verify ", "render -o /dev/null --format pbm ", "convert -o /dev/null --format pbm --to bilevel ", "repack -o /dev/null "}) {
+    for (const char* command : {"verify ", "render -o /dev/null --format pbm ",
+                                "convert -o /dev/null --format pbm --to bilevel ", "repack -o /dev/null "}) {
         const Outcome run = tool(command + name);
         EXPECT_EQ(run.code, 2) << command;
         EXPECT_NE((run.output + run.errors).find("strip 11 of 24, row 1 of it"), std::string::npos) << run.errors;
@@ -185,7 +194,12 @@ TEST(Damage, LostStripsAreNoWhiteOnes) {
             ASSERT_EQ(drawn.at(x, y), y / 100 == 10 ? 255 : whole.at(x, y)) << x << ' ' << y;
 
     tiff = TIFFOpen(name.c_str(), "w");
-    for (const auto& [tag, value] : {std::pair(TIFFTAG_IMAGEWIDTH, 100), {TIFFTAG_IMAGELENGTH, 100}, {TIFFTAG_TILEWIDTH, 64}, {TIFFTAG_TILELENGTH, 64}, {TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}})
+    for (const auto& [tag, value] : {std::pair(TIFFTAG_IMAGEWIDTH, 100),
+                                     {TIFFTAG_IMAGELENGTH, 100},
+                                     {TIFFTAG_TILEWIDTH, 64},
+                                     {TIFFTAG_TILELENGTH, 64},
+                                     {TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4},
+                                     {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}})
         TIFFSetField(tiff, std::uint32_t(tag), value);
     std::vector<unsigned char> black(64 * 8, 0xFF);
     TIFFWriteTile(tiff, black.data(), 64, 0, 0, 0);
@@ -193,7 +207,8 @@ TEST(Damage, LostStripsAreNoWhiteOnes) {
     ASSERT_EQ(tool("repack --single-strip -o " + (folder / "whole.tif ") + name).code, 0);
     const Raster filled = readTiff(folder / "whole.tif");
     for (std::uint32_t y = 0; y < 100; ++y)
-        for (std::uint32_t x = 0; x < 100; ++x) ASSERT_EQ(filled.at(x, y), x >= 64 && y < 64 ? 0 : 255) << x << ' ' << y;
+        for (std::uint32_t x = 0; x < 100; ++x)
+            ASSERT_EQ(filled.at(x, y), x >= 64 && y < 64 ? 0 : 255) << x << ' ' << y;
 }
 
 TEST(Limits, Memory) {
@@ -204,7 +219,10 @@ TEST(Limits, Memory) {
 #ifndef __SANITIZE_ADDRESS__  // whose own needs no limit allows
     const Outcome run = tool("render --max-memory 300M --size 10000x10000 --mode ink" + out + sample("text.tif"));
     EXPECT_EQ(run.code, 0) << run.errors;
-    EXPECT_EQ(tool("render --max-memory 300M --rotate 10 --max-pixels 2000000000 --size 40000x40000 --mode ink" + out + sample("text.tif")).code, 4);
+    EXPECT_EQ(tool("render --max-memory 300M --rotate 10 --max-pixels 2000000000 --size 40000x40000 --mode ink" + out +
+                   sample("text.tif"))
+                  .code,
+              4);
 #endif
 }
 

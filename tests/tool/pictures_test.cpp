@@ -11,9 +11,9 @@ struct Page {
     unsigned number = 1;
 };
 
-const Page kPages[] = {{"text.tif"},        {"text_strips_lsb.tif"}, {"drawing_tiled.tif"}, {"halftone.tif"},
-                       {"negative.tif"},    {"blackiszero.tif"},     {"pages.tif", 1},      {"pages.tif", 2},
-                       {"pages.tif", 3},    {"pages.tif", 4}};
+const Page kPages[] = {{"text.tif"},     {"text_strips_lsb.tif"}, {"drawing_tiled.tif"}, {"halftone.tif"},
+                       {"negative.tif"}, {"blackiszero.tif"},     {"pages.tif", 1},      {"pages.tif", 2},
+                       {"pages.tif", 3}, {"pages.tif", 4}};
 
 std::string argument(const Page& page) { return sample(page.file) + " --page " + std::to_string(page.number); }
 

@@ -113,10 +113,12 @@ TEST(Codes, UsageAndFiles) {
     const Folder folder;
     const std::string out = " -o " + (folder / "x.png ");
     for (const std::string& wrong :
-         {std::string(), std::string("draw"), std::string("render"), "render " + sample("text.tif"), std::string("info /no/such/file"), "render /no/such/file" + out,
+         {std::string(), std::string("draw"), std::string("render"), "render " + sample("text.tif"),
+          std::string("info /no/such/file"), "render /no/such/file" + out,
           "render " + sample("text.tif") + " -o /no/such/folder/x.png", "render " + sample("text.tif --page 2") + out,
-          "render " + sample("text.tif --rect 1600,0,100,10") + out, "render " + sample("text.tif --rect 0,0,0,10") + out,
-          "render " + sample("text.tif --scale 0") + out, "render " + sample("text.tif --scale 0.5 --size 1x1") + out,
+          "render " + sample("text.tif --rect 1600,0,100,10") + out,
+          "render " + sample("text.tif --rect 0,0,0,10") + out, "render " + sample("text.tif --scale 0") + out,
+          "render " + sample("text.tif --scale 0.5 --size 1x1") + out,
           "render " + sample("text.tif --scale 0.5 --mode copy") + out, "render " + sample("text.tif -o x.gif"),
           "render " + sample("text.tif --scale 0.5 -o ") + (folder / "x.pbm")}) {
         const Outcome run = tool(wrong);
@@ -163,9 +165,9 @@ TEST(Codes, HostileHeaders) {
         std::uint32_t value;
         int code;
     } cases[] = {
-        {strip, 256, 0xFFFFFFFF, 4}, {strip, 257, 0xFFFFFFFF, 3}, {strip, 256, 0, 3},         {strip, 273, 0xFFFFFFF0, 2},
-        {strip, 279, 0xFFFFFFF0, 0}, {strip, 278, 1, 0},          {tiled, 256, 0xFFFFFFFF, 3}, {tiled, 322, 16, 3},
-        {tiled, 322, 0, 3},
+        {strip, 256, 0xFFFFFFFF, 4}, {strip, 257, 0xFFFFFFFF, 3}, {strip, 256, 0, 3},
+        {strip, 273, 0xFFFFFFF0, 2}, {strip, 279, 0xFFFFFFF0, 0}, {strip, 278, 1, 0},
+        {tiled, 256, 0xFFFFFFFF, 3}, {tiled, 322, 16, 3},         {tiled, 322, 0, 3},
     };
     for (const auto& test : cases) {
         std::string file = test.file;

@@ -35,20 +35,13 @@ struct Entry {
 
 template <class T>
 void show(const T& value) {
-    if constexpr (std::is_same_v<T, bool>)
-        printf("%s", value ? "true" : "false");
-    else if constexpr (std::is_enum_v<T>)
-        printf("%ld", static_cast<long>(value));
-    else if constexpr (std::is_floating_point_v<T>)
-        printf("%.17g", static_cast<double>(value));
-    else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>)
-        printf("%I64d", static_cast<long long>(value));
-    else if constexpr (std::is_integral_v<T>)
-        printf("%I64u", static_cast<unsigned long long>(value));
-    else if constexpr (std::is_pointer_v<T>)
-        printf("%p", static_cast<const void*>(value));
-    else
-        printf("a value of %u bytes", static_cast<unsigned>(sizeof value));
+    if constexpr (std::is_same_v<T, bool>) printf("%s", value ? "true" : "false");
+    else if constexpr (std::is_enum_v<T>) printf("%ld", static_cast<long>(value));
+    else if constexpr (std::is_floating_point_v<T>) printf("%.17g", static_cast<double>(value));
+    else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) printf("%I64d", static_cast<long long>(value));
+    else if constexpr (std::is_integral_v<T>) printf("%I64u", static_cast<unsigned long long>(value));
+    else if constexpr (std::is_pointer_v<T>) printf("%p", static_cast<const void*>(value));
+    else printf("a value of %u bytes", static_cast<unsigned>(sizeof value));
 }
 
 /// Prints what follows `<<` when the check before it failed.
@@ -58,10 +51,8 @@ struct Message {
     template <class T>
     Message& operator<<(const T& value) {
         if (!armed) return *this;
-        if constexpr (std::is_convertible_v<T, const char*>)
-            printf("%s", static_cast<const char*>(value));
-        else
-            show(value);
+        if constexpr (std::is_convertible_v<T, const char*>) printf("%s", static_cast<const char*>(value));
+        else show(value);
         return *this;
     }
     ~Message() {
@@ -111,21 +102,23 @@ inline int runAll(int argc, char** argv) {
 
 }  // namespace testing
 
-#define GTEST_MAKE(suite, name, base)                                                                        \
-    struct suite##_##name : base {                                                                           \
-        void TestBody() override;                                                                            \
-    };                                                                                                       \
-    static testing::Entry suite##_##name##_entry(#suite, #name, []() -> testing::Test* { return new suite##_##name; }); \
-    void suite##_##name::TestBody()
+#define GTEST_MAKE(suite, name, base)                                                                                 \
+  struct suite##_##name : base {                                                                                      \
+    void TestBody() override;                                                                                         \
+  };                                                                                                                  \
+  static testing::Entry suite##_##name##_entry(#suite, #name, []() -> testing::Test* { return new suite##_##name; }); \
+  void suite##_##name::TestBody()
 #define TEST(suite, name) GTEST_MAKE(suite, name, testing::Test)
 #define TEST_F(suite, name) GTEST_MAKE(suite, name, suite)
 
 #define GTEST_OP(op) [](const auto& x, const auto& y) -> bool { return x op y; }
-#define GTEST_SOFT(op, text, a, b) testing::Message{!testing::report(op, __FILE__, __LINE__, text, a, b)}
-#define GTEST_HARD(op, text, a, b)                                                  \
-    if (bool good = testing::report(op, __FILE__, __LINE__, text, a, b); good) {    \
-    } else                                                                          \
-        return testing::Return() = testing::Message { true }
+#define GTEST_SOFT(op, text, a, b) \
+  testing::Message { !testing::report(op, __FILE__, __LINE__, text, a, b) }
+#define GTEST_HARD(op, text, a, b)                                             \
+  if (bool good = testing::report(op, __FILE__, __LINE__, text, a, b); good) { \
+  } else return testing::Return() = testing::Message {                         \
+      true                                                                     \
+    }
 
 #define EXPECT_TRUE(x) GTEST_SOFT(GTEST_OP(==), #x, static_cast<bool>(x), true)
 #define EXPECT_FALSE(x) GTEST_SOFT(GTEST_OP(==), "not " #x, static_cast<bool>(x), false)
@@ -135,8 +128,7 @@ inline int runAll(int argc, char** argv) {
 #define EXPECT_LE(a, b) GTEST_SOFT(GTEST_OP(<=), #a " <= " #b, a, b)
 #define EXPECT_GT(a, b) GTEST_SOFT(GTEST_OP(>), #a " > " #b, a, b)
 #define EXPECT_GE(a, b) GTEST_SOFT(GTEST_OP(>=), #a " >= " #b, a, b)
-#define EXPECT_NEAR(a, b, d) \
-    GTEST_SOFT([&](double x, double y) { return fabs(x - y) <= (d); }, #a " near " #b, a, b)
+#define EXPECT_NEAR(a, b, d) GTEST_SOFT([&](double x, double y) { return fabs(x - y) <= (d); }, #a " near " #b, a, b)
 #define ASSERT_TRUE(x) GTEST_HARD(GTEST_OP(==), #x, static_cast<bool>(x), true)
 #define ASSERT_FALSE(x) GTEST_HARD(GTEST_OP(==), "not " #x, static_cast<bool>(x), false)
 #define ASSERT_EQ(a, b) GTEST_HARD(GTEST_OP(==), #a " == " #b, a, b)

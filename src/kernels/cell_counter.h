@@ -1,0 +1,96 @@
+#pragma once
+
+// Counting the black pixels of the cells of one destination row while its source
+// rows are decoded: two additions a run, however long the run is.
+
+#include "foundation/heap.h"
+#include "kernels/marks.h"
+#include "tilepress/api.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tilepress {
+
+/// The cell that a source column lies in, and the pixels from there to its end.
+struct CellEdge {
+    std::uint32_t cell;
+    std::uint32_t rest;
+};
+
+/// A run adds its first edge and takes its last away. Each sum holds in its low half what
+/// belongs to the edge's own cell and in its high half by how much the cells after it are covered.
+class CellCounter {
+public:
+    bool prepare(std::uint32_t srcWidth, std::uint32_t dstWidth) {
+        cells_ = dstWidth;
+        const std::uint32_t widest = srcWidth / dstWidth + (srcWidth % dstWidth != 0);
+        if (widest > kMostBetweenFolds) return false;
+        foldEvery_ = kMostBetweenFolds / widest;
+        if (!edges_.reserve(std::uint64_t{srcWidth} + 1) || !widths_.reserve(dstWidth) ||
+            !sums_.reserve(std::uint64_t{dstWidth} + 1))
+            return false;
+        std::uint32_t from = 0;
+        for (std::uint32_t cell = 0; cell < dstWidth; ++cell) {
+            const std::uint32_t to = markPosition(cell + 1, srcWidth, dstWidth);
+            widths_[cell] = to - from;
+            for (; from < to; ++from) edges_[from] = {cell, to - from};
+        }
+        edges_[srcWidth] = {dstWidth, 0};
+        return true;
+    }
+
+    void add(std::size_t from, std::size_t to) {
+        const CellEdge first = edges_[from], last = edges_[to];
+        sums_[first.cell] += kCovers + first.rest;
+        sums_[last.cell] -= kCovers + last.rest;
+    }
+
+    /// The same for every black run of a list that increases; an element's column is its value plus `offset`.
+    void addRuns(const std::int32_t* list, std::int32_t count, std::ptrdiff_t offset) {
+        const CellEdge* const edges = edges_.get();
+        std::uint64_t* const sums = sums_.get();
+        for (const std::int32_t *change = list + 2, *end = list + count - 2; change < end; change += 2) {
+            const CellEdge first = edges[offset + change[-1]], last = edges[offset + change[0]];
+            sums[first.cell] += kCovers + first.rest;
+            sums[last.cell] -= kCovers + last.rest;
+        }
+    }
+
+    /// Whether the sums must be folded away after so many rows, before they could overflow.
+    bool mustFold(std::uint32_t rows) const { return rows % foldEvery_ == 0; }
+
+    /// Adds the counts to `counts`, one a cell, and starts anew; the result is their total.
+    std::uint64_t fold(ImgULong* counts) {
+        const std::uint32_t* const widths = widths_.get();
+        std::uint64_t* const sums = sums_.get();
+        std::uint64_t total = 0;
+        std::uint32_t covering = 0;
+        for (std::uint32_t cell = 0; cell < cells_; ++cell) {
+            const std::uint64_t sum = sums[cell];
+            sums[cell] = 0;
+            const auto own = static_cast<std::uint32_t>(sum);
+            // The low half is signed: below zero it has borrowed one from the high half.
+            const std::uint32_t count = own + covering * widths[cell];
+            covering += static_cast<std::uint32_t>(sum >> 32) + (own >> 31);
+            counts[cell] += count;
+            total += count;
+        }
+        sums[cells_] = 0;
+        return total;
+    }
+
+    std::uint32_t width(std::uint32_t cell) const { return widths_[cell]; }
+
+private:
+    static constexpr std::uint64_t kCovers = std::uint64_t{1} << 32;
+    static constexpr std::uint32_t kMostBetweenFolds = 1u << 30;
+
+    Heap<CellEdge> edges_;
+    Heap<std::uint32_t> widths_;
+    Heap<std::uint64_t> sums_;
+    std::uint32_t cells_ = 0;
+    std::uint32_t foldEvery_ = 1;
+};
+
+}  // namespace tilepress

@@ -1,0 +1,37 @@
+#pragma once
+
+// What every scaling worker tests first.
+
+#include "model/image_kinds.h"
+
+namespace tilepress {
+
+/// Whether `part` can be read; raises when not.
+template <class Image>
+bool hasPart(const Image& image, const ImgRect& part) {
+    if (hasPixels(image) && inside(image, part)) return true;
+    imgRaise(ImgErrBadArgument);
+    return false;
+}
+
+/// Whether `part` enlarges to that size. A size that is smaller raises nothing.
+template <class Image>
+bool enlarges(const Image& image, const ImgRect& part, ImgULong width, ImgULong height) {
+    return hasPart(image, part) && width >= part.getWidth() && height >= part.getHeight();
+}
+
+/// Whether `part` reduces to that size. A size that is larger or 0 raises nothing.
+template <class Image>
+bool reduces(const Image& image, const ImgRect& part, ImgULong width, ImgULong height) {
+    return hasPart(image, part) && width != 0 && height != 0 && width <= part.getWidth() && height <= part.getHeight();
+}
+
+/// The result, or null in its place when it could not be finished.
+template <class Image>
+Image* finished(Image* result, bool done) {
+    if (done) return result;
+    delete result;
+    return nullptr;
+}
+
+}  // namespace tilepress
