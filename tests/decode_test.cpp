@@ -89,6 +89,7 @@ TEST_F(G4Decode, StatusesAndListsOfSingleRows) {
         {"90 DD F0", 0, {0, 3, 5, 6, 9, 9, 9}, 20, {0, 3, 6, 9, 9, 9}},
         {"18", 0, {0, 9, 9, 9}, 5, {}},  // pass, then below: the search stays in the list
         {"05", 6, {}, 0, {0, 1, 3, 9, 9, 9}},
+        {"00 10 01 00 00 00 80 00", 0, {0, 9, 9, 9}, 49, {}},   // fill behind an end-of-block
         {"04 08 10 20 40 81 02 04 08 10 20 40", 1, {}, 0, {}},  // three left, again and again
     };
     for (const Case& c : cases) {
@@ -139,6 +140,73 @@ TEST_F(G4Decode, RefusesWhatItCannotHold) {
         EXPECT_EQ(decode(8, hex("80 00 80 00"), {}, farByte, farBit).status, 6) << "nothing is coded there";
     byte = 0, bit = 1;
     EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 8, words, &byte, &bit, nullptr, coding.data(), &count, 2), 0);
+}
+
+// Kept: of an odd number of bytes the last one's word counts as gone when fill reaches it, though it holds more.
+TEST_F(G4Decode, KeptFillNeverReachesTheLastWordOfAnOddLength) {
+    for (int length = 5; length <= 6; ++length) {
+        Bytes stored = hex("10 00 00 01 80 00");
+        List reference = whiteRow(8), coding(12);
+        std::int32_t byte = 0, bit = 1, count = 0;
+        EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 8, reinterpret_cast<std::uint16_t*>(stored.data()), &byte, &bit,
+                                 nullptr, coding.data(), &count, length),
+                  length == 5 ? 1 : 0);
+    }
+}
+
+// By the standard: what changes nothing is no change, a row never goes back, and data that end are no row.
+TEST(G4Standard, StatusesAndListsOfSingleRows) {
+    const std::string nothing = "001" + runText(0, false) + runText(0, true);
+    struct Case {
+        std::string coded;
+        int status;
+        List list;
+        List reference = whiteRow(8);
+    };
+    const Case cases[] = {
+        {"1", kRowDecoded, {0, 9, 9, 9}},
+        {nothing + "001" + runText(3, false) + runText(2, true) + "1", kRowDecoded, {0, 4, 6, 9, 9, 9}},
+        {"001" + runText(3, false) + runText(0, true) + "1", kRowDecoded, {0, 9, 9, 9}},
+        {"001" + runText(0, false) + runText(3, true) + nothing + "1", kRowDecoded, {0, 1, 4, 9, 9, 9}},
+        {"001" + runText(3, false) + runText(0, true) + "001" + runText(0, false) + runText(5, true),
+         kRowDecoded,
+         {0, 4, 9, 9, 9}},
+        {"001" + runText(8, false) + runText(0, true), kRowDecoded, {0, 9, 9, 9}},
+        {"001" + runText(0, false) + runText(8, true), kRowDecoded, {0, 1, 9, 9, 9}},
+        {"0001", kRowDecoded, {0, 9, 9, 9}},  // a pass to the row's end ends it
+        {"0001 001" + runText(0, false) + runText(2, true) + "1", kRowDecoded, {0, 5, 7, 9, 9, 9}, {0, 3, 5, 9, 9, 9}},
+        {"011 000010 1", kRowDecoded, {0, 9, 9, 9}, {0, 3, 6, 9, 9, 9}},  // stays
+        {"1 0000010 1", kRowBackwards, {}, {0, 3, 5, 9, 9, 9}},
+        {"010", kRowBackwards, {}, {0, 1, 3, 9, 9, 9}},  // left of the row
+        {"011", kRowPastEnd, {}},
+        {"001" + runText(9, false) + runText(0, true), kRowPastEnd, {}},
+        {"0000001 1", kRowExtension, {}},
+        {"00000001 1111 1111", kRowInvalidMode, {}},
+        {"001 000000001 1111 1111 1111", kRowInvalidRun, {}},
+        {kEndOfBlockText + std::string("1"), kRowNoData, {}},
+        {"001" + runText(3, false), kRowNoData, {}},
+        {"001" + runText(3, false) + runText(2, true) + std::string(40, '0'), kRowNoData, {}},
+        {"", kRowNoData, {}},
+    };
+    for (const Case& c : cases) {
+        Bytes plain = bits(c.coded);
+        const auto length = static_cast<std::int64_t>(plain.size());
+        plain.resize(plain.size() + kCodedBack);
+        std::int32_t *const reference = allocateLine(8), *const coding = allocateLine(8);
+        std::copy(c.reference.begin(), c.reference.end(), reference);
+        std::fill_n(reference + c.reference.size(), kLineRepeats, 9);
+        reference[kLineIrregular] = 0;
+        std::int64_t bit = 0;
+        std::int32_t count = 0;
+        EXPECT_EQ(
+            decodeLine({plain.data(), length, false}, bit, {reference, static_cast<std::int32_t>(c.reference.size())},
+                       8, coding, count, Decoding::standard),
+            c.status)
+            << c.coded;
+        EXPECT_EQ(List(coding, coding + count), c.list) << c.coded;
+        freeLine(reference);
+        freeLine(coding);
+    }
 }
 
 // A make-up chain far beyond 32 bits must not wrap into a valid position.

@@ -7,7 +7,7 @@
 #include <cstring>
 
 // There are two decoders. The exact one defines what every stream gives, however
-// damaged. The fast one handles rows whose positions increase all the way, against
+// damaged, for callers of either kind. The fast one handles rows whose positions increase all the way, against
 // a reference that does, and gives up on anything else before it could differ; the
 // row is then decoded again by the exact one.
 
@@ -18,8 +18,10 @@ namespace {
 
 class ExactRow {
 public:
-    ExactRow(const CodedData& in, std::int64_t bit, RowList reference, std::int32_t width, std::int32_t* coding)
-        : in_(in), bit_(bit), ref_(reference.elements), limit_(reference.count - 3), width_(width), coding_(coding) {}
+    ExactRow(const CodedData& in, std::int64_t bit, RowList reference, std::int32_t width, std::int32_t* coding,
+             Decoding how)
+        : in_(in), bit_(bit), ref_(reference.elements), limit_(reference.count - 3), width_(width), coding_(coding),
+          standard_(how == Decoding::standard) {}
 
     RowStatus decode() {
         coding_[0] = 0;
@@ -43,8 +45,8 @@ private:
     RowStatus step() {
         const ModeEntry mode = kDecodeTables.mode[in_.peek(bit_, kModeBits)];
         switch (mode.mode) {
-        case kEndOfBlock: return skipEndOfBlock();
-        case kExtension: return kRowExtension;
+        case kEndOfBlock: return standard_ ? noCode(kRowInvalidMode, kModeBits) : skipEndOfBlock();
+        case kExtension: return noCode(kRowExtension, kModeBits);
         case kHorizontal:
             bit_ += mode.length;
             if (const RowStatus status = run(); status != kRowDecoded) return status;
@@ -53,15 +55,22 @@ private:
             bit_ += mode.length;
             findB1();
             a0_ = ref_[cursor_ + 1];
-            return kRowDecoded;
+            // By the standard no code follows where the row is full.
+            return standard_ && a0_ > width_ ? append(a0_) : kRowDecoded;
         default:
             bit_ += mode.length;
             findB1();
-            a0_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(ref_[cursor_]) +
-                                            static_cast<std::uint32_t>(mode.delta));
-            black_ = !black_;
-            return append(a0_);
+            return vertical(mode.delta);
         }
+    }
+
+    RowStatus vertical(int delta) {
+        const auto a1 =
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(ref_[cursor_]) + static_cast<std::uint32_t>(delta));
+        if (standard_ && a1 < std::max(a0_, 1)) return kRowBackwards;
+        a0_ = a1;
+        black_ = !black_;
+        return append(a0_);
     }
 
     // The search goes on from the last b1 in either direction and stays in the list.
@@ -74,6 +83,11 @@ private:
     }
 
     RowStatus append(std::int32_t position) {
+        if (standard_ && position == coding_[last_]) {
+            // Two changes at one place are none; at the row's end there is but one.
+            if (position <= width_) --last_;
+            return kRowDecoded;
+        }
         if (last_ > width_) return kRowPastEnd;
         coding_[++last_] = position;
         return kRowDecoded;
@@ -84,7 +98,7 @@ private:
         RunEntry code;
         do {
             code = kDecodeTables.run[black_][in_.peek(bit_, kRunBits)];
-            if (code.run < 0) return kRowInvalidRun;
+            if (code.run < 0) return noCode(kRowInvalidRun, kRunBits);
             bit_ += code.length;
             // Columns count from 1. The sum of make-up codes is held just past the row, not refused: a later
             // invalid code has a status of its own.
@@ -92,9 +106,29 @@ private:
                 std::min<std::int64_t>(std::int64_t{a0_} + code.run + (a0_ == 0), std::int64_t{width_} + 2));
         } while (code.run > 63);
         // Kept: a run that moves nothing appends nothing, yet the colour changes.
-        const RowStatus status = a0_ != from ? append(a0_) : kRowDecoded;
+        const RowStatus status = a0_ != from || standard_ ? append(a0_) : kRowDecoded;
         black_ = !black_;
         return status;
+    }
+
+    /// The status of what is no code. By the standard the data may also have ended: within this code of at most
+    /// `length` bits, with nothing but fill from here on, or by an end-of-block.
+    RowStatus noCode(RowStatus status, unsigned length) const {
+        if (!standard_) return status;
+        if (bit_ + length > 8 * in_.length || in_.peek(bit_, 24) == 0x001001) return kRowNoData;
+        for (std::int64_t bit = bit_; bit < 8 * in_.length; bit += 24)
+            if (in_.peek(bit, 24) != 0) return status;
+        return kRowNoData;
+    }
+
+    /// Whether a zero byte that follows an end-of-block is none of the data.
+    bool fillHasEnded() const {
+        // Without a length there is nothing to skip.
+        if (in_.length < 0) return true;
+        // Kept: the word order counts the words that reach past its bytes as gone; within images odd lengths are
+        // rounded up.
+        return in_.wordOrder ? 2 * ((bit_ + 31) >> 4) > in_.length
+                             : (bit_ >> 3) >= ((in_.length + 1) & ~std::int64_t{1});
     }
 
     RowStatus skipEndOfBlock() {
@@ -104,8 +138,7 @@ private:
         bit_ += 24;
         while ((bit_ & 7) != 0 && in_.peek(bit_, 1) == 0) ++bit_;
         while (in_.peek(bit_, 8) == 0) {
-            // The word order reads whole words; without a length there is nothing to skip.
-            if (in_.length < 0 || (bit_ >> 3) >= ((in_.length + 1) & ~std::int64_t{1})) return kRowPastEnd;
+            if (fillHasEnded()) return kRowPastEnd;
             bit_ += 8;
         }
         endOfBlock_ = true;
@@ -125,13 +158,14 @@ private:
     std::int32_t last_ = 0;
     std::int32_t cursor_ = 0;
     std::int32_t a0_ = 0;
+    bool standard_;
     bool black_ = false;
     bool endOfBlock_ = false;
 };
 
 RowStatus decodeExact(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
-                      std::int32_t* coding, std::int32_t& codingCount) {
-    ExactRow row(in, bit, reference, width, coding);
+                      std::int32_t* coding, std::int32_t& codingCount, Decoding how) {
+    ExactRow row(in, bit, reference, width, coding, how);
     const RowStatus status = row.decode();
     if (status != kRowDecoded) return status;
     codingCount = row.count();
@@ -307,11 +341,11 @@ RowStatus decodeRow(const CodedData& in, std::int64_t& bit, RowList reference, s
             return kRowDecoded;
         }
     }
-    return decodeExact(in, bit, reference, width, coding, codingCount);
+    return decodeExact(in, bit, reference, width, coding, codingCount, Decoding::classic);
 }
 
 RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
-                     std::int32_t* coding, std::int32_t& codingCount) {
+                     std::int32_t* coding, std::int32_t& codingCount, Decoding how) {
     if (width < 0 || width > kMaxWidth || reference.count < 4) return kRowPastEnd;
     if (width <= kMaxFastWidth && reference.elements[kLineIrregular] == 0 && bit >= 0 && bit >> 3 <= in.length) {
         PlainBits bits(in.bytes, bit);
@@ -324,7 +358,7 @@ RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, 
             return kRowDecoded;
         }
     }
-    const RowStatus status = decodeExact(in, bit, reference, width, coding, codingCount);
+    const RowStatus status = decodeExact(in, bit, reference, width, coding, codingCount, how);
     if (status != kRowDecoded) return status;
     std::fill_n(coding + codingCount, kLineRepeats, width + 1);
     coding[kLineIrregular] = !increases({coding, codingCount}, width);

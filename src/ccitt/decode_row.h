@@ -15,7 +15,20 @@ enum RowStatus : std::int16_t {
     kRowPastEnd = 1,
     kRowInvalidRun = 2,
     kRowExtension = 5,
-    kRowInvalidMode = 6
+    kRowInvalidMode = 6,
+    // By the standard alone:
+    kRowBackwards = 7,  // a code leads left of where the row already is
+    kRowNoData = 8      // the data end, or an end-of-block ends them, before the row does
+};
+
+/// What rows mean that no coder of the plain kind writes.
+enum class Decoding {
+    /// As callers of the exported functions know it: a run of nothing changes the colour but appends no element, rows
+    /// may go back, and an end-of-block makes its row white.
+    classic,
+    /// ITU-T T.6. A run of nothing changes the colour twice at one place, where the row then has no changing element;
+    /// so lists of rows that are decoded increase strictly.
+    standard
 };
 
 /// A row list as the caller holds it.
@@ -33,7 +46,7 @@ RowStatus decodeRow(const CodedData& in, std::int64_t& bit, RowList reference, s
 /// The same between lines of ccitt/padded_line.h, for plain data followed by at
 /// least kCodedBack zero bytes, as ccitt/coded_bytes.h makes them.
 RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
-                     std::int32_t* coding, std::int32_t& codingCount);
+                     std::int32_t* coding, std::int32_t& codingCount, Decoding how = Decoding::classic);
 
 /// Whether a line that follows a white one is white too by a single code.
 inline bool staysWhite(const CodedData& in, std::int64_t bit, RowList reference) {
