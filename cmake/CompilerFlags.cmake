@@ -9,7 +9,7 @@ endif()
 
 # On 32-bit x86 the compiler's default is the x87 unit, whose 80-bit
 # intermediates round differently from every other target.
-if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND NOT TILEPRESS_WASM)
   add_compile_options(-msse2 -mfpmath=sse)
 endif()
 

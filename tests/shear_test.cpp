@@ -194,7 +194,7 @@ TEST(ShearTables, KeptOblongImagesRepeatTheCodeOfTheOtherDimension) {
             imageOf<CImg32>(Picture(static_cast<std::size_t>(w), static_cast<std::size_t>(h)), ImgAlignNone);
         const double r = 0.7;
         const std::size_t entries = static_cast<std::size_t>(std::max(w, h));
-        const auto same = [&](int* table, const std::vector<long long>& model) {
+        const auto same = [&, w = w, h = h](int* table, const std::vector<long long>& model) {
             const auto real = tableOf(table, entries);
             EXPECT_EQ(std::vector<long long>(real.begin(), real.end()), model) << w << " x " << h;
         };
