@@ -26,24 +26,29 @@ bool StripWriter::begin(std::int32_t width) {
     std::fill_n(lists_[reference_].get() + 1, 3, width + 1);
     referenceCount_ = 4;
     out_ = PlainWriter{buffer_.get()};
-    return makeRoom(maxRowBits(width));
+    return makeRoom() == RowResult::kAdded;
 }
 
-bool StripWriter::makeRoom(std::int64_t bits) {
-    const std::uint64_t used = length(), needed = used + static_cast<std::uint64_t>(bits / 8) + kReserve;
-    if (needed <= capacity_) return true;
-    const std::uint64_t size = std::max(needed, std::uint64_t{capacity_} * 2);
-    if (size > SIZE_MAX) return false;
+std::uint64_t StripWriter::roomForRow(std::int32_t width) {
+    return static_cast<std::uint64_t>(maxRowBits(width) / 8) + kReserve;
+}
+
+RowResult StripWriter::makeRoom() {
+    const std::uint64_t used = length(), needed = used + roomForRow(width_);
+    if (needed <= capacity_) return RowResult::kAdded;
+    if (needed > most_) return RowResult::kTooLong;
+    const std::uint64_t size = std::min(most_, std::max(needed, std::uint64_t{capacity_} * 2));
+    if (size > SIZE_MAX) return RowResult::kNoMemory;
     void* block = std::realloc(buffer_.get(), static_cast<std::size_t>(size));
-    if (!block) return false;
+    if (!block) return RowResult::kNoMemory;
     *buffer_.out() = static_cast<unsigned char*>(block);
     capacity_ = static_cast<std::size_t>(size);
     out_.p = buffer_.get() + used;
-    return true;
+    return RowResult::kAdded;
 }
 
-RowResult StripWriter::codeRow(std::int32_t count) {
-    if (!makeRoom(maxRowBits(width_))) return RowResult::kNoMemory;
+RowResult StripWriter::addList(std::int32_t count) {
+    if (const RowResult room = makeRoom(); room != RowResult::kAdded) return room;
     const int coding = 1 - reference_;
     encodeRow(out_, {lists_[reference_].get(), referenceCount_}, {lists_[coding].get(), count});
     reference_ = coding;
@@ -53,9 +58,8 @@ RowResult StripWriter::codeRow(std::int32_t count) {
 
 RowResult StripWriter::addPackedRow(const unsigned char* row, std::int32_t maxElements) {
     const auto room = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{width_} + 4, maxElements));
-    std::int32_t* const list = lists_[1 - reference_].get();
-    const std::int32_t count = detectChanges(row, static_cast<std::uint32_t>(width_), list, room);
-    return count == 0 ? RowResult::kRefused : codeRow(count);
+    const std::int32_t count = detectChanges(row, static_cast<std::uint32_t>(width_), nextList(), room);
+    return count == 0 ? RowResult::kRefused : addList(count);
 }
 
 Stream StripWriter::finish() {
@@ -96,7 +100,7 @@ std::int32_t createStrip(const StripFamily& family, const unsigned char* rows, u
         const std::size_t before = writer.length();
         const RowResult added = writer.addPackedRow(
             rows + static_cast<std::size_t>(y) * static_cast<std::size_t>(bytesPerRow), kMaxElements);
-        if (added == RowResult::kNoMemory) return fail(kNoBuffer);
+        if (added == RowResult::kNoMemory || added == RowResult::kTooLong) return fail(kNoBuffer);
         if (added == RowResult::kRefused || writer.length() - before > static_cast<std::size_t>(rowMaximum))
             return fail(kTooLong);
         // Kept: close to the maximum the strip ends early, without error; below 4096 bytes a row no row comes so close.

@@ -87,6 +87,13 @@ inline Bits reverseInBytes(Bits v) {
     return (v >> 4 & everyByte(0x0F)) | (v & everyByte(0x0F)) << 4;
 }
 
+/// Exchanges the bits within each of `count` bytes.
+inline void reverseBitsInBytes(unsigned char* bytes, std::size_t count) {
+    std::size_t i = 0;
+    for (; i + 8 <= count; i += 8) storeWord(bytes + i, reverseInBytes(loadWord(bytes + i)));
+    if (i < count) storePartialWord(bytes + i, reverseInBytes(loadPartialWord(bytes + i, count - i)), count - i);
+}
+
 /// Bit i of dst takes bit width - 1 - i of src, for whole bytes; bits from `width` on become 0.
 inline void reverseBits(unsigned char* dst, const unsigned char* src, std::size_t width) {
     const unsigned pad = static_cast<unsigned>(-width & 7), back = 8 - pad;
