@@ -1,8 +1,16 @@
 // The command-line tool: options, and what a command ends with.
 
-#include <fmt/format.h>
+#include "base/failure.h"
+#include "base/memory_limit.h"
+#include "commands/convert.h"
+#include "commands/info.h"
+#include "commands/render.h"
+#include "commands/repack.h"
+#include "commands/verify.h"
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -11,14 +19,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "convert.h"
-#include "failure.h"
-#include "info.h"
-#include "memory_limit.h"
-#include "render.h"
-#include "repack.h"
-#include "verify.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // Whatever a TIFF file says, the tool ends with a picture, a report or a message, within the sizes it was allowed.
 
-#include "failure.h"
-#include "g4_page.h"
+#include "base/failure.h"
 #include "input.h"
-#include "picture.h"
-#include "row_source.h"
+#include "picture/picture.h"
+#include "tiff/g4_page.h"
+#include "tiff/row_source.h"
 
 #include <fmt/format.h>
 #include <sys/mman.h>

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "picture/picture.h"
+
+#include <string>
+
+struct ConvertOptions {
+    std::string input, output, format;
+    unsigned page = 1;
+    Pixels to = Pixels::bilevel;
+    std::uint64_t maxPixels = std::uint64_t{1} << 28;
+    bool quiet = false, stats = false;
+};
+
+/// Converts a page or picture, at its size, to another kind of pixel. The result is the exit code; throws Failure.
+int runConvert(const ConvertOptions& options);

@@ -1,0 +1,87 @@
+#include "commands/info.h"
+
+#include "base/failure.h"
+#include "base/file_reports.h"
+#include "tiff/tiff_source.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+const char* photometricName(const TiffPage& page) {
+    return page.photometric == 0 ? "WhiteIsZero" : page.photometric == 1 ? "BlackIsZero" : "other";
+}
+
+double expandedBytes(const TiffPage& page) { return (page.size.width + 7.0) / 8 * page.size.height; }
+
+Json toJson(const TiffPage& page) {
+    Json json = {{"page", page.number},
+                 {"width", page.size.width},
+                 {"height", page.size.height},
+                 {"dpi", nullptr},
+                 {"layout", page.tiled ? "tiles" : "strips"},
+                 {"tileWidth", page.tile.width},
+                 {"tileHeight", page.tile.height},
+                 {"tiles", page.tiles},
+                 {"emptyTiles", page.emptyTiles},
+                 {"truncatedTiles", page.truncatedTiles},
+                 {"compressedBytes", page.compressedBytes},
+                 {"fillOrder", page.fillOrder},
+                 {"photometric", page.photometric},
+                 {"orientation", page.orientation},
+                 {"mayBeUncompressed", page.mayBeUncompressed},
+                 {"supported", page.unsupported.empty()},
+                 {"unsupported", page.unsupported}};
+    if (page.dpiX > 0) json["dpi"] = {page.dpiX, page.dpiY};
+    return json;
+}
+
+void print(const TiffPage& page) {
+    const std::string dpi = page.dpiX > 0 ? fmt::format("{:.5g} x {:.5g} dpi", page.dpiX, page.dpiY) : "dpi not given";
+    fmt::print("  page {}: {} x {} pixels, {}\n", page.number, page.size.width, page.size.height, dpi);
+    fmt::print("    {} {}{} of {} x {} pixels", page.tiles, page.tileName(), page.tiles == 1 ? "" : "s",
+               page.tile.width, page.tile.height);
+    if (!page.tiled && page.tiles > 1 && page.rowsOfTile(page.tiles - 1) != page.tile.height)
+        fmt::print(", the last {} high", page.rowsOfTile(page.tiles - 1));
+    fmt::print("\n    {} bytes compressed", page.compressedBytes);
+    if (page.unsupported.empty() && page.compressedBytes > 0)
+        fmt::print(", 1 : {:.1f}", expandedBytes(page) / static_cast<double>(page.compressedBytes));
+    fmt::print("\n    fill order {}, photometric {} ({})", page.fillOrder, page.photometric, photometricName(page));
+    if (page.orientation != 1) fmt::print(", orientation {} (not applied)", page.orientation);
+    fmt::print("\n");
+    if (page.emptyTiles > 0) fmt::print("    {}s without data: {}\n", page.tileName(), page.emptyTiles);
+    if (page.truncatedTiles > 0)
+        fmt::print("    {}s that pass the end of the file: {}\n", page.tileName(), page.truncatedTiles);
+    if (page.mayBeUncompressed) fmt::print("    may have parts in uncompressed mode, which count as damaged\n");
+    for (const std::string& why : page.unsupported) fmt::print("    not supported: {}\n", why);
+}
+
+/// Prints one file, or adds it to the list.
+void report(const std::string& path, const InfoOptions& options, Json& list) {
+    TiffSource source{InputFile(path)};
+    const unsigned pages = source.countPages();
+    Json json = {{"file", source.name()}, {"pageCount", pages}, {"pages", Json::array()}};
+    if (!options.json) fmt::print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
+    const unsigned first = options.page ? options.page : 1, last = options.page ? options.page : pages;
+    for (unsigned number = first; number <= last; ++number) {
+        const TiffPage page = source.page(number);
+        if (options.json) json["pages"].push_back(toJson(page));
+        else print(page);
+    }
+    list.push_back(std::move(json));
+    if (!source.damageOfPageList().empty())
+        throw Failure(Exit::unsupported,
+                      fmt::format("{}: the list of pages is damaged: {}", source.name(), source.damageOfPageList()));
+}
+
+}  // namespace
+
+int runInfo(const InfoOptions& options) {
+    return reportFiles(options.files, options.json, [&](const std::string& path, Json& list) {
+        report(path, options, list);
+        return Exit::good;
+    });
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "base/geometry.h"
+#include "picture/drawing.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+struct RenderOptions {
+    std::string input, output, format;
+    unsigned page = 1;
+    std::optional<Rect> rect;
+    std::optional<double> factor;
+    std::optional<Size> size, fit;
+    Mode mode = Mode::grey;
+    Background background = Background::automatic;
+    double angle = 0;  ///< degrees, counter-clockwise
+    ImgMirT mirror{};  ///< neither direction: none
+    std::uint64_t maxPixels = std::uint64_t{1} << 28, maxInputPixels = std::uint64_t{1} << 32;
+    bool salvage = false;  ///< damaged tiles are drawn as far as they are good, and the others whole
+    bool quiet = false, stats = false;
+};
+
+/// Draws a page or picture into a picture file. The result is the exit code; throws Failure.
+int runRender(const RenderOptions& options);

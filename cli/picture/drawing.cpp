@@ -1,0 +1,71 @@
+#include "picture/drawing.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+/// The entry nearest to a grey.
+ImgULong nearestIndex(const ColorMap& map, int grey) {
+    int best = 0, bestDistance = 1 << 20;
+    for (int i = 0; i < map.count; ++i) {
+        const ColorMapEntry& entry = map.entries[i];
+        const int distance = std::abs(entry.red - grey) + std::abs(entry.green - grey) + std::abs(entry.blue - grey);
+        if (distance >= bestDistance) continue;
+        best = i;
+        bestDistance = distance;
+    }
+    return static_cast<ImgULong>(best);
+}
+
+/// Chooses what the corners that a turn uncovers are filled with.
+void setCorners(const Picture& picture, bool black) {
+    if (picture.image->getType() == ImageTypePalette)
+        picture.palette().setBackgroundColor(nearestIndex(*picture.palette().getColorMap(), black ? 0 : 255));
+    else if (picture.image->getType() == ImageTypeRGB) picture.rgb().setBackgroundColor(black ? 0 : 0x00FFFFFF);
+}
+
+}  // namespace
+
+Picture scaled(Picture picture, const Drawing& drawing, bool blackGround) {
+    if (picture.size() == drawing.target) return picture;
+    const bool bilevel = picture.pixels() == Pixels::bilevel;
+    if (bilevel) {
+        // With the foreground as 1 and the ground known, nothing is left to the image's own estimate.
+        if (blackGround) picture.invert();
+        picture.bilevel().setBackgroundColor(0);
+    }
+    ImgScaleAttr attr{drawing.mode == Mode::grey ? 32u : 1u};
+    Picture result =
+        pictureOf(picture.image->scale(picture.image->getRect(), drawing.target.width, drawing.target.height, attr),
+                  picture.grey);
+    if (!bilevel) return result;
+    result.grey = result.image->getType() == ImageTypeRGB;
+    if (blackGround) result.invert();
+    return result;
+}
+
+Picture scaled(Picture picture, const Drawing& drawing) {
+    const bool blackGround = drawing.background == Background::automatic
+                                 ? picture.pixels() == Pixels::bilevel && picture.image->getBackgroundColor() == 1
+                                 : drawing.background == Background::black;
+    return scaled(std::move(picture), drawing, blackGround);
+}
+
+Picture turned(Picture picture, const Drawing& drawing) {
+    const auto replace = [&picture](IImg* image) { picture.image = pictureOf(image).image; };
+    if (drawing.mirror != ImgMirT{}) replace(picture.image->mirror(drawing.mirror));
+    // From 0 to 360, where all three right angles are exact. A turn by nothing would be a clone, which not every
+    // kind of image has.
+    double angle = std::fmod(drawing.angle, 360);
+    if (angle < 0) angle += 360;
+    if (angle < 0.001 || angle > 359.999) return picture;
+    const bool blackCorners = drawing.background == Background::black;
+    setCorners(picture, blackCorners);
+    // Bilevel corners come out as 0.
+    const bool exchange = blackCorners && picture.pixels() == Pixels::bilevel;
+    if (exchange) picture.invert();
+    replace(picture.image->rotate(angle));
+    if (exchange) picture.invert();
+    return picture;
+}

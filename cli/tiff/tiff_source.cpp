@@ -1,0 +1,228 @@
+#include "tiff/tiff_source.h"
+
+#include "base/failure.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+#include <utility>
+
+namespace {
+
+// Directories of real files stay far below; a damaged one must not ask for gigabytes.
+constexpr tmsize_t kMostDirectoryBytes = 512 << 20;
+
+template <class Value>
+Value field(TIFF* tiff, std::uint32_t tag, Value otherwise) {
+    Value value{};
+    return TIFFGetFieldDefaulted(tiff, tag, &value) ? value : otherwise;
+}
+
+std::string compressionName(std::uint16_t compression) {
+    const TIFFCodec* const codec = TIFFFindCODEC(compression);
+    return codec ? codec->name : fmt::format("number {}", compression);
+}
+
+void addUnsupported(TIFF* tiff, TiffPage& page) {
+    const auto refuse = [&page](std::string why) { page.unsupported.push_back(std::move(why)); };
+    if (page.compression != COMPRESSION_CCITTFAX4)
+        refuse(fmt::format("compression is {}, not Group 4", compressionName(page.compression)));
+    const auto bits = field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+    const auto samples = field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    if (bits != 1 || samples != 1)
+        refuse(fmt::format("{} sample{} of {} bit{} a pixel, not one of 1 bit", samples, samples == 1 ? "" : "s", bits,
+                           bits == 1 ? "" : "s"));
+    page.bilevel = bits == 1 && samples == 1 && page.photometric <= 1;
+    if (page.photometric > 1) refuse(fmt::format("photometric interpretation {}, neither 0 nor 1", page.photometric));
+    if (page.fillOrder != FILLORDER_MSB2LSB && page.fillOrder != FILLORDER_LSB2MSB)
+        refuse(fmt::format("fill order {}, neither 1 nor 2", page.fillOrder));
+    std::uint32_t options = 0;
+    page.mayBeUncompressed = page.compression == COMPRESSION_CCITTFAX4 &&
+                             TIFFGetField(tiff, TIFFTAG_GROUP4OPTIONS, &options) && options & GROUP4OPT_UNCOMPRESSED;
+}
+
+void addResolution(TIFF* tiff, TiffPage& page) {
+    float x = 0, y = 0;
+    if (!TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) || !TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y)) return;
+    const auto unit = field<std::uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    const double perInch = unit == RESUNIT_INCH ? 1 : unit == RESUNIT_CENTIMETER ? 2.54 : 0;
+    if (!(x > 0) || !(y > 0) || x > 1e6f || y > 1e6f) return;
+    page.dpiX = double{x} * perInch;
+    page.dpiY = double{y} * perInch;
+}
+
+unsigned char reversedBits(unsigned char byte) {
+    unsigned value = byte;
+    value = (value & 0x55) << 1 | (value >> 1 & 0x55);
+    value = (value & 0x33) << 2 | (value >> 2 & 0x33);
+    return static_cast<unsigned char>(value << 4 | value >> 4);
+}
+
+}  // namespace
+
+std::uint32_t TiffPage::rowsOfTile(std::uint32_t k) const {
+    return std::min(tile.height, size.height - k / tilesAcross * tile.height);
+}
+
+void TiffPage::requireSupported(const std::string& file) const {
+    if (!unsupported.empty())
+        throw Failure(Exit::unsupported, fmt::format("{}: page {}: {}", file, number, unsupported.front()));
+}
+
+void TiffPage::requireBilevel(const std::string& file) const {
+    if (!bilevel || (isGroup4() && !unsupported.empty()))
+        throw Failure(Exit::unsupported, fmt::format("{}: page {}: {}", file, number,
+                                                     unsupported.empty() ? "not bilevel" : unsupported.back()));
+}
+
+void TiffSource::copyTags(TIFF* to) const {
+    TIFF* const from = tiff_.get();
+    for (const std::uint32_t tag :
+         {TIFFTAG_ORIENTATION, TIFFTAG_PHOTOMETRIC, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
+        if (std::uint16_t value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, value);
+    for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION})
+        if (float value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, double{value});
+    if (std::uint32_t type = 0; TIFFGetField(from, TIFFTAG_SUBFILETYPE, &type))
+        TIFFSetField(to, TIFFTAG_SUBFILETYPE, type);
+    if (std::uint16_t page = 0, pages = 0; TIFFGetField(from, TIFFTAG_PAGENUMBER, &page, &pages))
+        TIFFSetField(to, TIFFTAG_PAGENUMBER, page, pages);
+    for (const std::uint32_t tag :
+         {TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_PAGENAME,
+          TIFFTAG_SOFTWARE, TIFFTAG_DATETIME, TIFFTAG_ARTIST, TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT})
+        if (char* text = nullptr; TIFFGetField(from, tag, &text)) TIFFSetField(to, tag, text);
+}
+
+TiffSource::TiffSource(InputFile input) : displayName_(input.name()), fileBytes_(input.bytes()) {
+    if (input.kind() != InputFile::Kind::tiff) throw Failure(Exit::unsupported, displayName_ + ": not a TIFF file");
+    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostDirectoryBytes);
+    TIFFOpenOptionsSetErrorHandlerExtR(options, onError, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, this);
+    // m: not mapped, so that a file that shrinks cannot kill us; O: tables of tiles are loaded when first asked for;
+    // c: strips are reported as they are.
+    const int file = input.release();
+    tiff_.reset(TIFFFdOpenExt(file, displayName_.c_str(), "rmOc", options));
+    TIFFOpenOptionsFree(options);
+    if (tiff_) return;
+    close(file);
+    fail("the TIFF file cannot be read");
+}
+
+TiffSource::~TiffSource() = default;
+
+int TiffSource::onError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
+    char text[512];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    auto& source = *static_cast<TiffSource*>(self);
+    if (source.message_.empty()) source.message_ = text;
+    return 1;
+}
+
+void TiffSource::fail(const std::string& otherwise) {
+    const std::string reason = message_.empty() ? "" : ": " + std::exchange(message_, {});
+    throw Failure(Exit::unsupported, fmt::format("{}: {}{}", displayName_, otherwise, reason));
+}
+
+unsigned TiffSource::countPages() {
+    message_.clear();
+    const unsigned pages = TIFFNumberOfDirectories(tiff_.get());
+    pageListDamage_ = std::exchange(message_, {});
+    return pages;
+}
+
+bool TiffSource::goTo(unsigned number) {
+    if (number == 0 || number - 1 > std::numeric_limits<tdir_t>::max()) return false;
+    const auto directory = static_cast<tdir_t>(number - 1);
+    // From page to page, because any other way leads past all the pages before it.
+    return number > 1 && TIFFCurrentDirectory(tiff_.get()) + 1 == directory
+               ? TIFFReadDirectory(tiff_.get()) != 0
+               : TIFFSetDirectory(tiff_.get(), directory) != 0;
+}
+
+TiffPage TiffSource::page(unsigned number) {
+    TIFF* const file = tiff_.get();
+    message_.clear();
+    if (!goTo(number)) {
+        const unsigned pages = countPages();
+        if (number > pages)
+            throw Failure(Exit::failed, fmt::format("{}: no page {}: the file has {}", displayName_, number, pages));
+        fail(fmt::format("page {} cannot be read", number));
+    }
+    TiffPage page;
+    page.number = number;
+    TIFFGetField(file, TIFFTAG_IMAGEWIDTH, &page.size.width);
+    TIFFGetField(file, TIFFTAG_IMAGELENGTH, &page.size.height);
+    page.compression = field<std::uint16_t>(file, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    page.fillOrder = field<std::uint16_t>(file, TIFFTAG_FILLORDER, FILLORDER_MSB2LSB);
+    page.orientation = field<std::uint16_t>(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    TIFFGetField(file, TIFFTAG_PHOTOMETRIC, &page.photometric);
+    if (page.size.width == 0 || page.size.height == 0) fail(fmt::format("page {} has no pixels", number));
+    addResolution(file, page);
+    addUnsupported(file, page);
+    addLayout(page);
+    addSizes(page);
+    currentTiled_ = page.tiled;
+    reversed_ = page.fillOrder == FILLORDER_LSB2MSB;
+    return page;
+}
+
+void TiffSource::addLayout(TiffPage& page) {
+    TIFF* const file = tiff_.get();
+    page.tiled = TIFFIsTiled(file) != 0;
+    if (page.tiled) {
+        TIFFGetField(file, TIFFTAG_TILEWIDTH, &page.tile.width);
+        TIFFGetField(file, TIFFTAG_TILELENGTH, &page.tile.height);
+    } else {
+        page.tile.width = page.size.width;
+        page.tile.height =
+            std::min(field<std::uint32_t>(file, TIFFTAG_ROWSPERSTRIP, page.size.height), page.size.height);
+    }
+    if (page.tile.width == 0 || page.tile.height == 0)
+        fail(fmt::format("page {} has {}s without pixels", page.number, page.tileName()));
+    const auto count = [](std::uint64_t whole, std::uint32_t part) { return (whole + part - 1) / part; };
+    const std::uint64_t across = count(page.size.width, page.tile.width);
+    const std::uint64_t down = count(page.size.height, page.tile.height);
+    // Each of several tiles takes at least an offset and a length of two bytes each in the file.
+    if (across * down > 1 && across > fileBytes_ / 4 / down)
+        fail(fmt::format("page {} has {} {}s, more than the file has room for", page.number, across * down,
+                         page.tileName()));
+    page.tilesAcross = static_cast<std::uint32_t>(across);
+    page.tiles = static_cast<std::uint32_t>(across * down);
+}
+
+void TiffSource::addSizes(TiffPage& page) {
+    for (std::uint32_t k = 0; k < page.tiles; ++k) {
+        int badOffset = 0, badCount = 0;
+        TIFFGetStrileOffsetWithErr(tiff_.get(), k, &badOffset);
+        const std::uint64_t given = TIFFGetStrileByteCountWithErr(tiff_.get(), k, &badCount);
+        if (badOffset || badCount || !message_.empty())
+            fail(fmt::format("page {}: the place of {} {} cannot be read", page.number, page.tileName(), k + 1));
+        const std::uint64_t bytes = tileBytes(k);
+        page.compressedBytes += bytes;
+        page.emptyTiles += given == 0;
+        page.truncatedTiles += given > bytes;
+    }
+}
+
+bool TiffSource::isEmpty(std::uint32_t k) const { return TIFFGetStrileByteCount(tiff_.get(), k) == 0; }
+
+std::uint64_t TiffSource::tileBytes(std::uint32_t k) {
+    const std::uint64_t offset = TIFFGetStrileOffset(tiff_.get(), k);
+    return std::min(TIFFGetStrileByteCount(tiff_.get(), k), fileBytes_ - std::min(offset, fileBytes_));
+}
+
+void TiffSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
+    if (bytes == 0) return;
+    const auto asked = static_cast<tmsize_t>(bytes);
+    const tmsize_t got = currentTiled_ ? TIFFReadRawTile(tiff_.get(), k, buffer, asked)
+                                       : TIFFReadRawStrip(tiff_.get(), k, buffer, asked);
+    if (got != asked)
+        throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes: {}", displayName_, bytes, message_));
+    if (bytes % 2 != 0) buffer[bytes] = 0;
+    if (reversed_)
+        for (std::uint64_t i = 0; i < bytes; ++i) buffer[i] = reversedBits(buffer[i]);
+    for (std::uint64_t i = 0; i < bytes; i += 2) std::swap(buffer[i], buffer[i + 1]);
+}
