@@ -18,9 +18,12 @@ inline constexpr int kLineRepeats = 10;
 /// Index of the mark that a list does not increase all the way, which only damaged data give.
 inline constexpr int kLineIrregular = -kLineFront;
 
-/// A line for rows of `width` pixels, or null.
+/// Elements of a line for rows of `width` pixels.
+constexpr std::uint64_t lineElements(std::uint32_t width) { return std::uint64_t{width} + 6 + kLineFront + kLineBack; }
+
+/// Such a line, or null.
 inline std::int32_t* allocateLine(std::uint32_t width) {
-    std::int32_t* block = allocate<std::int32_t>(std::uint64_t{width} + 6 + kLineFront + kLineBack);
+    std::int32_t* block = allocate<std::int32_t>(lineElements(width));
     if (!block) return nullptr;
     std::fill_n(block + 1, kLineFront - 1, INT32_MIN);
     return block + kLineFront;

@@ -1,0 +1,65 @@
+#include "page/tile_walk.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <new>
+
+namespace tilepress::g4 {
+
+// A row's positions, and sums with them, must fit 32 bits.
+static constexpr std::uint32_t kWidestTile = 0x7FFFFFF0;
+
+TileWalk::TileWalk(const TileLayout& layout, const TileSource& source, const PageRect& rect, Decoding how,
+                   const DamagePolicy& policy)
+    : layout_(layout), source_(source), rect_(rect), how_(how), policy_(policy),
+      firstColumn_(rect.left / layout.tileWidth),
+      columns_((rect.left + (rect.width - 1)) / layout.tileWidth - firstColumn_ + 1) {}
+
+bool TileWalk::begin() {
+    if (layout_.tileWidth > kWidestTile) return fail(WalkEnd::damaged);
+    if (!prepare()) return fail(WalkEnd::noMemory);
+    const std::uint32_t above = rect_.top % layout_.tileHeight;
+    row_ = rect_.top - above;
+    if (!enterTileRow()) return false;
+    while (row_ < rect_.top)
+        if (!skip()) return false;
+    return true;
+}
+
+bool TileWalk::prepare() {
+    if ((std::uint64_t{columns_} + 1) * sizeof(RowCursor) > PTRDIFF_MAX) return false;
+    cursors_ = new (std::nothrow) RowCursor[columns_];
+    return cursors_ && std::all_of(cursors_, cursors_ + columns_,
+                                   [this](RowCursor& cursor) { return cursor.prepare(layout_.tileWidth, how_); });
+}
+
+bool TileWalk::enterTileRow() {
+    rowInTile_ = filledIn_ = 0;
+    const std::size_t first = std::size_t{row_ / layout_.tileHeight} * layout_.across() + firstColumn_;
+    for (std::uint32_t k = 0; k < columns_; ++k)
+        if (!cursors_[k].enter(source_.codesOf(source_.owner, first + k))) return fail(WalkEnd::noMemory);
+    return true;
+}
+
+/// Whether the walk goes on past a tile that cannot be decoded, which its cursor is then prepared for.
+bool TileWalk::goesOn(std::uint32_t k, RowStatus status) {
+    const std::uint32_t column = firstColumn_ + k;
+    damage_ = {std::size_t{row_ / layout_.tileHeight} * layout_.across() + column,
+               rowInTile_,
+               cursors_[k].position() >> 3,
+               status,
+               column * layout_.tileWidth,
+               row_};
+    if (policy_.report) policy_.report(policy_.user, damage_);
+    if (policy_.rest == OnDamage::end) return fail(WalkEnd::damaged);
+    cursors_[k].stay(policy_.rest == OnDamage::white);
+    ++filledIn_;
+    return true;
+}
+
+std::uint64_t TileWalk::memory(const TileLayout& layout, const PageRect& rect) {
+    const std::uint64_t columns = (rect.left + (rect.width - 1)) / layout.tileWidth - rect.left / layout.tileWidth + 1;
+    return columns * (sizeof(RowCursor) + 2 * sizeof(std::int32_t) * lineElements(layout.tileWidth));
+}
+
+}  // namespace tilepress::g4

@@ -1,0 +1,162 @@
+#pragma once
+
+// The one walk over a grid of coded tiles: the rows of a rectangle from the top, of each row the tiles under it from
+// the left. No tile is expanded; memory is two lists a tile column, and copies of codes that are not ready for the
+// decoder.
+
+#include "ccitt/row_cursor.h"
+
+#include <cstdint>
+
+namespace tilepress::g4 {
+
+/// Tiles row by row; those at the right and at the bottom may reach beyond the page. No size is 0.
+struct TileLayout {
+    std::uint32_t width, height, tileWidth, tileHeight;
+
+    std::uint32_t across() const { return (width - 1) / tileWidth + 1; }
+    std::uint32_t down() const { return (height - 1) / tileHeight + 1; }
+};
+
+/// Where the codes of tile `k` are; called when the walk enters the tile.
+struct TileSource {
+    const void* owner;
+    TileCodes (*codesOf)(const void* owner, std::size_t k);
+};
+
+/// What is wanted of a page; lies on it, and no size is 0.
+struct PageRect {
+    std::uint32_t left, top, width, height;
+};
+
+/// A tile that could not be decoded further.
+struct TileDamage {
+    std::size_t tile;
+    std::uint32_t row;  ///< of the tile: the first that is missing
+    std::int64_t byte;  ///< of its codes, as they are decoded: where that row's begin
+    RowStatus reason;
+    std::uint32_t left;  ///< the tile's left column on the page
+    std::uint32_t top;   ///< the page's row that `row` is
+};
+
+/// What becomes of the rest of a damaged tile.
+enum class OnDamage { end, white, keep };
+
+struct DamagePolicy {
+    OnDamage rest = OnDamage::end;  ///< the walk ends; the tile's rows are white, or as its last good one
+    void (*report)(void* user, const TileDamage& damage) = nullptr;  ///< null, or told of every damaged tile once
+    void* user = nullptr;
+};
+
+enum class WalkEnd { none, noMemory, damaged };
+
+/// One tile's row under the rectangle.
+struct TileRow {
+    const std::int32_t* list;
+    std::int32_t count;
+    std::uint32_t left;  ///< the tile's left column on the page
+};
+
+/// Prepares, steps and reports. The page is only read, so that any number of walks can be on it at once.
+class TileWalk {
+public:
+    TileWalk(const TileLayout& layout, const TileSource& source, const PageRect& rect, Decoding how,
+             const DamagePolicy& policy = {});
+    TileWalk(const TileWalk&) = delete;
+    TileWalk& operator=(const TileWalk&) = delete;
+    ~TileWalk() { delete[] cursors_; }
+
+    /// Goes to the rectangle's first row. False when the walk has ended already.
+    bool begin();
+    /// Decodes a row and hands each of its tiles to onTile(const TileRow&) as soon as it is decoded. False when the
+    /// walk has ended: of the last row the tiles before the damaged one were handed over.
+    template <class OnTile>
+    bool next(OnTile onTile);
+    bool skip() {
+        return next([](const TileRow&) {});
+    }
+    /// Calls onRow(Row&) for every row of the rectangle that is left. False when the walk has ended before the last.
+    template <class OnRow>
+    bool rows(OnRow onRow);
+    class Row;
+
+    /// The page's row that comes next.
+    std::uint32_t row() const { return row_; }
+    /// Why the walk ended, and of damage where.
+    WalkEnd end() const { return end_; }
+    const TileDamage& damage() const { return damage_; }
+    /// Whether any tile of the row that was decoded last is filled in.
+    bool isFilledIn() const { return filledIn_ != 0; }
+    /// Bytes that the walk takes, but for copies of codes.
+    static std::uint64_t memory(const TileLayout& layout, const PageRect& rect);
+
+private:
+    bool prepare();
+    bool enterTileRow();
+    bool goesOn(std::uint32_t k, RowStatus status);
+    bool fail(WalkEnd end) {
+        end_ = end;
+        return false;
+    }
+
+    const TileLayout layout_;
+    const TileSource source_;
+    const PageRect rect_;
+    const Decoding how_;
+    const DamagePolicy policy_;
+    const std::uint32_t firstColumn_, columns_;
+    RowCursor* cursors_ = nullptr;  // of every tile column under the rectangle
+    std::uint32_t row_ = 0, rowInTile_ = 0, filledIn_ = 0;
+    WalkEnd end_ = WalkEnd::none;
+    TileDamage damage_{};
+};
+
+/// The row that a walk has come to. One that nobody asks for is decoded and left.
+class TileWalk::Row {
+public:
+    /// Its number in the rectangle.
+    std::uint32_t number() const { return number_; }
+    /// As TileWalk::next; once for a row.
+    template <class OnTile>
+    bool tiles(OnTile onTile) {
+        asked_ = true;
+        return good_ = walk_.next(onTile);
+    }
+
+private:
+    friend TileWalk;
+    Row(TileWalk& walk, std::uint32_t number) : walk_(walk), number_(number) {}
+    bool finish() { return asked_ ? good_ : walk_.skip(); }
+
+    TileWalk& walk_;
+    std::uint32_t number_;
+    bool asked_ = false, good_ = false;
+};
+
+template <class OnTile>
+bool TileWalk::next(OnTile onTile) {
+    if (rowInTile_ == layout_.tileHeight && !enterTileRow()) return false;
+    std::uint32_t left = firstColumn_ * layout_.tileWidth;
+    for (std::uint32_t k = 0; k < columns_; ++k, left += layout_.tileWidth) {
+        RowCursor& cursor = cursors_[k];
+        const RowStatus status = cursor.next();
+        if (status != kRowDecoded && !goesOn(k, status)) return false;
+        const RowList row = cursor.row();
+        onTile(TileRow{row.elements, row.count, left});
+    }
+    ++rowInTile_;
+    ++row_;
+    return true;
+}
+
+template <class OnRow>
+bool TileWalk::rows(OnRow onRow) {
+    while (row_ - rect_.top < rect_.height) {
+        Row row(*this, row_ - rect_.top);
+        onRow(row);
+        if (!row.finish()) return false;
+    }
+    return true;
+}
+
+}  // namespace tilepress::g4
