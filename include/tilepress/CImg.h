@@ -69,8 +69,8 @@ public:
 protected:
     /// Every field but the kind reads `unset`, until a header is set up.
     CImg(ImageType kind, ImgULong unset);
-    CImg(const CImg&) = default;
-    CImg& operator=(const CImg&) = default;
+    CImg(const CImg&) = default;             ///< field by field
+    CImg& operator=(const CImg&) = default;  ///< field by field
 
     /// Whether the image divides into whole tiles, to within a ten-thousandth of a tile.
     static bool areTileExtentsValid(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight);
@@ -81,16 +81,17 @@ protected:
     bool setExtentsAndTiles(ImgULong width, ImgULong height, ImgULong tileW, ImgULong tileH);
 
     // The layout is part of the interface: add nothing, move nothing.
-    ImageType type;
-    ImgULong bitsPerSample;
-    ImgULong samplesPerPixel;
-    ImgULong bytesPerLine;
-    ImgULong totalBytes;
-    ImgRect rect;
-    ImgULong tileWidth, tileHeight;
-    ImgULong backgroundColor;
-    bool backgroundKnown;
-    ImgULong numberOfTiles;
+    ImageType type;            ///< getType
+    ImgULong bitsPerSample;    ///< getBitsPerSample
+    ImgULong samplesPerPixel;  ///< getSamplesPerPixel
+    ImgULong bytesPerLine;     ///< getBytesPerLine of all but palette images
+    ImgULong totalBytes;       ///< getTotalBytes
+    ImgRect rect;              ///< getRect
+    ImgULong tileWidth;        ///< getTileWidth
+    ImgULong tileHeight;       ///< getTileHeight
+    ImgULong backgroundColor;  ///< getBackgroundColor, once it is known
+    bool backgroundKnown;      ///< isBackgroundKnown
+    ImgULong numberOfTiles;    ///< getNumberOfTiles
 };
 
 #endif

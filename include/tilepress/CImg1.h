@@ -35,17 +35,17 @@ public:
     IImg* clone() const override;
 
     // Background and display colours.
-    ImgULong getBackgroundColor() override;  ///< estimated from a sample on first use
-    void setBackgroundColor(ImgULong color);
-    ImgULong getBackgroundInterpretation() const;
-    void setBackgroundInterpretation(ImgULong color);
-    ImgULong getForegroundInterpretation() const;
-    void setForegroundInterpretation(ImgULong color);
+    ImgULong getBackgroundColor() override;            ///< estimated from a sample on first use
+    void setBackgroundColor(ImgULong color);           ///< ends the estimate: this is the background
+    ImgULong getBackgroundInterpretation() const;      ///< the colour that 0 is shown in
+    void setBackgroundInterpretation(ImgULong color);  ///< the colour that 0 is shown in
+    ImgULong getForegroundInterpretation() const;      ///< the colour that 1 is shown in
+    void setForegroundInterpretation(ImgULong color);  ///< the colour that 1 is shown in
 
     // Header. The setters change the field they name and nothing that follows from it.
-    ImgAlignmentEnum getAlignment();
-    void setAlignment(ImgAlignmentEnum alignment);
-    ImgULong getPadBits() const;
+    ImgAlignmentEnum getAlignment();                   ///< padding of rows, or of those of expanded images
+    void setAlignment(ImgAlignmentEnum alignment);     ///< pixels are not moved
+    ImgULong getPadBits() const;                       ///< bits after a row's pixels
     bool setExtents(ImgULong width, ImgULong height);  ///< false when a size is 0
 
     // Pixels, and who owns the block afterwards; blocks come from malloc.

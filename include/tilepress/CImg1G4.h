@@ -73,17 +73,17 @@ public:
     void releaseData();
 
     // Background and display colours.
-    ImgULong getBackgroundColor() override;  ///< computed by decoding on first use
-    void setBackgroundColor(ImgULong color);
-    ImgULong getBackgroundInterpretation() const;
-    void setBackgroundInterpretation(ImgULong color);
-    ImgULong getForegroundInterpretation() const;
-    void setForegroundInterpretation(ImgULong color);
+    ImgULong getBackgroundColor() override;            ///< computed by decoding on first use
+    void setBackgroundColor(ImgULong color);           ///< ends the estimate: this is the background
+    ImgULong getBackgroundInterpretation() const;      ///< the colour that 0 is shown in
+    void setBackgroundInterpretation(ImgULong color);  ///< the colour that 0 is shown in
+    ImgULong getForegroundInterpretation() const;      ///< the colour that 1 is shown in
+    void setForegroundInterpretation(ImgULong color);  ///< the colour that 1 is shown in
 
     // Header.
-    ImgAlignmentEnum getAlignment();
-    void setAlignment(ImgAlignmentEnum alignment);
-    ImgULong getPadBits() const;
+    ImgAlignmentEnum getAlignment();                ///< padding of rows, or of those of expanded images
+    void setAlignment(ImgAlignmentEnum alignment);  ///< pixels are not moved
+    ImgULong getPadBits() const;                    ///< bits after a row's pixels
     /// A fresh, empty grid; false when a size is 0 or the image does not divide into whole tiles.
     bool setExtents(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight);
 

@@ -42,8 +42,8 @@ public:
     IImg* clone() const override;  ///< a copy in RGBOrderRGB
 
     ImgULong getBackgroundColor() override;
-    void setBackgroundColor(ImgULong pixel);
-    RGBOrder getRGBOrder() const;
+    void setBackgroundColor(ImgULong pixel);  ///< four bytes as they lie in memory
+    RGBOrder getRGBOrder() const;             ///< as the image was made
 
     // Pixels, and who owns the block afterwards; blocks come from malloc.
     ImgULong* peekData() const;        ///< the image

@@ -34,13 +34,13 @@ public:
 
     ImgULong getBytesPerLine() const override;  ///< row length with its padding
     ImgULong getBackgroundColor() override;
-    void setBackgroundColor(ImgULong index);
-    ColorMap* getColorMap() const;  ///< the image's
+    void setBackgroundColor(ImgULong index);  ///< an index into the colour map
+    ColorMap* getColorMap() const;            ///< the image's
 
     // Header. The setters change the field they name and nothing that follows from it.
-    ImgAlignmentEnum getAlignment();
-    void setAlignment(ImgAlignmentEnum alignment);
-    ImgULong getPadBytes() const;
+    ImgAlignmentEnum getAlignment();                   ///< padding of rows
+    void setAlignment(ImgAlignmentEnum alignment);     ///< pixels are not moved
+    ImgULong getPadBytes() const;                      ///< bytes after a row's pixels
     bool setExtents(ImgULong width, ImgULong height);  ///< false when a size is 0
 
     // Pixels, and who owns the block afterwards; blocks come from malloc.

@@ -19,6 +19,7 @@ public:
     /// Fills `destination` from `source`; sizes must match. False, with nothing changed, for
     /// every pair that is not in the table, unequal sizes or an image without pixels.
     static bool xfm(IImg& destination, const IImg& source);
+    /// The same by pointers, of which none may be null.
     static bool xfm(IImg* destination, const IImg* source);
     /// Widens three-byte pixels to four-byte ones, fourth byte 0; no component is moved, whatever
     /// the orders. Source rows are padded to 32 bits with ImgAlignDword. Always true.

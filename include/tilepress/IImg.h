@@ -55,10 +55,10 @@ enum RasOpT : int32_t {
 /// Where and how a second image is combined into an image.
 class RasOpXfmAttr {
 public:
-    uint32_t reserved1;
-    uint32_t rowOffset;     ///< row that takes the second image's top row
-    uint32_t columnOffset;  ///< column that takes its left column
-    uint32_t reserved4;
+    uint32_t reserved1;         ///< not read
+    uint32_t rowOffset;         ///< row that takes the second image's top row
+    uint32_t columnOffset;      ///< column that takes its left column
+    uint32_t reserved4;         ///< not read
     bool transparent;           ///< pixels equal to transparentValue are left out
     uint32_t transparentValue;  ///< a pixel value; the low byte for palette images
 };
@@ -74,24 +74,24 @@ public:
     // The order is the binary interface; the number before each is its slot.
     // clang-format off
     /* 0*/ virtual ~IImg();
-    /* 1*/ virtual ImgULong getBitsPerSample() const = 0;
-    /* 2*/ virtual ImgULong getSamplesPerPixel() const = 0;
-    /* 3*/ virtual ImgULong getBytesPerLine() const = 0;
+    /* 1*/ virtual ImgULong getBitsPerSample() const = 0;    ///< 1 or 8
+    /* 2*/ virtual ImgULong getSamplesPerPixel() const = 0;  ///< 1; of RGB images 4
+    /* 3*/ virtual ImgULong getBytesPerLine() const = 0;     ///< of the rows as they lie in memory
     /* 4*/ virtual ImgErr getLastError() = 0;  ///< the process's last error, not this image's
-    /* 5*/ virtual ImgULong getHeight() const = 0;
-    /* 6*/ virtual ImgULong getHeightInTiles() const = 0;
-    /* 7*/ virtual ImgULong getTotalBytes() const = 0;
-    /* 8*/ virtual ImgULong getNumberOfTiles() const = 0;
-    /* 9*/ virtual const ImgRect& getRect() const = 0;
-    /*10*/ virtual ImgULong getTileHeight() const = 0;
-    /*11*/ virtual ImgULong getTileWidth() const = 0;
-    /*12*/ virtual ImageType getType() = 0;
-    /*13*/ virtual ImgULong getWidth() const = 0;
-    /*14*/ virtual ImgULong getWidthInTiles() const = 0;
-    /*15*/ virtual ImgULong getTop() const = 0;
-    /*16*/ virtual ImgULong getLeft() const = 0;
-    /*17*/ virtual ImgULong getBottom() const = 0;
-    /*18*/ virtual ImgULong getRight() const = 0;
+    /* 5*/ virtual ImgULong getHeight() const = 0;           ///< in pixels
+    /* 6*/ virtual ImgULong getHeightInTiles() const = 0;    ///< tiles from top to bottom, 1 for an image that is not in tiles
+    /* 7*/ virtual ImgULong getTotalBytes() const = 0;       ///< bytes of all pixels, or of all coded tiles
+    /* 8*/ virtual ImgULong getNumberOfTiles() const = 0;    ///< tiles across times tiles down
+    /* 9*/ virtual const ImgRect& getRect() const = 0;       ///< from (0, 0) to the last column and row; the image's own
+    /*10*/ virtual ImgULong getTileHeight() const = 0;       ///< in pixels; the image's for one that is not in tiles
+    /*11*/ virtual ImgULong getTileWidth() const = 0;        ///< as getTileHeight
+    /*12*/ virtual ImageType getType() = 0;              ///< the image's class
+    /*13*/ virtual ImgULong getWidth() const = 0;            ///< in pixels
+    /*14*/ virtual ImgULong getWidthInTiles() const = 0;     ///< tiles from left to right
+    /*15*/ virtual ImgULong getTop() const = 0;              ///< first row of the rectangle
+    /*16*/ virtual ImgULong getLeft() const = 0;             ///< first column
+    /*17*/ virtual ImgULong getBottom() const = 0;           ///< last row
+    /*18*/ virtual ImgULong getRight() const = 0;            ///< last column
     /// The background in the pixel encoding of the image's kind; bilevel kinds compute it on first use.
     /*19*/ virtual ImgULong getBackgroundColor() = 0;
     /// The rectangle's pixels as a new image; null and ImgErrBadArgument when the rectangle is refused.
@@ -105,19 +105,21 @@ public:
         /// A copy into which `other`, of the same kind, is combined.
         /*24*/ virtual IImg* doRasOp(RasOpT op, RasOpXfmAttr& attr, const IImg& other) = 0;)
     TILEPRESS_SLOTS_2(
+        /// Every pixel, or every pixel that is not `keepValue`, becomes `value`.
         /*25*/ virtual void doRasOpInPlace(RasOpT op, bool onlyOthers, ImgULong keepValue, ImgULong value) = 0;,
+        /// `other`, of the same kind, is combined into the image.
         /*26*/ virtual void doRasOpInPlace(RasOpT op, RasOpXfmAttr& attr, const IImg& other) = 0;)
     /// A copy with the kind's default parameters; see each class for what it does not keep.
     /*27*/ virtual IImg* clone() const = 0;
-    /*28*/ virtual void drawArc() = 0;
-    /*29*/ virtual void drawCircle() = 0;
-    /*30*/ virtual void drawElipse() = 0;
+    /*28*/ virtual void drawArc() = 0;      ///< nothing is drawn
+    /*29*/ virtual void drawCircle() = 0;   ///< nothing is drawn
+    /*30*/ virtual void drawElipse() = 0;   ///< nothing is drawn
     /// One segment, both ends included, set or cleared; only CImg1 draws.
     /*31*/ virtual void drawLines(IntPtT* from, IntPtT* to, bool clear) = 0;
-    /*32*/ virtual void drawPolyLine() = 0;
-    /*33*/ virtual void drawPolygon() = 0;
-    /*34*/ virtual void drawRectangle() = 0;
-    /*35*/ virtual void drawSpline() = 0;
+    /*32*/ virtual void drawPolyLine() = 0;   ///< nothing is drawn
+    /*33*/ virtual void drawPolygon() = 0;    ///< nothing is drawn
+    /*34*/ virtual void drawRectangle() = 0;  ///< nothing is drawn
+    /*35*/ virtual void drawSpline() = 0;     ///< nothing is drawn
     /// A mirrored copy; the image itself for a direction that is neither ImgMirX nor ImgMirY.
     /*36*/ virtual IImg* mirror(ImgMirT direction) = 0;
     /// A copy turned counter-clockwise by `angle` degrees; snaps to right angles within 0.001 degrees.

@@ -39,7 +39,10 @@ enum { ImgRasClear = 0, ImgRasSet = 1, ImgRasInvert = 2, ImgRasFill = 3, ImgRasA
 
 /** Four corners: top left, bottom left, bottom right, top right. */
 typedef struct ImgQuad {
+    /** \{
+     * Columns and rows of the corners. */
     int32_t x0, y0, x1, y1, x2, y2, x3, y3;
+    /** \} */
 } ImgQuad;
 
 /** What every header begins with. Width and height of an image are those between corners 0 and 2 of `srcQuad`. */
@@ -51,7 +54,7 @@ typedef struct ImgQuads {
 
 /** Header of a bilevel image. */
 typedef struct Img1Header {
-    ImgQuads quads;
+    ImgQuads quads;        /**< its corners */
     uint32_t padBits;      /**< bits after each row's pixels */
     uint32_t bytesPerLine; /**< 0 for unaligned rows, which follow each other bit by bit */
     uint32_t alignBits;    /**< 8, 16 or 32; 0 unaligned */
@@ -64,7 +67,7 @@ typedef struct Img1Header {
 
 /** Header of a palette image. */
 typedef struct Img8Header {
-    ImgQuads quads;
+    ImgQuads quads;         /**< its corners */
     uint32_t padBytes;      /**< bytes after each row's pixels */
     uint32_t bytesPerLine;  /**< width and padding */
     ColorTable* colorTable; /**< the image's own; `free` leaves it to whoever knows it */
@@ -77,7 +80,7 @@ typedef struct Img8Header {
 
 /** Header of an image of 3 bytes a pixel. */
 typedef struct Img24Header {
-    ImgQuads quads;
+    ImgQuads quads;        /**< its corners */
     uint32_t padBytes;     /**< bytes after each row's pixels */
     uint32_t bytesPerLine; /**< 3 times width and padding */
     uint32_t alignBits;    /**< 8 or 32 */
@@ -88,7 +91,7 @@ typedef struct Img24Header {
 
 /** Header of an image of 4 bytes a pixel. */
 typedef struct Img32Header {
-    ImgQuads quads;
+    ImgQuads quads;        /**< its corners */
     uint32_t bytesPerLine; /**< 4 times width */
     uint32_t channelFlag;  /**< not 0: the fourth byte is in use, and the type ImgTypeRGBA32 */
     int32_t rotation;      /**< degrees, for `render` */
@@ -108,7 +111,7 @@ typedef struct ImgG4TileRec {
 
 /** Header of a compressed image. Tiles are counted in rows from the top left. */
 typedef struct ImgG4Header {
-    ImgQuads quads;
+    ImgQuads quads;          /**< its corners */
     uint32_t bytesPerLine;   /**< of the expanded rows: width / 8 rounded up */
     int32_t rotation;        /**< degrees, for `render` */
     uint32_t totalBytes;     /**< of all tiles */
@@ -117,8 +120,9 @@ typedef struct ImgG4Header {
     void** columnBufA;       /**< a work buffer for each column of tiles: 4 bytes a column and 24 */
     void** columnBufB;       /**< another set */
     uint32_t* byteCounts;    /**< of each tile */
-    uint32_t tileWidth, tileHeight;
-    uint32_t reserved[8]; /**< 0 */
+    uint32_t tileWidth;      /**< in pixels */
+    uint32_t tileHeight;     /**< in pixels */
+    uint32_t reserved[8];    /**< 0 */
 } ImgG4Header;
 
 /** What `convert` makes. */
@@ -135,7 +139,7 @@ typedef struct ImgRasOp1Desc {
     uint32_t keepColorA; /**< not 0: pixels of colorA stay */
     uint32_t keepColorB; /**< not 0: pixels of colorB stay; with both nothing changes */
     uint32_t colorB;     /**< bilevel 0 or not; palette index; RGB 0xRRGGBB */
-    uint32_t colorA;
+    uint32_t colorA;     /**< as colorB */
 } ImgRasOp1Desc;
 
 /** Combines an image into another. */
@@ -146,16 +150,19 @@ typedef struct ImgRasOp2Desc {
     uint32_t renderArg1;     /**< not used */
     uint32_t placed;         /**< 1: the source is pasted at a position, whatever the operation */
     const int32_t* position; /**< four corners as in ImgQuad; null: the source's dstQuad */
-    uint32_t reserved[4];
-    uint32_t renderArg2; /**< not used */
+    uint32_t reserved[4];    /**< not used */
+    uint32_t renderArg2;     /**< not used */
 } ImgRasOp2Desc;
 
+/** An image in memory: see the record below. */
 typedef struct ImgHandle ImgHandle;
 
 /* Operations, by the place where they stand in a handle. */
 
 /** Has the arguments of its type: the ImgCreate functions below call it. */
 typedef void(TILEPRESS_CALL* ImgCreateOp)(void);
+/** \{
+ * An operation: see the member of ImgHandle that holds it. */
 typedef uint32_t(TILEPRESS_CALL* Img1CreateOp)(ImgHandle* image, uint32_t width, uint32_t height, uint32_t alignBits,
                                                void* data);
 typedef uint32_t(TILEPRESS_CALL* Img8CreateOp)(ImgHandle* image, uint32_t width, uint32_t height, uint32_t alignBits,
@@ -180,6 +187,7 @@ typedef ImgHandle*(TILEPRESS_CALL* ImgDeserializeOp)(void* buffer);
 typedef ImgHandle*(TILEPRESS_CALL* ImgCloneOp)(ImgHandle* image);
 typedef ImgHandle*(TILEPRESS_CALL* ImgRasOp1Op)(ImgHandle* image, const ImgRasOp1Desc* desc, uint32_t value);
 typedef ImgHandle*(TILEPRESS_CALL* ImgRasOp2Op)(ImgHandle* source, ImgRasOp2Desc* desc, ImgHandle* destination);
+/** \} */
 
 /**
  * An image. Operations that return a handle give it to the caller, who ends it with its `free`.
@@ -273,7 +281,7 @@ TILEPRESS_API uint32_t TILEPRESS_CALL TiffG4Serialize(ImgHandle* image, void** b
  */
 TILEPRESS_API uint32_t TILEPRESS_CALL TiffG4Deserialize(ImgHandle** out, void* buffer);
 
-/**
+/** \{
  * Changes the pixels of one image. \return the image or its clone; null for an unknown operation or no memory.
  *
  * Bilevel: clear acts for value 0 only, set for another only, fill for any. Palette: all three store `value`, invert
@@ -284,7 +292,8 @@ TILEPRESS_API ImgHandle* TILEPRESS_CALL Img1RasOp1(ImgHandle* image, const ImgRa
 TILEPRESS_API ImgHandle* TILEPRESS_CALL Img8RasOp1(ImgHandle* image, const ImgRasOp1Desc* desc, uint32_t value);
 TILEPRESS_API ImgHandle* TILEPRESS_CALL Img24RasOp1(ImgHandle* image, const ImgRasOp1Desc* desc, uint32_t value);
 TILEPRESS_API ImgHandle* TILEPRESS_CALL Img32RasOp1(ImgHandle* image, const ImgRasOp1Desc* desc, uint32_t value);
-/**
+/** \} */
+/** \{
  * Combines an image into another of the same type. \return the destination or its clone; null, with no pixel changed,
  * when sizes or alignments differ, the position lies beyond the destination or memory runs out.
  *
@@ -295,6 +304,7 @@ TILEPRESS_API ImgHandle* TILEPRESS_CALL Img1RasOp2(ImgHandle* source, ImgRasOp2D
 TILEPRESS_API ImgHandle* TILEPRESS_CALL Img8RasOp2(ImgHandle* source, ImgRasOp2Desc* desc, ImgHandle* destination);
 TILEPRESS_API ImgHandle* TILEPRESS_CALL Img24RasOp2(ImgHandle* source, ImgRasOp2Desc* desc, ImgHandle* destination);
 TILEPRESS_API ImgHandle* TILEPRESS_CALL Img32RasOp2(ImgHandle* source, ImgRasOp2Desc* desc, ImgHandle* destination);
+/** \} */
 
 /** Stores the bytes of a colour 0xRRGGBB, red first, and returns `pixel`. */
 TILEPRESS_API uint8_t* TILEPRESS_CALL Img24BitColorToPixRGB(uint8_t* pixel, uint32_t color);

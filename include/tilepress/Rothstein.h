@@ -15,9 +15,9 @@
 
 /// A position of a code; payload and next serve the list form only.
 struct rothstein_code_struct {
-    uint32_t bit;  ///< 1 at a mark
-    void* payload;
-    rothstein_code_struct* next;
+    uint32_t bit;                 ///< 1 at a mark
+    void* payload;                ///< the caller's; null in arrays
+    rothstein_code_struct* next;  ///< the next node; null in arrays
 };
 
 /// The code of `marks` over `positions`; its counters wrap at 32 bits.

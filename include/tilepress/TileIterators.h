@@ -60,9 +60,9 @@ public:
     /// pixel, the valid sizes the part inside the image.
     bool getNextTile(unsigned char*& data, ImgULong& length, ImgULong& color, ImgULong& x, ImgULong& y,
                      ImgULong& tileWidth, ImgULong& tileHeight, ImgULong& validWidth, ImgULong& validHeight);
-    ImgULong getWidthInTiles();
-    ImgULong getHeightInTiles();
-    ImgULong getRowPadding();  ///< pixels by which the last tile column passes the image
+    ImgULong getWidthInTiles();   ///< tiles across, the last perhaps reaching past the image
+    ImgULong getHeightInTiles();  ///< tiles down
+    ImgULong getRowPadding();     ///< pixels by which the last tile column passes the image
 
 private:
     friend class CImg32;

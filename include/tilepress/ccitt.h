@@ -15,6 +15,8 @@
 
 #include "tilepress/api.h"
 
+/** \typedef ImgErrResult
+ * ImgErr of the classes, in C an integer of its size: 0 for success. */
 #ifdef __cplusplus
 #  include "tilepress/ImgErr.h"
 typedef ImgErr ImgErrResult;
@@ -30,6 +32,7 @@ TILEPRESS_API ImgErrResult TILEPRESS_CALL CCITT_EnableG4Decode(void);
 TILEPRESS_API void TILEPRESS_CALL CCITT_DisableG4Decode(void);
 /** Builds the plain family's decoding tables: 1, or 0 when memory runs out. */
 TILEPRESS_API int16_t TILEPRESS_CALL cit_enable_decode_gr4(void);
+/** Releases them; nothing when there are none. */
 TILEPRESS_API void TILEPRESS_CALL cit_disable_decode_gr4(void);
 
 /**
@@ -57,12 +60,15 @@ TILEPRESS_API int16_t TILEPRESS_CALL cit_decode_tiff_gr4(int32_t* referenceLine,
                                                          uint8_t* reserved, int32_t* codingLine, int32_t* codingCount,
                                                          int32_t dataLength);
 
+/** \{
+ * A family's change detection, which finds nothing before it is enabled. Nothing asks for that of CCITT_. */
 TILEPRESS_API void TILEPRESS_CALL CCITT_EnableDetectChanges(void);
 TILEPRESS_API void TILEPRESS_CALL CCITT_DisableDetectChanges(void);
 TILEPRESS_API void TILEPRESS_CALL cit_enable_detect_changes(void);
 TILEPRESS_API void TILEPRESS_CALL cit_disable_detect_changes(void);
 TILEPRESS_API void TILEPRESS_CALL cit_enable_detect_changes_tmp(void);
 TILEPRESS_API void TILEPRESS_CALL cit_disable_detect_changes_tmp(void);
+/** \} */
 
 /**
  * Turns a packed row (first pixel in bit 7, 1 black) into its changing-element list.
@@ -73,16 +79,20 @@ TILEPRESS_API void TILEPRESS_CALL cit_disable_detect_changes_tmp(void);
  */
 TILEPRESS_API void TILEPRESS_CALL cit_detect_changes(uint32_t width, uint8_t* row, int32_t maxChanges,
                                                      uint32_t* changes, uint32_t* count);
+/** The same. */
 TILEPRESS_API void TILEPRESS_CALL cit_detect_changes_tmp(uint32_t width, uint8_t* row, int32_t maxChanges,
                                                          uint32_t* changes, uint32_t* count);
 
+/** \{
+ * A family's encoding tables: building gives 1, or 0 when memory runs out; releasing does nothing when there are none.
+ * Nothing asks for those of CCITT_. */
 TILEPRESS_API void TILEPRESS_CALL CCITT_EnableG4Encode(void);
 TILEPRESS_API void TILEPRESS_CALL CCITT_DisableG4Encode(void);
-/** 1, or 0 when memory runs out. */
 TILEPRESS_API int16_t TILEPRESS_CALL cit_enable_encode_gr4(void);
 TILEPRESS_API void TILEPRESS_CALL cit_disable_encode_gr4(void);
 TILEPRESS_API int16_t TILEPRESS_CALL cit_enable_encode_gr4_tmp(void);
 TILEPRESS_API void TILEPRESS_CALL cit_disable_encode_gr4_tmp(void);
+/** \} */
 
 /**
  * Codes one row against the previous one into 16-bit words, first bit in bit 15: the form that the decoder reads.
@@ -91,6 +101,7 @@ TILEPRESS_API void TILEPRESS_CALL cit_disable_encode_gr4_tmp(void);
  */
 TILEPRESS_API void TILEPRESS_CALL cit_encode_gr4(int32_t* referenceLine, int32_t referenceCount, int32_t* codingLine,
                                                  int32_t codingCount, uint16_t* words, int32_t* bits);
+/** The same on the alternate family's tables. */
 TILEPRESS_API void TILEPRESS_CALL cit_encode_gr4_tmp(int32_t* referenceLine, int32_t referenceCount,
                                                      int32_t* codingLine, int32_t codingCount, uint16_t* words,
                                                      int32_t* bits);

@@ -92,14 +92,14 @@ typedef int32_t(TILEPRESS_CALL* tp_progress)(void* user, uint64_t done, uint64_t
 
 /** How a walk over a page is made. A null pointer to it gives the zeros: fail on damage, no limits, no callback. */
 typedef struct tp_options {
-    uint32_t size;      /**< sizeof(tp_options) */
-    uint32_t on_damage; /**< TP_ON_DAMAGE_... */
-    tp_limits limits;
-    tp_progress progress; /**< may be null */
-    void* user;           /**< handed to it */
-    tp_damage* damage;    /**< null, or room for `damage_capacity` records: the first that are found */
-    uint32_t damage_capacity;
-    uint32_t damage_count; /**< out: how many damaged tiles there were, also those without a record */
+    uint32_t size;            /**< sizeof(tp_options) */
+    uint32_t on_damage;       /**< TP_ON_DAMAGE_... */
+    tp_limits limits;         /**< checked before anything is allocated */
+    tp_progress progress;     /**< may be null */
+    void* user;               /**< handed to it */
+    tp_damage* damage;        /**< null, or room for `damage_capacity` records: the first that are found */
+    uint32_t damage_capacity; /**< records that there is room for */
+    uint32_t damage_count;    /**< out: how many damaged tiles there were, also those without a record */
 } tp_options;
 
 /** Memory for callers that have none of their own to hand in, as those of a WebAssembly module: `size` bytes, or null.
@@ -116,8 +116,8 @@ typedef struct tp_page tp_page;
 /** A tile's or strip's coded bytes, in the order of a file, of any length. `data` null with size 0: a tile that is not
  *  there, which is paper. A size of 0 with data is a damaged tile. */
 typedef struct tp_coded {
-    const void* data;
-    size_t size;
+    const void* data; /**< the first byte */
+    size_t size;      /**< bytes */
 } tp_coded;
 
 enum {
@@ -131,16 +131,17 @@ enum {
 /** What a page is. Tiles are numbered row by row; those at the right and at the bottom may reach beyond the page. A
  * page in strips has tiles as wide as itself. */
 typedef struct tp_page_info {
-    uint32_t size;          /**< sizeof(tp_page_info) */
-    uint32_t width, height; /**< in pixels */
-    uint32_t tile_width;    /**< 0: the page's width */
+    uint32_t size;       /**< sizeof(tp_page_info) */
+    uint32_t width;      /**< in pixels */
+    uint32_t height;     /**< in pixels */
+    uint32_t tile_width; /**< 0: the page's width */
     uint32_t
         tile_height; /**< rows of a strip; 0, or more than the page has: all rows. Only the last strip may have fewer
                           rows than this in its codes, and then exactly those of the page; tiles always have all. */
     uint32_t fill_order;  /**< 1: the highest bit of a byte comes first; 2: the lowest. 0 is 1. */
     uint32_t photometric; /**< TP_WHITE_IS_ZERO or TP_BLACK_IS_ZERO */
     uint32_t flags;       /**< TP_BORROW or 0 */
-    tp_limits limits;
+    tp_limits limits;     /**< of the page and its copies of tiles */
 } tp_page_info;
 
 /** Makes a page of `count` tiles, which must be as many as the sizes say. Decodes nothing. `*page` is null on failure;
@@ -191,18 +192,22 @@ enum {
 
 /** A picture: a rectangle of the page, how it is drawn, and the caller's pixels. */
 typedef struct tp_view {
-    uint32_t size; /**< sizeof(tp_view) */
-    uint32_t left, top, width,
-        height; /**< the rectangle of the page; width and height 0: all of it from left and top on */
-    uint32_t out_width, out_height; /**< the picture's size, after it has been turned */
-    uint32_t mode;                  /**< TP_GREY, ... */
-    uint32_t format;                /**< TP_BITS, ... */
+    uint32_t size;        /**< sizeof(tp_view) */
+    uint32_t left;        /**< the first column of the rectangle of the page */
+    uint32_t top;         /**< its first row */
+    uint32_t width;       /**< its columns; width and height 0: all of the page from left and top on */
+    uint32_t height;      /**< its rows */
+    uint32_t out_width;   /**< columns of the picture, after it has been turned */
+    uint32_t out_height;  /**< its rows */
+    uint32_t mode;        /**< TP_GREY, ... */
+    uint32_t format;      /**< TP_BITS, ... */
     uint32_t orientation; /**< 1 to 8 as TIFF's tag has it: 1 upright, 2 mirrored left to right, 3 upside down,
                                4 mirrored top to bottom, 5 transposed, 6 to be turned a quarter clockwise,
                                7 transposed along the other diagonal, 8 to be turned a quarter
                                counter-clockwise. 0 is 1. */
     uint32_t flags;       /**< TP_INVERT or 0 */
-    uint32_t ink, paper;  /**< colours of TP_RGBA and TP_BGRA as 0xAARRGGBB; both 0: opaque black and white */
+    uint32_t ink;         /**< colour of TP_RGBA and TP_BGRA as 0xAARRGGBB; both 0: opaque black and white */
+    uint32_t paper;       /**< the other colour */
     void* pixels;         /**< the first row; any alignment */
     ptrdiff_t stride;     /**< bytes from a row to the next; negative for pictures from the bottom up */
 } tp_view;

@@ -15,7 +15,9 @@
 
 /** One colour; components run from 0 to the table's maximum. */
 typedef struct ColorMapEntry {
-    int32_t red, green, blue;
+    int32_t red;   /**< 0 to the maximum */
+    int32_t green; /**< likewise */
+    int32_t blue;  /**< likewise */
 } ColorMapEntry;
 
 /** A colour table: the shape of a ColorMap, as plain data. */
