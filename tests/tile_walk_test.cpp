@@ -86,7 +86,7 @@ TEST(TileWalk, DamageEndsItOrIsFilledInAndIsReportedOnce) {
     Picture white = picture, kept = picture;
     for (std::size_t y = 6; y < 8; ++y) white[y].replace(8, 8, "00000000");
     for (std::uint32_t top : {0u, 5u, 7u})
-        for (OnDamage rest : {OnDamage::end, OnDamage::white, OnDamage::keep}) {
+        for (OnDamage rest : {OnDamage::end, OnDamage::paper, OnDamage::keep}) {
             Tiles tiles(picture, 8, 4, CodeOrder::plain);
             tiles.put(3, rowText("00111100") + "1 1 1 1 0000001111" + std::string(40, '1'));  // two rows, then no code
             std::vector<TileDamage> found;
@@ -97,7 +97,7 @@ TEST(TileWalk, DamageEndsItOrIsFilledInAndIsReportedOnce) {
             TileWalk walk(tiles.layout, tiles.source(), rect, Decoding::standard, {rest, report, &found});
             const bool begun = walk.begin();
             EXPECT_EQ(begun, rest != OnDamage::end || top < 7);
-            const Picture expected = rest == OnDamage::white ? white : kept;
+            const Picture expected = rest == OnDamage::paper ? white : kept;
             const std::size_t last = rest == OnDamage::end ? std::max(top, 6u) : 8;
             EXPECT_EQ(begun ? walked(walk, rect) : Picture(),
                       Picture(expected.begin() + top, expected.begin() + static_cast<std::ptrdiff_t>(last)));

@@ -12,7 +12,8 @@ RowCursor::~RowCursor() {
     freeLine(row_);
 }
 
-bool RowCursor::prepare(std::uint32_t width, Decoding how) {
+bool RowCursor::prepare(std::uint32_t width, Decoding how, bool blackPaper) {
+    blackPaper_ = blackPaper;
     width_ = static_cast<std::int32_t>(width);
     how_ = how;
     coding_ = allocateLine(width);
@@ -24,10 +25,20 @@ bool RowCursor::enter(const TileCodes& codes) {
     bit_ = 0;
     count_ = whiteLine(row_, width_);
     still_ = !codes.bytes;
-    if (still_) return true;
+    if (still_) {
+        becomePaper();
+        return true;
+    }
     if (codes.order != CodeOrder::ready) return copy(codes);
     codes_ = {codes.bytes, codes.length, false};
     return true;
+}
+
+void RowCursor::becomePaper() {
+    count_ = whiteLine(row_, width_);
+    if (!blackPaper_) return;
+    row_[1] = 1;
+    ++count_;
 }
 
 bool RowCursor::copy(const TileCodes& codes) {

@@ -18,7 +18,7 @@ enum class CodeOrder {
     pairsExchanged  ///< the two bytes of every 16-bit pair exchanged; of an odd length the last byte's partner is 0
 };
 
-/// A tile's codes. A tile without bytes is white.
+/// A tile's codes. A tile without bytes is paper.
 struct TileCodes {
     const unsigned char* bytes = nullptr;
     std::int64_t length = 0;
@@ -33,8 +33,8 @@ public:
     RowCursor& operator=(const RowCursor&) = delete;
     ~RowCursor();
 
-    /// For tiles of `width` pixels; false when memory runs out.
-    bool prepare(std::uint32_t width, Decoding how);
+    /// For tiles of `width` pixels on white paper or on black; false when memory runs out.
+    bool prepare(std::uint32_t width, Decoding how, bool blackPaper = false);
     /// Goes to the top of a tile; false when memory runs out. The codes must stay until the next one is entered.
     bool enter(const TileCodes& codes);
 
@@ -51,18 +51,21 @@ public:
         std::swap(codingCount_, count_);
         return kRowDecoded;
     }
-    /// The row that was decoded last; white before the first.
+    /// The row that was decoded last; before the first the white one that it is decoded against.
     RowList row() const { return {row_, count_}; }
-    /// Nothing more is decoded: the row stays as it is, or white.
-    void stay(bool white) {
+    /// Nothing more is decoded: the row stays as it is, or is paper.
+    void stay(bool paper) {
         still_ = true;
-        if (white) count_ = whiteLine(row_, width_);
+        if (paper) becomePaper();
     }
     /// The bit at which the next row's codes begin.
     std::int64_t position() const { return bit_; }
+    /// The codes as they are decoded.
+    const CodedData& codes() const { return codes_; }
 
 private:
     bool copy(const TileCodes& codes);
+    void becomePaper();
 
     CodedData codes_{nullptr, 0, false};
     std::int64_t bit_ = 0;
@@ -70,6 +73,7 @@ private:
     std::int32_t* row_ = nullptr;
     std::int32_t width_ = 0, codingCount_ = 0, count_ = 0;
     Decoding how_ = Decoding::classic;
+    bool blackPaper_ = false;
     bool still_ = true;
     Heap<unsigned char> copied_;
     std::uint64_t room_ = 0;

@@ -22,11 +22,14 @@ struct CellEdge {
 /// belongs to the edge's own cell and in its high half by how much the cells after it are covered.
 class CellCounter {
 public:
+    /// As many pixels of a cell's are counted between folds.
+    static constexpr std::uint32_t kWidestCell = 1u << 30;
+
     bool prepare(std::uint32_t srcWidth, std::uint32_t dstWidth) {
         cells_ = dstWidth;
         const std::uint32_t widest = srcWidth / dstWidth + (srcWidth % dstWidth != 0);
-        if (widest > kMostBetweenFolds) return false;
-        foldEvery_ = kMostBetweenFolds / widest;
+        if (widest > kWidestCell) return false;
+        foldEvery_ = kWidestCell / widest;
         if (!edges_.reserve(std::uint64_t{srcWidth} + 1) || !widths_.reserve(dstWidth) ||
             !sums_.reserve(std::uint64_t{dstWidth} + 1))
             return false;
@@ -84,7 +87,6 @@ public:
 
 private:
     static constexpr std::uint64_t kCovers = std::uint64_t{1} << 32;
-    static constexpr std::uint32_t kMostBetweenFolds = 1u << 30;
 
     Heap<CellEdge> edges_;
     Heap<std::uint32_t> widths_;

@@ -33,7 +33,7 @@ void tilepress::fillGreyMap(unsigned char* map, std::uint32_t levels) {
 }
 
 bool GreyMaps::prepare(std::uint32_t srcWidth, std::uint32_t srcHeight, std::uint32_t dstWidth,
-                       std::uint32_t dstHeight) {
+                       std::uint32_t dstHeight, void (*fill)(unsigned char* map, std::uint32_t levels)) {
     lowWidth_ = srcWidth / dstWidth;
     lowHeight_ = srcHeight / dstHeight;
     for (unsigned tall = 0; tall < 2; ++tall)
@@ -44,7 +44,7 @@ bool GreyMaps::prepare(std::uint32_t srcWidth, std::uint32_t srcHeight, std::uin
             const auto levels = static_cast<std::uint32_t>(area + 1);
             if (levels >= kStaircaseLevels) continue;
             if (!maps_[tall][wide].reserve(levels)) return false;
-            fillGreyMap(maps_[tall][wide].get(), levels);
+            fill(maps_[tall][wide].get(), levels);
         }
     return true;
 }

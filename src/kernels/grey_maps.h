@@ -28,8 +28,9 @@ inline ImgULong greyPixel(unsigned char grey) { return ImgULong{grey} * 0x010101
 /// The maps of one reduction: cells have one of two widths and one of two heights.
 class GreyMaps {
 public:
-    /// False when memory runs out or a cell has more pixels than 32 bits count.
-    bool prepare(std::uint32_t srcWidth, std::uint32_t srcHeight, std::uint32_t dstWidth, std::uint32_t dstHeight);
+    /// False when memory runs out or a cell has more pixels than 32 bits count. `fill` makes each map.
+    bool prepare(std::uint32_t srcWidth, std::uint32_t srcHeight, std::uint32_t dstWidth, std::uint32_t dstHeight,
+                 void (*fill)(unsigned char* map, std::uint32_t levels) = fillGreyMap);
 
     /// The grey of a cell of which `count` pixels are foreground; `count` is at most the cell's area.
     unsigned char grey(std::uint32_t cellHeight, std::uint32_t cellWidth, std::uint32_t count) const {

@@ -2,61 +2,17 @@
 
 #include "foundation/bits.h"
 #include "kernels/dither.h"
-#include "kernels/vectors.h"
+#include "kernels/expand_bits.h"
 #include "model/image_kinds.h"
 #include "model/unset_pixels.h"
 #include "tilepress/CImg1G4.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 using namespace tilepress;
 
 // --- rows ---
-
-/// Eight palette pixels for each byte of bits: 0 for a set bit, 255 for a clear one.
-static constexpr std::array<std::uint64_t, 256> kExpanded = [] {
-    std::array<std::uint64_t, 256> table{};
-    for (unsigned byte = 0; byte < 256; ++byte)
-        for (unsigned bit = 0; bit < 8; ++bit)
-            if (!(byte >> bit & 1)) table[byte] |= std::uint64_t{0xFF} << 8 * bit;
-    return table;
-}();
-
-static void expandRow(unsigned char* dst, const unsigned char* bits, std::size_t width) {
-    for (; width >= 8; width -= 8, dst += 8) storeWord(dst, kExpanded[*bits++]);
-    if (width > 0) storePartialWord(dst, kExpanded[*bits], width);
-}
-
-/// Four RGB pixels for each four bits.
-struct Quads {
-    ImgULong pixels[16][4];
-
-    Quads(ImgULong zero, ImgULong one) {
-        for (unsigned bits = 0; bits < 16; ++bits)
-            for (unsigned i = 0; i < 4; ++i) pixels[bits][i] = bits & 8u >> i ? one : zero;
-    }
-};
-
-static void expandRow(ImgULong* dst, const unsigned char* bits, std::size_t width, const Quads& quads) {
-    for (; width >= 8; width -= 8, dst += 8, ++bits) {
-        std::memcpy(dst, quads.pixels[*bits >> 4], 16);
-        std::memcpy(dst + 4, quads.pixels[*bits & 15], 16);
-    }
-    for (unsigned i = 0; i < width; ++i) dst[i] = quads.pixels[*bits >> 4 * (i < 4) & 15][i % 4];
-}
-
-/// out[x] = pixels[row[x]], eight pixels a time.
-static void lookUpRow(ImgULong* out, const unsigned char* row, std::size_t width, const ImgULong (&pixels)[256]) {
-    for (; width >= 8; width -= 8, row += 8, out += 8) {
-        const std::uint64_t word = loadWord(row);
-        const auto pixel = [&](unsigned k) { return static_cast<std::uint32_t>(pixels[word >> (56 - 8 * k) & 0xFF]); };
-        storeLanes(out, Words4{pixel(0), pixel(1), pixel(2), pixel(3)});
-        storeLanes(out + 4, Words4{pixel(4), pixel(5), pixel(6), pixel(7)});
-    }
-    for (std::size_t x = 0; x < width; ++x) out[x] = pixels[row[x]];
-}
 
 static ImgULong withEndsExchanged(ImgULong pixel) {
     return (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;

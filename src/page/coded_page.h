@@ -2,7 +2,9 @@
 
 // What a page is: its description and its coded tiles, which never change, and what preparing it has added.
 
+#include "ccitt/coded_bytes.h"
 #include "foundation/heap.h"
+#include "page/tile_walk.h"
 #include "tilepress/page.h"
 
 #include <atomic>
@@ -17,27 +19,32 @@ struct CodedTile {
     std::uint32_t size;
 };
 
-/// Tiles row by row, all of one size; those at the right and at the bottom may reach beyond the page.
-struct TileGrid {
-    std::uint32_t width, height;          ///< of the page
-    std::uint32_t tileWidth, tileHeight;  ///< neither is 0
+/// The grid of a page's tiles.
+struct PageTiles {
+    g4::TileLayout layout;
     const CodedTile* tiles;
-    bool lowBitFirst;  ///< of the bytes' bits; else the highest one comes first
-    bool padded;       ///< kCodedBack zero bytes follow each tile's own
-    bool blackPaper;   ///< coded white is ink
+    g4::CodeOrder order;
+    std::uint32_t longest;  ///< bytes of the longest tile
 
-    std::uint32_t across() const { return (width - 1) / tileWidth + 1; }
-    std::uint32_t down() const { return (height - 1) / tileHeight + 1; }
-    /// Rows of codes that a tile row has: strips end with the page.
-    std::uint32_t rowsOf(std::uint32_t tileRow) const {
-        const std::uint32_t left = height - tileRow * tileHeight;
-        return tileWidth == width && left < tileHeight ? left : tileHeight;
+    /// Bytes that a walk over a rectangle takes, copies of codes that cannot be decoded where they are with them.
+    std::uint64_t walkMemory(const g4::PageRect& rect) const {
+        const std::uint64_t columns =
+            (rect.left + (rect.width - 1)) / layout.tileWidth - rect.left / layout.tileWidth + 1;
+        const std::uint64_t copy = order == g4::CodeOrder::ready ? 0 : longest + kCodedBack + 1;
+        return g4::TileWalk::memory(layout, rect) + columns * copy;
+    }
+    /// For a walk; the tiles must stay.
+    g4::TileSource source() const {
+        return {this, [](const void* owner, std::size_t k) {
+                    const auto& self = *static_cast<const PageTiles*>(owner);
+                    return g4::TileCodes{self.tiles[k].bytes, self.tiles[k].size, self.order};
+                }};
     }
 };
 
 /// A page laid out anew in tiles.
 struct RelaidTiles {
-    TileGrid grid;
+    PageTiles grid;
     Heap<CodedTile> tiles;
     Heap<unsigned char> bytes;
     std::uint64_t memory = 0;  ///< bytes that all this takes
@@ -51,7 +58,7 @@ inline constexpr std::uint32_t kMostPixelsASide = 0x7FFFFFFF - 16, kMostTileByte
 struct tp_page {
     std::atomic<std::uint32_t> holders{1};
     tp_page_info info;  ///< with zeros replaced
-    tilepress::TileGrid grid;
+    tilepress::PageTiles grid;
     tilepress::Heap<tilepress::CodedTile> tiles;
     tilepress::Heap<unsigned char> bytes;
     std::uint64_t memory = 0;
@@ -63,7 +70,7 @@ struct tp_page {
     ~tp_page() { delete relaid.load(std::memory_order_acquire); }
 
     /// The tiles from which any part is drawn soonest.
-    const tilepress::TileGrid& quickest() const {
+    const tilepress::PageTiles& quickest() const {
         const tilepress::RelaidTiles* const anew = relaid.load(std::memory_order_acquire);
         return anew ? anew->grid : grid;
     }

@@ -26,12 +26,13 @@ tp_status settle(tp_page_info& info) {
     return most != 0 && pixels > most ? TP_E_LIMIT : TP_OK;
 }
 
-TileGrid gridOf(const tp_page_info& info) {
+PageTiles gridOf(const tp_page_info& info) {
     const bool borrowed = (info.flags & TP_BORROW) != 0;
-    return {info.width,      info.height,
-            info.tile_width, info.tile_height,
-            nullptr,         borrowed && info.fill_order == 2,
-            !borrowed,       info.photometric == TP_BLACK_IS_ZERO};
+    const g4::CodeOrder borrowedOrder = info.fill_order == 2 ? g4::CodeOrder::lowBitFirst : g4::CodeOrder::plain;
+    return {{info.width, info.height, info.tile_width, info.tile_height, info.photometric == TP_BLACK_IS_ZERO},
+            nullptr,
+            borrowed ? borrowedOrder : g4::CodeOrder::ready,
+            0};
 }
 
 /// Adds up the room for copies of the tiles, 0 where they are borrowed.
@@ -46,12 +47,13 @@ tp_status measure(const tp_page_info& info, const tp_coded* tiles, std::size_t c
 }
 
 bool fill(tp_page& page, const tp_coded* tiles, std::size_t count, std::uint64_t room) {
-    const bool copied = page.grid.padded;
+    const bool copied = page.grid.order == g4::CodeOrder::ready;
     if (!page.tiles.reserve(count) || (copied && !page.bytes.reserve(room))) return false;
     unsigned char* next = page.bytes.get();
     for (std::size_t k = 0; k < count; ++k) {
         const auto size = static_cast<std::uint32_t>(tiles[k].size);
         if (!tiles[k].data) continue;
+        page.grid.longest = std::max(page.grid.longest, size);
         if (!copied) {
             page.tiles[k] = {static_cast<const unsigned char*>(tiles[k].data), size};
             continue;
@@ -74,8 +76,8 @@ tp_status TILEPRESS_CALL tp_page_open(const tp_page_info* callersInfo, const tp_
     tp_page_info info;
     if (!readRecord(info, callersInfo) || !tiles) return TP_E_ARGUMENT;
     if (const tp_status status = settle(info); status != TP_OK) return status;
-    const TileGrid grid = gridOf(info);
-    if (count != std::uint64_t{grid.across()} * grid.down()) return TP_E_ARGUMENT;
+    const PageTiles grid = gridOf(info);
+    if (count != std::uint64_t{grid.layout.across()} * grid.layout.down()) return TP_E_ARGUMENT;
     std::uint64_t room = 0;
     if (const tp_status status = measure(info, tiles, count, room); status != TP_OK) return status;
     const std::uint64_t memory = sizeof(tp_page) + count * std::uint64_t{sizeof(CodedTile)} + room;

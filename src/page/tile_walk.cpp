@@ -29,8 +29,9 @@ bool TileWalk::begin() {
 bool TileWalk::prepare() {
     if ((std::uint64_t{columns_} + 1) * sizeof(RowCursor) > PTRDIFF_MAX) return false;
     cursors_ = new (std::nothrow) RowCursor[columns_];
-    return cursors_ && std::all_of(cursors_, cursors_ + columns_,
-                                   [this](RowCursor& cursor) { return cursor.prepare(layout_.tileWidth, how_); });
+    return cursors_ && std::all_of(cursors_, cursors_ + columns_, [this](RowCursor& cursor) {
+               return cursor.prepare(layout_.tileWidth, how_, layout_.blackPaper);
+           });
 }
 
 bool TileWalk::enterTileRow() {
@@ -52,7 +53,7 @@ bool TileWalk::goesOn(std::uint32_t k, RowStatus status) {
                row_};
     if (policy_.report) policy_.report(policy_.user, damage_);
     if (policy_.rest == OnDamage::end) return fail(WalkEnd::damaged);
-    cursors_[k].stay(policy_.rest == OnDamage::white);
+    cursors_[k].stay(policy_.rest == OnDamage::paper);
     ++filledIn_;
     return true;
 }

@@ -13,6 +13,7 @@ namespace tilepress::g4 {
 /// Tiles row by row; those at the right and at the bottom may reach beyond the page. No size is 0.
 struct TileLayout {
     std::uint32_t width, height, tileWidth, tileHeight;
+    bool blackPaper = false;  ///< what is not there, and what is filled in as paper, is coded black
 
     std::uint32_t across() const { return (width - 1) / tileWidth + 1; }
     std::uint32_t down() const { return (height - 1) / tileHeight + 1; }
@@ -40,10 +41,10 @@ struct TileDamage {
 };
 
 /// What becomes of the rest of a damaged tile.
-enum class OnDamage { end, white, keep };
+enum class OnDamage { end, paper, keep };
 
 struct DamagePolicy {
-    OnDamage rest = OnDamage::end;  ///< the walk ends; the tile's rows are white, or as its last good one
+    OnDamage rest = OnDamage::end;  ///< the walk ends; the tile's rows are paper, or as its last good one
     void (*report)(void* user, const TileDamage& damage) = nullptr;  ///< null, or told of every damaged tile once
     void* user = nullptr;
 };

@@ -1,0 +1,84 @@
+#include "page/call_options.h"
+
+#include <algorithm>
+#include <cstddef>
+
+using namespace tilepress;
+using namespace tilepress::g4;
+
+namespace {
+
+/// Bytes behind the rows that are no end-of-block and yet no fault: fill up to a whole word.
+constexpr std::int64_t kMostFill = 2;
+
+/// Where the bytes begin that nothing explains, or -1.
+std::int64_t leftOver(const RowCursor& cursor) {
+    const CodedData& codes = cursor.codes();
+    std::int64_t bit = cursor.position();
+    if (codes.peek(bit, 24) == 0x001001) bit += 24;
+    const std::int64_t byte = (bit + 7) >> 3;
+    return codes.length - byte > kMostFill ? byte : -1;
+}
+
+/// Decodes `rows` of the tile's rows; the first one that fails is `row` then.
+RowStatus decode(RowCursor& cursor, std::uint32_t& row, std::uint32_t rows, CallOptions& call, bool& cancelled) {
+    for (; row < rows && !cancelled; ++row) {
+        if (const RowStatus status = cursor.next(); status != kRowDecoded) return status;
+        cancelled = !call.rowDone();
+    }
+    return kRowDecoded;
+}
+
+/// Reports what is wrong with the tile that the cursor has entered, of which `pageRows` lie on the page; false when the
+/// caller wants no more.
+bool verifyTile(RowCursor& cursor, tp_damage place, std::uint32_t height, std::uint32_t pageRows, bool isStrip,
+                CallOptions& call) {
+    const std::uint32_t top = place.top;
+    bool cancelled = false;
+    const auto report = [&](std::uint32_t row, std::int64_t byte, std::uint32_t kind) {
+        place.row = row;
+        place.top = top + row;
+        place.byte = std::min<std::uint64_t>(static_cast<std::uint64_t>(byte),
+                                             static_cast<std::uint64_t>(cursor.codes().length));
+        place.kind = kind;
+        call.report(place);
+    };
+    // The last strip ends with the page, but a tile that happens to be as wide as its page goes on.
+    const std::uint32_t rows = isStrip ? std::min(height, pageRows) : height;
+    std::uint32_t row = 0;
+    if (const RowStatus status = decode(cursor, row, rows, call, cancelled); status != kRowDecoded) {
+        report(row, cursor.position() >> 3, kindOf(status));
+        return true;
+    }
+    const std::int64_t byte = cancelled ? -1 : leftOver(cursor);
+    if (byte < 0) return !cancelled;
+    if (rows < height && decode(cursor, row, height, call, cancelled) == kRowDecoded && leftOver(cursor) < 0)
+        return !cancelled;
+    report(rows, byte, TP_LEFT_OVER);
+    return !cancelled;
+}
+
+}  // namespace
+
+tp_status TILEPRESS_CALL tp_page_verify(const tp_page* page, tp_options* options) {
+    if (!page) return TP_E_ARGUMENT;
+    const PageTiles& tiles = page->grid;
+    const TileLayout& layout = tiles.layout;
+    CallOptions call(tiles, options);
+    if (const tp_status status = call.check(page->info, false); status != TP_OK) return status;
+    if (!call.allows(tiles.walkMemory({0, 0, 1, 1}))) return TP_E_LIMIT;
+    call.setTotal(std::uint64_t{layout.height} * layout.across());
+    RowCursor cursor;
+    if (!cursor.prepare(layout.tileWidth, Decoding::standard)) return TP_E_MEMORY;
+    const std::uint32_t across = layout.across(), count = across * layout.down();
+    for (std::uint32_t k = 0; k < count; ++k) {
+        if (!tiles.tiles[k].bytes) continue;
+        if (!cursor.enter(tiles.source().codesOf(&tiles, k))) return TP_E_MEMORY;
+        const std::uint32_t top = k / across * layout.tileHeight;
+        const tp_damage place{k, 0, 0, 0, k % across * layout.tileWidth, top};
+        if (!verifyTile(cursor, place, layout.tileHeight, std::min(layout.tileHeight, layout.height - top),
+                        layout.tileWidth == layout.width, call))
+            return TP_E_CANCELLED;
+    }
+    return call.finish();
+}
