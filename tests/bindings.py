@@ -4,17 +4,20 @@ plain function is there, with as many arguments; for Python also of the same kin
 """
 
 import ctypes
+import importlib.util
 import pathlib
 import re
 import sys
 
 root = pathlib.Path(__file__).resolve().parent.parent
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(root / "examples/python"))
-import tilepress  # noqa: E402
+spec = importlib.util.spec_from_file_location("plain", root / "bindings/python/tilepress/plain.py")
+plain = importlib.util.module_from_spec(spec)
+spec.loader.exec_module(plain)
 
 KINDS = {"int16_t": ctypes.c_int16, "int32_t": ctypes.c_int32, "uint32_t": ctypes.c_uint32, "int": ctypes.c_int,
-         "size_t": ctypes.c_size_t, "double": ctypes.c_double, "ImgErrResult": ctypes.c_int32, "void": None}
+         "uint64_t": ctypes.c_uint64, "size_t": ctypes.c_size_t, "ptrdiff_t": ctypes.c_ssize_t,
+         "tp_status": ctypes.c_int32, "double": ctypes.c_double, "ImgErrResult": ctypes.c_int32, "void": None}
 
 
 def kind(declaration):
@@ -25,7 +28,7 @@ def kind(declaration):
 
 
 def kind_of_ctypes(declared):
-    pointer = declared is ctypes.c_void_p or (declared is not None and hasattr(declared, "contents"))
+    pointer = declared in (ctypes.c_void_p, ctypes.c_char_p) or (declared is not None and hasattr(declared, "contents"))
     return "pointer" if pointer else declared
 
 
@@ -40,19 +43,19 @@ for header in (root / "include/tilepress").glob("*.h"):
         prototypes[name] = kind(result), [kind(a) for a in split(arguments)]
 
 faults = []
-plain = (root / "src/dll/plain_names.txt").read_text().split()
-if sorted(plain) != sorted(prototypes):
-    faults.append(f"headers and list differ: {set(plain) ^ set(prototypes)}")
+listed = (root / "src/dll/plain_names.txt").read_text().split()
+if sorted(listed) != sorted(prototypes):
+    faults.append(f"headers and list differ: {set(listed) ^ set(prototypes)}")
 
 for name, (result, arguments) in prototypes.items():
-    declared = tilepress.FUNCTIONS.get(name)
+    declared = plain.FUNCTIONS.get(name)
     if not declared or (kind_of_ctypes(declared[0]), [kind_of_ctypes(a) for a in declared[1]]) != (result, arguments):
         faults.append(f"Python: {name}")
 
-csharp = (root / "examples/csharp/Tilepress.cs").read_text()
+csharp = (root / "bindings/csharp/Tilepress.cs").read_text()
 found = {name: len(split(arguments.replace("[In]", "")))
          for name, arguments in re.findall(r"static extern \w+ (\w+)\(([^)]*)\)", csharp)}
-pascal = (root / "examples/pascal/tilepress.pas").read_text()
+pascal = (root / "bindings/pascal/tilepress.pas").read_text()
 found_pascal = {name: sum(len(group.split(":")[0].split(",")) for group in split(arguments, ";"))
                 for name, arguments in re.findall(r"^(?:function|procedure) (\w+)(?:\(([^)]*)\))?[:;]", pascal, re.M)}
 expected = {name: len(arguments) for name, (_, arguments) in prototypes.items()}

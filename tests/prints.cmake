@@ -1,7 +1,13 @@
 cmake_minimum_required(VERSION 3.25)
-# Passes when COMMAND ends well and prints what matches OUTPUT.
+# Passes when COMMAND ends well and prints what matches OUTPUT, or the same as the command EXPECTED.
 execute_process(COMMAND ${COMMAND} OUTPUT_VARIABLE printed COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE "\r" "" printed "${printed}")
-if(NOT printed MATCHES "${OUTPUT}")
+if(EXPECTED)
+  execute_process(COMMAND ${EXPECTED} OUTPUT_VARIABLE OUTPUT COMMAND_ERROR_IS_FATAL ANY)
+  if(printed STREQUAL OUTPUT)
+    return()
+  endif()
+endif()
+if(NOT OUTPUT OR NOT printed MATCHES "${OUTPUT}" OR EXPECTED)
   message(FATAL_ERROR "printed:\n${printed}\nnot:\n${OUTPUT}")
 endif()

@@ -1,6 +1,6 @@
 // Tilepress's plain functions for C# and the other .NET languages.
 //
-// For 32-bit processes on Windows, and any on Linux. Memory that the library is to
+// Memory that the library is to
 // keep or release comes from MemAllocate; what it returns goes back with MemFree.
 
 using System;
@@ -42,6 +42,81 @@ public static class Tilepress
     public delegate IntPtr RotateOp(IntPtr image, double degrees);
     [UnmanagedFunctionPointer(Plain)]
     public delegate IntPtr MirrorOp(IntPtr image, int direction);
+
+    // Pages: see page.h. TilepressPage wraps them.
+    [StructLayout(LayoutKind.Sequential)]
+    public struct Limits { public ulong MaxPixels, MaxBytes; }
+
+    [StructLayout(LayoutKind.Sequential)]
+    public struct Damage
+    {
+        public uint Tile, Row;
+        public ulong Byte;
+        public uint Kind, Column, Top;
+    }
+
+    [UnmanagedFunctionPointer(Plain)]
+    public delegate int Progress(IntPtr user, ulong done, ulong total);
+
+    [StructLayout(LayoutKind.Sequential)]
+    public struct Options
+    {
+        public uint Size, OnDamage;
+        public Limits Limits;
+        public Progress Progress;
+        public IntPtr User, Damage;
+        public uint DamageCapacity, DamageCount;
+    }
+
+    [StructLayout(LayoutKind.Sequential)]
+    public struct Coded { public IntPtr Data; public UIntPtr Size; }
+
+    [StructLayout(LayoutKind.Sequential)]
+    public struct PageInfo
+    {
+        public uint Size, Width, Height, TileWidth, TileHeight, FillOrder, Photometric, Flags;
+        public Limits Limits;
+    }
+
+    [StructLayout(LayoutKind.Sequential)]
+    public struct View
+    {
+        public uint Size, Left, Top, Width, Height, OutWidth, OutHeight, Mode, Format, Orientation, Flags, Ink, Paper;
+        public IntPtr Pixels, Stride;
+    }
+
+    [DllImport(Library, CallingConvention = Plain)] public static extern uint tp_version();
+    [DllImport(Library, CallingConvention = Plain)] public static extern IntPtr tp_status_text(int status);
+    [DllImport(Library, CallingConvention = Plain)] public static extern IntPtr tp_alloc(UIntPtr size);
+    [DllImport(Library, CallingConvention = Plain)] public static extern void tp_free(IntPtr block);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_page_open(ref PageInfo info, [In] Coded[] tiles, UIntPtr count, out TilepressPageHandle page);
+    [DllImport(Library, CallingConvention = Plain)] public static extern IntPtr tp_page_retain(TilepressPageHandle page);
+    [DllImport(Library, CallingConvention = Plain)] public static extern void tp_page_release(IntPtr page);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_page_describe(TilepressPageHandle page, ref PageInfo info);
+    [DllImport(Library, CallingConvention = Plain)] public static extern ulong tp_page_memory(TilepressPageHandle page);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_page_prepare(TilepressPageHandle page, ref Options options);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_page_verify(TilepressPageHandle page, ref Options options);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_page_render(TilepressPageHandle page, [In] View[] views, UIntPtr count, ref Options options);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_reader_open(TilepressPageHandle page, uint left, uint top, uint width, uint height,
+        IntPtr options, out IntPtr reader);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_reader_next(IntPtr reader, out IntPtr changes, out uint count);
+    [DllImport(Library, CallingConvention = Plain)] public static extern void tp_reader_close(IntPtr reader);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_encoder_open(uint width, uint fillOrder, IntPtr limits, out IntPtr encoder);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_encoder_add_bits(IntPtr encoder, byte[] rows, IntPtr stride, uint count);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_encoder_add_changes(IntPtr encoder, [In] uint[] changes, uint count);
+    [DllImport(Library, CallingConvention = Plain)]
+    public static extern int tp_encoder_finish(IntPtr encoder, out IntPtr data, out UIntPtr size);
+    [DllImport(Library, CallingConvention = Plain)] public static extern void tp_encoder_close(IntPtr encoder);
 
     [DllImport(Library, CallingConvention = Plain)] public static extern int CCITT_EnableG4Decode();
     [DllImport(Library, CallingConvention = Plain)] public static extern void CCITT_DisableG4Decode();

@@ -1,15 +1,22 @@
-"""Tilepress's plain functions, by ctypes.
+"""The library's plain functions as they are, by ctypes; the rest of the package stands on them.
 
-    import tilepress
-    lib = tilepress.load("libtilepress.so.0")
+    from tilepress import plain
+    lib = plain.library()
     lib.cit_enable_decode_gr4()
 
 Python's own memory is none that the library may release: what it takes over
 must come from MemAllocate, and what it returns goes back with MemFree.
 """
 
+from __future__ import annotations
+
 import ctypes
-from ctypes import POINTER, c_double, c_int, c_int16, c_int32, c_size_t, c_uint8, c_uint16, c_uint32, c_void_p
+import functools
+import os
+import pathlib
+import sys
+from ctypes import (POINTER, c_char_p, c_double, c_int, c_int16, c_int32, c_size_t, c_ssize_t, c_uint8, c_uint16,
+                    c_uint32, c_uint64, c_void_p)
 
 
 class ColorMapEntry(ctypes.Structure):
@@ -54,8 +61,64 @@ _strip = [POINTER(c_uint8), POINTER(POINTER(c_uint8)), c_int32, c_int32, c_int32
 _rasop1 = [Handle, c_void_p, c_uint32]
 _rasop2 = [Handle, c_void_p, Handle]
 
+# --- pages ----------------------------------------------------------------------
+
+ProgressCallback = ctypes.CFUNCTYPE(c_int32, c_void_p, c_uint64, c_uint64)
+
+
+class Limits(ctypes.Structure):
+    _fields_ = [("max_pixels", c_uint64), ("max_bytes", c_uint64)]
+
+
+class DamageRecord(ctypes.Structure):
+    _fields_ = [("tile", c_uint32), ("row", c_uint32), ("byte", c_uint64), ("kind", c_uint32), ("column", c_uint32),
+                ("top", c_uint32)]
+
+
+class Options(ctypes.Structure):
+    _fields_ = [("size", c_uint32), ("on_damage", c_uint32), ("limits", Limits), ("progress", ProgressCallback),
+                ("user", c_void_p), ("damage", POINTER(DamageRecord)), ("damage_capacity", c_uint32),
+                ("damage_count", c_uint32)]
+
+
+class Coded(ctypes.Structure):
+    _fields_ = [("data", c_char_p), ("size", c_size_t)]
+
+
+class PageInfo(ctypes.Structure):
+    _fields_ = [(name, c_uint32) for name in
+                "size width height tile_width tile_height fill_order photometric flags".split()] + [("limits", Limits)]
+
+
+class ViewRecord(ctypes.Structure):
+    _fields_ = [(name, c_uint32) for name in ("size left top width height out_width out_height mode format orientation "
+                                              "flags ink paper").split()] + [("pixels", c_void_p), ("stride", c_ssize_t)]
+
+
+_options = POINTER(Options)
+
 # Name: (result, arguments)
 FUNCTIONS = {
+    "tp_version": (c_uint32, []),
+    "tp_status_text": (c_char_p, [c_int32]),
+    "tp_alloc": (c_void_p, [c_size_t]),
+    "tp_free": (None, [c_void_p]),
+    "tp_page_open": (c_int32, [POINTER(PageInfo), POINTER(Coded), c_size_t, POINTER(c_void_p)]),
+    "tp_page_retain": (c_void_p, [c_void_p]),
+    "tp_page_release": (None, [c_void_p]),
+    "tp_page_describe": (c_int32, [c_void_p, POINTER(PageInfo)]),
+    "tp_page_memory": (c_uint64, [c_void_p]),
+    "tp_page_prepare": (c_int32, [c_void_p, _options]),
+    "tp_page_verify": (c_int32, [c_void_p, _options]),
+    "tp_page_render": (c_int32, [c_void_p, POINTER(ViewRecord), c_size_t, _options]),
+    "tp_reader_open": (c_int32, [c_void_p, c_uint32, c_uint32, c_uint32, c_uint32, _options, POINTER(c_void_p)]),
+    "tp_reader_next": (c_int32, [c_void_p, POINTER(POINTER(c_uint32)), POINTER(c_uint32)]),
+    "tp_reader_close": (None, [c_void_p]),
+    "tp_encoder_open": (c_int32, [c_uint32, c_uint32, POINTER(Limits), POINTER(c_void_p)]),
+    "tp_encoder_add_bits": (c_int32, [c_void_p, c_void_p, c_ssize_t, c_uint32]),
+    "tp_encoder_add_changes": (c_int32, [c_void_p, POINTER(c_uint32), c_uint32]),
+    "tp_encoder_finish": (c_int32, [c_void_p, POINTER(c_void_p), POINTER(c_size_t)]),
+    "tp_encoder_close": (None, [c_void_p]),
     "CCITT_EnableG4Decode": (c_int32, []),
     "CCITT_DisableG4Decode": (None, []),
     "CCITT_EnableDetectChanges": (None, []),
@@ -113,10 +176,20 @@ FUNCTIONS = {
 }
 
 
-def load(path):
+def load(path: str | os.PathLike[str]) -> ctypes.CDLL:
     """The library at `path`, every function declared."""
-    library = ctypes.CDLL(path)  # cdecl
+    loaded = ctypes.CDLL(os.fspath(path))  # cdecl; the interpreter's lock is released during each call
     for name, (result, arguments) in FUNCTIONS.items():
-        function = getattr(library, name)
+        function = getattr(loaded, name)
         function.restype, function.argtypes = result, arguments
-    return library
+    return loaded
+
+
+@functools.lru_cache(maxsize=None)
+def library() -> ctypes.CDLL:
+    """The library that TILEPRESS_LIBRARY names, else the one within this package, else the system's."""
+    named = os.environ.get("TILEPRESS_LIBRARY")
+    if named:
+        return load(named)
+    within = pathlib.Path(__file__).with_name("tilepress.dll" if sys.platform == "win32" else "libtilepress.so")
+    return load(within if within.exists() else "tilepress.dll" if sys.platform == "win32" else "libtilepress.so.0")

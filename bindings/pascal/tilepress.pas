@@ -75,6 +75,81 @@ type
     RasOp1, RasOp2: Pointer;
   end;
 
+  { Pages: see page.h. The unit tilepresspages wraps them. }
+  TTpPage = Pointer;
+  TTpReader = Pointer;
+  TTpEncoder = Pointer;
+
+  PTpLimits = ^TTpLimits;
+  TTpLimits = record
+    MaxPixels, MaxBytes: UInt64;
+  end;
+
+  PTpDamage = ^TTpDamage;
+  TTpDamage = record
+    Tile, Row: TUInt32;
+    Position: UInt64;
+    Kind, Column, Top: TUInt32;
+  end;
+
+  TTpProgress = function(User: Pointer; Done, Total: UInt64): TInt32; cdecl;
+
+  PTpOptions = ^TTpOptions;
+  TTpOptions = record
+    Size, OnDamage: TUInt32;
+    Limits: TTpLimits;
+    Progress: TTpProgress;
+    User: Pointer;
+    Damage: PTpDamage;
+    DamageCapacity, DamageCount: TUInt32;
+  end;
+
+  PTpCoded = ^TTpCoded;
+  TTpCoded = record
+    Data: Pointer;
+    Size: TSize;
+  end;
+
+  PTpPageInfo = ^TTpPageInfo;
+  TTpPageInfo = record
+    Size, Width, Height, TileWidth, TileHeight, FillOrder, Photometric, Flags: TUInt32;
+    Limits: TTpLimits;
+  end;
+
+  PTpView = ^TTpView;
+  TTpView = record
+    Size, Left, Top, Width, Height, OutWidth, OutHeight, Mode, Format, Orientation, Flags, Ink, Paper: TUInt32;
+    Pixels: Pointer;
+    Stride: {$ifdef FPC}PtrInt{$else}NativeInt{$endif};
+  end;
+
+function tp_version: TUInt32; cdecl; external LibraryName;
+function tp_status_text(Status: TInt32): PAnsiChar; cdecl; external LibraryName;
+function tp_alloc(Size: TSize): Pointer; cdecl; external LibraryName;
+procedure tp_free(Block: Pointer); cdecl; external LibraryName;
+function tp_page_open(Info: PTpPageInfo; Tiles: PTpCoded; Count: TSize; Page: PPointer): TInt32; cdecl;
+  external LibraryName;
+function tp_page_retain(Page: TTpPage): TTpPage; cdecl; external LibraryName;
+procedure tp_page_release(Page: TTpPage); cdecl; external LibraryName;
+function tp_page_describe(Page: TTpPage; Info: PTpPageInfo): TInt32; cdecl; external LibraryName;
+function tp_page_memory(Page: TTpPage): UInt64; cdecl; external LibraryName;
+function tp_page_prepare(Page: TTpPage; Options: PTpOptions): TInt32; cdecl; external LibraryName;
+function tp_page_verify(Page: TTpPage; Options: PTpOptions): TInt32; cdecl; external LibraryName;
+function tp_page_render(Page: TTpPage; Views: PTpView; Count: TSize; Options: PTpOptions): TInt32; cdecl;
+  external LibraryName;
+function tp_reader_open(Page: TTpPage; Left, Top, Width, Height: TUInt32; Options: PTpOptions;
+  Reader: PPointer): TInt32; cdecl; external LibraryName;
+function tp_reader_next(Reader: TTpReader; Changes: PPointer; Count: PUInt32): TInt32; cdecl; external LibraryName;
+procedure tp_reader_close(Reader: TTpReader); cdecl; external LibraryName;
+function tp_encoder_open(Width, FillOrder: TUInt32; Limits: PTpLimits; Encoder: PPointer): TInt32; cdecl;
+  external LibraryName;
+function tp_encoder_add_bits(Encoder: TTpEncoder; Rows: Pointer; Stride: {$ifdef FPC}PtrInt{$else}NativeInt{$endif};
+  Count: TUInt32): TInt32; cdecl; external LibraryName;
+function tp_encoder_add_changes(Encoder: TTpEncoder; Changes: PUInt32; Count: TUInt32): TInt32; cdecl;
+  external LibraryName;
+function tp_encoder_finish(Encoder: TTpEncoder; Data: PPointer; Size: Pointer): TInt32; cdecl; external LibraryName;
+procedure tp_encoder_close(Encoder: TTpEncoder); cdecl; external LibraryName;
+
 function CCITT_EnableG4Decode: TInt32; cdecl; external LibraryName;
 procedure CCITT_DisableG4Decode; cdecl; external LibraryName;
 procedure CCITT_EnableDetectChanges; cdecl; external LibraryName;

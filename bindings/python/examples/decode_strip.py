@@ -1,12 +1,9 @@
-"""A picture into a Group 4 strip and back; then as a handle, mirrored.
-
-    python3 decode_strip.py libtilepress.so.0
-"""
+"""A picture into a Group 4 strip and back; then as a handle, mirrored: the plain functions at work."""
 
 import ctypes
 import sys
 
-import tilepress
+from tilepress import plain
 
 WIDTH, ROWS = 16, [0b0000000110000000, 0b0000001111000000, 0b0000011111100000, 0b0000111111110000]
 
@@ -36,19 +33,19 @@ def decode(lib, coded):
 
 def mirrored(lib, pixels):
     image = lib.ImgNew(1)
-    create = tilepress.Img1CreateOp(image.contents.create)
+    create = plain.Img1CreateOp(image.contents.create)
     if not create(image, WIDTH, len(ROWS), 8, None):
         raise MemoryError
     ctypes.memmove(image.contents.data, pixels, len(pixels))
-    other = tilepress.MirrorOp(image.contents.mirror)(image, 1)
+    other = plain.MirrorOp(image.contents.mirror)(image, 1)
     result = ctypes.string_at(other.contents.data, len(pixels))
     for handle in (image, other):
-        tilepress.FreeOp(handle.contents.free)(ctypes.byref(handle), None)
+        plain.FreeOp(handle.contents.free)(ctypes.byref(handle), None)
     return result
 
 
 def main():
-    lib = tilepress.load(sys.argv[1] if len(sys.argv) > 1 else "libtilepress.so.0")
+    lib = plain.library()
     lib.cit_enable_detect_changes()
     if not lib.cit_enable_encode_gr4() or not lib.cit_enable_decode_gr4():
         sys.exit("out of memory")

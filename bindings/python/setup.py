@@ -1,0 +1,19 @@
+"""What pyproject.toml cannot say: the version, which make_wheel hands over, and the tag of a wheel that holds a library
+for one kind of machine but serves every Python 3."""
+
+import os
+
+from setuptools import setup
+from wheel.bdist_wheel import bdist_wheel
+
+
+class PlatformWheel(bdist_wheel):
+    def finalize_options(self):
+        super().finalize_options()
+        self.root_is_pure = False
+
+    def get_tag(self):
+        return "py3", "none", super().get_tag()[2]
+
+
+setup(version=os.environ["TILEPRESS_VERSION"], cmdclass={"bdist_wheel": PlatformWheel})
