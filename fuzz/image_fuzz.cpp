@@ -2,13 +2,14 @@
 // expand to what the whole has there.
 
 #include "input.h"
+#include "support/owned.h"
 #include "tilepress/tilepress.h"
 
 #include <algorithm>
 
 namespace {
 
-using Image = std::unique_ptr<IImg>;
+using Image = support::Owned<>;
 
 std::unique_ptr<CImg1> expanded(CImg1G4& page, const ImgRect& rect, bool& whole) {
     std::unique_ptr<CImg1> bits(CImg1::create(rect.getWidth(), rect.getHeight(), 0, 1, ImgAlignDword));

@@ -2,29 +2,22 @@
 #include "support/g4_images.h"
 #include "support/layout.h"
 #include "support/raised.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg1G4.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
-
-using Image = support::G4Image;
-
-static Image grid(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight) {
-    return Image(CImg1G4::create(width, height, tileWidth, tileHeight, 0x00FFFFFF, 0xFF000000, ImgAlignNone));
-}
-static layout::Compressed recordOf(const CImg1G4& image) { return layout::read<layout::Compressed>(image); }
+using namespace support;
 
 namespace {
+
+G4Image grid(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight) {
+    return G4Image(CImg1G4::create(width, height, tileWidth, tileHeight, 0x00FFFFFF, 0xFF000000, ImgAlignNone));
+}
+layout::Compressed recordOf(const CImg1G4& image) { return layout::read<layout::Compressed>(image); }
 
 /// 100 x 50 in tiles of 64 x 32 with tiles of 4, 0, 3 and 40 bytes.
 struct Loaded {
     unsigned char bytes[40];
     unsigned char* tiles[4] = {bytes, bytes, bytes, bytes};
     ImgULong lengths[4] = {4, 0, 3, 40};
-    Image image;
+    G4Image image;
 
     Loaded() {
         for (unsigned char i = 0; i < 40; ++i) bytes[i] = static_cast<unsigned char>(i + 1);
@@ -34,7 +27,7 @@ struct Loaded {
 
 }  // namespace
 
-TEST(Compressed, GridOfTiles) {
+TEST(Compressed, AGridOfTileCopiesWithZerosBehindAndTwoLinesAColumn) {
     const Loaded loaded;
     const CImg1G4& image = *loaded.image;
     EXPECT_EQ(image.getWidthInTiles(), 2u);
@@ -53,30 +46,20 @@ TEST(Compressed, GridOfTiles) {
         EXPECT_EQ(tile.bitPosition, 1) << k;
         EXPECT_EQ(record.tileLengths[k], loaded.lengths[k]) << k;
     }
-}
-
-TEST(Compressed, TilesAreCopiedInCodedOrderWithZerosBehind) {
-    const Loaded loaded;
-    const layout::Tile* tiles = recordOf(*loaded.image).tileRows[0];
-    EXPECT_EQ(tiles[1].data, nullptr);
-    const std::vector<unsigned char> even{2, 1, 4, 3}, odd{2, 1, 0, 3};
-    for (const auto& [data, expected] : {std::pair{tiles[0].data, even}, {tiles[2].data, odd}}) {
-        EXPECT_EQ(std::vector<unsigned char>(data, data + 4), expected);
-        EXPECT_EQ(std::vector<unsigned char>(data + 4, data + 36), std::vector<unsigned char>(32));
+    EXPECT_EQ(record.tileRows[0][1].data, nullptr);
+    for (const auto& [k, expected] : {std::pair(0, Bytes{2, 1, 4, 3}), {2, {2, 1, 0, 3}}}) {
+        const unsigned char* const data = record.tileRows[0][k].data;
+        EXPECT_EQ(Bytes(data, data + 4), expected);
+        EXPECT_EQ(Bytes(data + 4, data + 36), Bytes(32));
     }
-}
-
-TEST(Compressed, EveryTileColumnHasTwoLinesWithRoomAround) {
-    const Loaded loaded;
-    const auto record = recordOf(*loaded.image);
     for (int32_t** lines : {record.lineBufferA, record.lineBufferB})
         for (int column = 0; column < 2; ++column) {
-            int32_t* const line = lines[column];
-            EXPECT_EQ(line[-1], INT32_MIN);
-            EXPECT_EQ(line[0], 0);
-            line[64 + 6 + tilepress::kLineBack - 1] = 1;  // within the block
+            EXPECT_EQ(lines[column][-1], INT32_MIN);
+            EXPECT_EQ(lines[column][0], 0);
+            lines[column][64 + 6 + tilepress::kLineBack - 1] = 1;  // within the block
         }
     EXPECT_NE(record.lineBufferA[0], record.lineBufferB[0]);
+    EXPECT_EQ(grid(100, 50, 40, 30)->getNumberOfTiles(), 6u);
 }
 
 TEST(Compressed, LoadingAgainReplacesTheTiles) {
@@ -96,19 +79,19 @@ TEST(Compressed, LoadingAgainReplacesTheTiles) {
 TEST(Compressed, CreateRefusesBadSizes) {
     for (const auto& [w, h, tw, th] :
          {std::tuple{0u, 8u, 8u, 8u}, {8u, 0u, 8u, 8u}, {8u, 8u, 0u, 8u}, {8u, 8u, 8u, 0u}, {65536u, 65536u, 1u, 1u}})
-        EXPECT_EQ(CImg1G4::create(w, h, tw, th, 0, 1, ImgAlignNone), nullptr);
+        EXPECT_EQ(grid(w, h, tw, th), nullptr) << w << ' ' << h << ' ' << tw << ' ' << th;
     EXPECT_EQ(CImg1G4::create(nullptr, 8, 8, ImgAlignNone), nullptr);
 }
 
 TEST(Compressed, TheDestructorLeavesTheTilesToShallowCopiesKept) {
     Loaded loaded;
-    const Image copy(new CImg1G4(*loaded.image));
+    const G4Image copy(new CImg1G4(*loaded.image));
     delete loaded.image.release();
     EXPECT_EQ(recordOf(*copy).tileRows[0][0].data[0], 2);
 }
 
 TEST(Compressed, ReleaseLeavesABareObject) {
-    const Loaded loaded;
+    Loaded loaded;
     loaded.image->setBackgroundColor(1);
     loaded.image->releaseData();
     const auto released = recordOf(*loaded.image);
@@ -122,8 +105,25 @@ TEST(Compressed, ReleaseLeavesABareObject) {
     EXPECT_EQ(released.tileLengths, nullptr);
     EXPECT_FALSE(released.backgroundKnown);
     loaded.image->releaseData();
-    EXPECT_TRUE(
-        loaded.image->initData(const_cast<unsigned char**>(loaded.tiles), const_cast<ImgULong*>(loaded.lengths)));
+    EXPECT_TRUE(loaded.image->initData(loaded.tiles, loaded.lengths));
+}
+
+TEST(Compressed, NoWalkMakesAnythingOfABareObject) {
+    const G4Image bare(CImg1G4::create());
+    const auto target = blank<CImg1>(8, 8);
+    EXPECT_EQ(raisedBy([&] { EXPECT_FALSE(bare->uncompress(target.get(), ImgRect(1, 1))); }),
+              (Raised{1, ImgErrDecode}));
+    ImgScaleAttr grey{32}, ink{1};
+    for (const auto& [width, height] : {std::pair(1u, 1u), {2u, 2u}, {1u, 3u}})
+        for (ImgScaleAttr* attr : {&grey, &ink})
+            EXPECT_EQ(raisedBy([&] { EXPECT_EQ(bare->scale(ImgRect(1, 1), width, height, *attr), nullptr); }),
+                      (Raised{1, ImgErrDecode}))
+                << width << " x " << height;
+    for (double degrees : {0., 10., 90., 180., 270.}) EXPECT_EQ(bare->rotate(degrees), nullptr) << degrees;
+    EXPECT_EQ(bare->mirror(ImgMirX), nullptr);
+    EXPECT_EQ(bare->getSubImage(bare->getRect()), nullptr);
+    EXPECT_EQ(bare->getBackgroundColor(), 0u);
+    EXPECT_FALSE(bare->isBackgroundKnown());
 }
 
 TEST(Compressed, SetExtentsMakesAnEmptyGridAndLeavesTheOldOneKept) {
@@ -131,7 +131,7 @@ TEST(Compressed, SetExtentsMakesAnEmptyGridAndLeavesTheOldOneKept) {
     loaded.image->setBackgroundColor(1);
     EXPECT_FALSE(loaded.image->setExtents(100, 64, 64, 64));
     EXPECT_FALSE(loaded.image->setExtents(0, 64, 64, 64));
-    const Image before(new CImg1G4(*loaded.image));
+    const G4Image before(new CImg1G4(*loaded.image));
     EXPECT_TRUE(loaded.image->setExtents(128, 64, 64, 64));
     EXPECT_EQ(loaded.image->getNumberOfTiles(), 2u);
     EXPECT_EQ(loaded.image->getTotalBytes(), 47u);
@@ -141,27 +141,22 @@ TEST(Compressed, SetExtentsMakesAnEmptyGridAndLeavesTheOldOneKept) {
 }
 
 TEST(Compressed, SetExtentsNeedsBothColoursKept) {
-    const Image image(CImg1G4::create());
-    for (const auto& [background, foreground] :
-         {std::pair{0xDEADBEEF, 0xDEADBEEF}, {0u, 0xDEADBEEF}, {0xDEADBEEF, 1u}}) {
+    const G4Image image(CImg1G4::create());
+    for (const auto& [background, foreground, width] :
+         {std::tuple{0xDEADBEEF, 0xDEADBEEF, 1u}, {0u, 0xDEADBEEF, 1u}, {0xDEADBEEF, 1u, 1u}, {0u, 1u, 128u}}) {
         image->setBackgroundInterpretation(background);
         image->setForegroundInterpretation(foreground);
         EXPECT_TRUE(image->setExtents(128, 64, 64, 64));
-        EXPECT_EQ(image->getWidth(), 1u);
+        EXPECT_EQ(image->getWidth(), width) << std::hex << background << ' ' << foreground;
     }
-    image->setBackgroundInterpretation(0);
-    EXPECT_TRUE(image->setExtents(128, 64, 64, 64));
-    EXPECT_EQ(image->getWidth(), 128u);
     EXPECT_EQ(image->getTotalBytes(), 0xDEADBEEFu);
-    const Image marked = grid(8, 8, 8, 8);
-    marked->setForegroundInterpretation(0xDEADBEEF);
-    EXPECT_TRUE(marked->setExtents(16, 8, 8, 8));
-    EXPECT_EQ(marked->getWidth(), 8u);
+    image->setForegroundInterpretation(0xDEADBEEF);
+    EXPECT_TRUE(image->setExtents(16, 8, 8, 8));
+    EXPECT_EQ(image->getWidth(), 128u);
 }
 
 TEST(Compressed, CloneIsAGridOfSinglePixelsWithoutDataKept) {
-    const Image image = grid(10, 10, 10, 10);
-    const Image copy(static_cast<CImg1G4*>(image->clone()));
+    const G4Image copy(static_cast<CImg1G4*>(grid(10, 10, 10, 10)->clone()));
     EXPECT_EQ(copy->getNumberOfTiles(), 100u);
     EXPECT_EQ(copy->getTileWidth(), 1u);
     EXPECT_EQ(copy->getTotalBytes(), 0xDEADBEEFu);
@@ -169,18 +164,16 @@ TEST(Compressed, CloneIsAGridOfSinglePixelsWithoutDataKept) {
 }
 
 TEST(Compressed, NothingConvertsIntoThisKind) {
-    std::unique_ptr<CImg1> source(CImg1::create(8, 8, 0, 1, ImgAlignNone));
-    source->peekData()[0] = 0xFF;
-    const support::Raised raised;
-    const Image image(CImg1G4::create(*source, 4, 4, 5, 6, ImgAlignNone));
-    EXPECT_EQ(raised.times(), 0u);
+    const auto source = imageOf<CImg1>(Picture(8, 8, 1));
+    G4Image image;
+    EXPECT_EQ(raisedBy([&] { image.reset(CImg1G4::create(*source, 4, 4, 5, 6, ImgAlignNone)); }), kQuiet);
     EXPECT_EQ(image->getNumberOfTiles(), 4u);
     EXPECT_EQ(image->getForegroundInterpretation(), 6u);
     EXPECT_EQ(recordOf(*image).tileRows[0][0].data, nullptr);
 }
 
 TEST(Compressed, ReservedOperationsGiveNull) {
-    const Image image = grid(8, 8, 8, 8);
+    const G4Image image = grid(8, 8, 8, 8);
     EXPECT_EQ(image->ownData(), nullptr);
     EXPECT_EQ(image->getTileIterator(), nullptr);
     unsigned char byte = 1;

@@ -1,53 +1,69 @@
+#include "support/pictures.h"
 #include "support/raised.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/CImg8.h"
-
-#include <gtest/gtest.h>
 
 #include <climits>
-#include <memory>
+#include <functional>
 #include <new>
 
-using support::Raised;
+using namespace support;
 
-TEST(ErrorCell, KeepsTheLastCodeAndCountsSuccessesToo) {
-    const Raised raised;
-    EXPECT_EQ(imgRaise(ImgErrDecode), ImgErrDecode);
-    EXPECT_EQ(CImgErr::sm_errcode, ImgErrDecode);
-    imgRaise(ImgErrNone);
-    EXPECT_EQ(raised.last(), ImgErrNone);
-    EXPECT_EQ(raised.times(), 2u);
-}
-
-TEST(ErrorCell, BelongsToTheProcess) {
-    std::unique_ptr<CImg32> one(CImg32::create(1, 1, RGBOrderRGB)), other(CImg32::create(1, 1, RGBOrderRGB));
+TEST(ErrorCell, KeepsTheLastCodeOfTheProcessAndCountsSuccessesToo) {
+    const auto one = blank<CImg32>(1, 1), other = blank<CImg32>(1, 1);
+    EXPECT_EQ(raisedBy([&] { EXPECT_EQ(imgRaise(ImgErrDecode), ImgErrDecode); }), (Raised{1, ImgErrDecode}));
     EXPECT_EQ(one->dupData(one->peekData(), 3), ImgErrCreate);
     EXPECT_EQ(other->getLastError(), ImgErrCreate);
 }
 
-template <class Operation>
-static void expectRaised(Operation operation, ImgULong times, ImgErr last, const char* what) {
-    const Raised raised;
-    operation();
-    EXPECT_EQ(raised.times(), times) << what;
-    EXPECT_EQ(raised.last(), times ? last : Raised::kNothing) << what;
-}
-
 TEST(ErrorCell, StepsOfTheOperations) {
-    unsigned char bytes[4] = {};
-    std::unique_ptr<CImg1> bilevel(CImg1::create(8, 4, 0, 1, ImgAlignNone));
-    std::unique_ptr<CImg8> palette(CImg8::create(2, 2, nullptr, ImgAlignNone));
-    std::unique_ptr<CImg32> rgb(CImg32::create(8, 4, RGBOrderRGB));
-    expectRaised([&] { bilevel->dupData(bytes, 4); }, 1, ImgErrNone, "copying");
-    expectRaised([&] { bilevel->dupData(bytes, 3); }, 1, ImgErrCreate, "copying too little");
-    expectRaised([&] { palette->dupData(bytes, 4); }, 1, ImgErrNone, "copying into a palette image");
-    expectRaised([&] { delete bilevel->clone(); }, 1, ImgErrNone, "clone");
-    expectRaised([&] { delete rgb->clone(); }, 0, ImgErrNone, "clone of an RGB image");
-    expectRaised([&] { delete CImg1::create(8, 0, 0, 0, ImgAlignNone); }, 0, ImgErrNone, "failed create");
-    expectRaised([&] { delete CImg8::create(*palette, nullptr, ImgAlignNone); }, 0, ImgErrNone, "refused conversion");
-    bilevel->setAlignment(ImgAlignByte);
-    expectRaised([&] { delete bilevel->clone(); }, 1, ImgErrNone, "clone whose conversion is refused");
+    unsigned char bytes[32] = {}, *data = nullptr;
+    ImgULong words[4] = {}, *wordData = nullptr;
+    const auto bilevel = blank<CImg1>(8, 4), aligned = blank<CImg1>(8, 4, ImgAlignByte), large = blank<CImg1>(9, 4);
+    const auto palette = blank<CImg8>(2, 2), wide = blank<CImg8>(3, 1);
+    const auto rgb = blank<CImg32>(2, 2), broad = blank<CImg32>(3, 1);
+    RasOpXfmAttr place{};
+    struct Case {
+        const char* name;
+        std::function<void()> call;
+        Raised raised;
+    };
+    const Raised good{1, ImgErrNone}, failed{1, ImgErrCreate}, refused{1, ImgErrBadArgument},
+        twice{2, ImgErrBadArgument};
+    const Case cases[] = {
+        {"bits copied", [&] { bilevel->dupData(bytes, 4); }, good},
+        {"too few bits copied", [&] { bilevel->dupData(bytes, 3); }, failed},
+        {"too few bits handed over", [&] { bilevel->transferData(&(data = bytes), 3); }, failed},
+        {"bits handed over", [&] { bilevel->transferData(&(data = bilevel->peekData()), 4); }, good},
+        {"indices copied", [&] { palette->dupData(bytes, 4); }, good},
+        {"too few indices copied", [&] { palette->dupData(bytes, 3); }, failed},
+        {"too few indices handed over", [&] { palette->transferData(&(data = bytes), 3); }, failed},
+        {"no indices handed over", [&] { palette->transferData(&(data = nullptr), 4); }, failed},
+        {"indices handed over", [&] { palette->transferData(&(data = bytes), 4); }, good},
+        {"pixels copied", [&] { rgb->dupData(words, 16); }, good},
+        {"too few pixels copied", [&] { rgb->dupData(words, 15); }, failed},
+        {"too few pixels handed over", [&] { rgb->transferData(&(wordData = words), 15); }, failed},
+        {"pixels handed over", [&] { rgb->transferData(&(wordData = words), 16); }, good},
+        {"clone", [&] { Owned<>(bilevel->clone()); }, good},
+        {"clone whose conversion is refused", [&] { Owned<>(aligned->clone()); }, good},
+        {"clone of RGB", [&] { Owned<>(rgb->clone()); }, kQuiet},
+        {"failed create", [] { CImg1::create(8, 0, 0, 0, ImgAlignNone); }, kQuiet},
+        {"refused conversion", [&] { CImg8::create(*palette, nullptr, ImgAlignNone); }, kQuiet},
+        {"bits combined", [&] { bilevel->doRasOpInPlace(RasOpCopy, place, *aligned); }, good},
+        {"bits too large", [&] { bilevel->doRasOpInPlace(RasOpCopy, place, *large); }, twice},
+        {"copy combined", [&] { Owned<>(bilevel->doRasOp(RasOpAnd, place, *bilevel)); }, {2, ImgErrNone}},
+        {"copy too small", [&] { Owned<>(bilevel->doRasOp(RasOpAnd, place, *large)); }, {3, ImgErrBadArgument}},
+        {"bits of another kind", [&] { bilevel->doRasOp(RasOpCopy, place, *rgb); }, refused},
+        {"indices too wide", [&] { palette->doRasOpInPlace(RasOpCopy, place, *wide); }, twice},
+        {"palette copy", [&] { Owned<>(palette->doRasOp(RasOpCopy, place, *palette)); }, failed},
+        {"palette filled", [&] { wide->doRasOpInPlace(RasOpFill, false, 0, 1); }, {2, ImgErrNone}},
+        {"palette others filled", [&] { wide->doRasOpInPlace(RasOpFill, true, 0, 1); }, {2, ImgErrNone}},
+        {"pixels combined", [&] { broad->doRasOpInPlace(RasOpCopy, place, *rgb); }, twice},
+        {"RGB filled", [&] { rgb->doRasOpInPlace(RasOpFill, false, 0, 1); }, {2, ImgErrNone}},
+        {"bits cut", [&] { Owned<>(bilevel->getSubImage(ImgRect(1, 1, 2, 2))); }, good},
+        {"indices cut", [&] { Owned<>(wide->getSubImage(ImgRect(1, 0, 2, 0))); }, kQuiet},
+        {"pixels cut", [&] { Owned<>(rgb->getSubImage(ImgRect(0, 0, 0, 0))); }, kQuiet},
+        {"a part outside", [&] { bilevel->getSubImage(ImgRect(5, 1, 8, 2)); }, refused},
+    };
+    for (const Case& c : cases) EXPECT_EQ(raisedBy(c.call), c.raised) << c.name;
 }
 
 static void expectRect(const ImgRect& r, ImgULong left, ImgULong top, ImgULong right, ImgULong bottom) {
@@ -73,10 +89,10 @@ TEST(Rectangle, ReorderingTouchesRowsOnlyKept) {
     ImgRect r(7, 2, 3, 4);
     r.reorderTopLeftMin();
     expectRect(r, 7, 2, 3, 4);
-    r.reorderBottomLeftMin();
-    expectRect(r, 7, 4, 3, 2);
-    r.reorderBottomLeftMin();
-    expectRect(r, 7, 4, 3, 2);
+    for (int twice = 0; twice < 2; ++twice) {
+        r.reorderBottomLeftMin();
+        expectRect(r, 7, 4, 3, 2);
+    }
     r.reorderTopLeftMin();
     expectRect(r, 7, 2, 3, 4);
     r.invertY();
@@ -84,14 +100,16 @@ TEST(Rectangle, ReorderingTouchesRowsOnlyKept) {
 }
 
 TEST(Rectangle, ContainsComparesFields) {
+    struct Case {
+        ImgRect outer, inner;
+        bool contains;
+    };
     const ImgRect r(0, 0, 9, 9);
-    EXPECT_TRUE(r.contains(r));
-    EXPECT_TRUE(r.contains(ImgRect(2, 2, 9, 9)));
-    EXPECT_FALSE(r.contains(ImgRect(2, 2, 10, 9)));
-    EXPECT_FALSE(r.contains(ImgRect(2, 2, 9, 10)));
-    EXPECT_FALSE(ImgRect(1, 0, 9, 9).contains(r));
-    EXPECT_FALSE(ImgRect(0, 1, 9, 9).contains(r));
-    EXPECT_TRUE(r.contains(ImgRect(5, 0, 2, 9)));  // unordered
+    for (const Case& c :
+         {Case{r, r, true}, Case{r, ImgRect(2, 2, 9, 9), true}, Case{r, ImgRect(2, 2, 10, 9), false},
+          Case{r, ImgRect(2, 2, 9, 10), false}, Case{ImgRect(1, 0, 9, 9), r, false},
+          Case{ImgRect(0, 1, 9, 9), r, false}, Case{r, ImgRect(5, 0, 2, 9), true}})  // the last one unordered
+        EXPECT_EQ(c.outer.contains(c.inner), c.contains) << c.inner.getLeft() << ' ' << c.inner.getRight();
 }
 
 TEST(Rectangle, AssignmentFromTheOtherRecordReadsFourWords) {

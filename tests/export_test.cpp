@@ -1,106 +1,81 @@
 #include "tilepress/Export.h"
 #include "kernels/dither.h"
 #include "support/g4_images.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg1G4.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/CImg8.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <memory>
-#include <random>
 #include <utility>
-#include <vector>
 
-using Bytes = std::vector<unsigned char>;
-using Pixels = std::vector<ImgULong>;
+using namespace support;
 
-static std::unique_ptr<CImg1> bilevel(ImgULong width, ImgULong height, ImgAlignmentEnum alignment = ImgAlignNone) {
-    return std::unique_ptr<CImg1>(CImg1::create(width, height, 0x00FFFFFF, 0xFF000000, alignment));
+namespace {
+
+Owned<CImg8> palette(ImgULong width, ImgULong height, ColorMap* map = nullptr) {
+    return Owned<CImg8>(CImg8::create(width, height, map, ImgAlignNone));
 }
-static std::unique_ptr<CImg8> palette(ImgULong width, ImgULong height, ColorMap* map = nullptr) {
-    return std::unique_ptr<CImg8>(CImg8::create(width, height, map, ImgAlignNone));
+Owned<CImg32> rgb(ImgULong width, ImgULong height, RGBOrder order = RGBOrderRGB) {
+    return Owned<CImg32>(CImg32::create(width, height, order));
 }
-static std::unique_ptr<CImg32> rgb(ImgULong width, ImgULong height, RGBOrder order = RGBOrderRGB) {
-    return std::unique_ptr<CImg32>(CImg32::create(width, height, order));
-}
-static Bytes bytesOf(const CImg1& image) { return Bytes(image.peekData(), image.peekData() + image.getTotalBytes()); }
-static Pixels pixelsOf(const CImg32& image) {
-    return Pixels(image.peekData(), image.peekData() + image.getTotalBytes() / 4);
-}
+
+}  // namespace
 
 // --- what is converted at all ---
 
 TEST(Export, RefusedPairsChangeNothing) {
-    auto one = bilevel(8, 8), other = bilevel(8, 8);
-    auto eight = palette(8, 8), otherEight = palette(8, 8);
-    auto thirtyTwo = rgb(8, 8);
-    std::unique_ptr<CImg1G4> compressed(CImg1G4::create(8, 8, 8, 8, 0, 1, ImgAlignNone));
-    std::memset(otherEight->peekData(), 9, 64);
-    EXPECT_FALSE(Export::xfm(*eight, *otherEight));
-    EXPECT_FALSE(Export::xfm(*eight, *thirtyTwo));
-    EXPECT_FALSE(Export::xfm(*eight, *compressed));
-    EXPECT_FALSE(Export::xfm(*thirtyTwo, *compressed));
-    for (IImg* source : {static_cast<IImg*>(one.get()), static_cast<IImg*>(eight.get()),
-                         static_cast<IImg*>(thirtyTwo.get()), static_cast<IImg*>(compressed.get())})
-        EXPECT_FALSE(Export::xfm(*compressed, *source));
-    EXPECT_FALSE(Export::xfm(nullptr, one.get()));
-    EXPECT_FALSE(Export::xfm(one.get(), nullptr));
-    EXPECT_EQ(eight->peekData()[0], 0);
-    compressed->releaseData();
-}
-
-TEST(Export, SizesMustMatchAndPixelsBeThere) {
-    auto one = bilevel(8, 8), low = bilevel(8, 7);
-    auto narrow = palette(7, 8);
-    auto thirtyTwo = rgb(8, 8), small = rgb(7, 8);
-    EXPECT_FALSE(Export::xfm(*one, *low));
-    EXPECT_FALSE(Export::xfm(*narrow, *one));
-    EXPECT_FALSE(Export::xfm(*small, *one));
-    EXPECT_FALSE(Export::xfm(*one, *narrow));
-    EXPECT_FALSE(Export::xfm(*thirtyTwo, *narrow));
-    EXPECT_FALSE(Export::xfm(*small, *thirtyTwo));
-    one->setExtents(100, 100);
-    auto large = palette(100, 100);
-    EXPECT_FALSE(Export::xfm(*large, *one));
-    std::free(thirtyTwo->ownData());
-    EXPECT_FALSE(Export::xfm(*thirtyTwo, *bilevel(8, 8)));
-    EXPECT_FALSE(Export::xfm(*bilevel(8, 8), *thirtyTwo));
+    const auto one = blank<CImg1>(8, 8), low = blank<CImg1>(8, 7), stretched = blank<CImg1>(8, 8),
+               aligned = blank<CImg1>(8, 8, ImgAlignByte);
+    const auto eight = palette(8, 8), nines = palette(8, 8), narrow = palette(7, 8), large = palette(100, 100);
+    const auto thirtyTwo = rgb(8, 8), small = rgb(7, 8), emptied = rgb(8, 8);
+    const Owned<CImg1G4> compressed(CImg1G4::create(8, 8, 8, 8, 0, 1, ImgAlignNone));
+    std::memset(nines->peekData(), 9, 64);
+    stretched->setExtents(100, 100);
+    std::free(emptied->ownData());
+    struct Case {
+        const char* name;
+        IImg *to, *from;
+    };
+    const Case cases[] = {
+        {"palette to palette", eight.get(), nines.get()},
+        {"RGB to palette", eight.get(), thirtyTwo.get()},
+        {"compressed to palette", eight.get(), compressed.get()},
+        {"compressed to RGB", thirtyTwo.get(), compressed.get()},
+        {"bits to compressed", compressed.get(), one.get()},
+        {"palette to compressed", compressed.get(), eight.get()},
+        {"RGB to compressed", compressed.get(), thirtyTwo.get()},
+        {"compressed to compressed", compressed.get(), compressed.get()},
+        {"to none", nullptr, one.get()},
+        {"from none", one.get(), nullptr},
+        {"lower bits", one.get(), low.get()},
+        {"bits to a narrower palette image", narrow.get(), one.get()},
+        {"bits to narrower RGB", small.get(), one.get()},
+        {"narrower palette pixels to bits", one.get(), narrow.get()},
+        {"narrower palette pixels to RGB", thirtyTwo.get(), narrow.get()},
+        {"larger RGB", small.get(), thirtyTwo.get()},
+        {"bits of another alignment, whatever it comes to", one.get(), aligned.get()},
+        {"pixels that are not there", large.get(), stretched.get()},
+        {"to no pixels", emptied.get(), one.get()},
+        {"from no pixels", one.get(), emptied.get()},
+    };
+    for (const Case& c : cases) EXPECT_FALSE(Export::xfm(c.to, c.from)) << c.name;
+    EXPECT_EQ(pictureOf(eight), Picture(8, 8));
     std::free(narrow->ownData());
-    const std::unique_ptr<CImg32> blank(CImg32::create(*narrow, RGBOrderRGB));
-    EXPECT_EQ(pixelsOf(*blank), Pixels(7 * 8));
+    EXPECT_EQ(pictureOf(Owned<CImg32>(CImg32::create(*narrow, RGBOrderRGB))), Picture(7, 8));
 }
 
 // --- from bits ---
 
-TEST(Export, BitsNeedEqualAlignmentValuesKept) {
-    auto from = bilevel(32, 1, ImgAlignByte), same = bilevel(32, 1, ImgAlignByte), other = bilevel(32, 1);
-    std::memset(from->peekData(), 0x5A, 4);
-    EXPECT_TRUE(Export::xfm(*same, *from));
-    EXPECT_EQ(bytesOf(*same), Bytes(4, 0x5A));
-    EXPECT_FALSE(Export::xfm(*other, *from));
-    EXPECT_EQ(bytesOf(*other), Bytes(4));
-}
-
-TEST(Export, BitsBecomePaletteAndRgbPixels) {
-    std::mt19937 random(2);
-    for (ImgAlignmentEnum alignment : {ImgAlignNone, ImgAlignDword})
+TEST(Export, BitsBecomeBitsPaletteAndRgbPixels) {
+    for (ImgAlignmentEnum alignment : kAlignments)
         for (ImgULong width = 1; width <= 40; ++width) {
-            auto from = bilevel(width, 3, alignment);
-            for (ImgULong i = 0; i < from->getTotalBytes(); ++i)
-                from->peekData()[i] = static_cast<unsigned char>(random());
-            std::unique_ptr<CImg8> eight(CImg8::create(*from, nullptr, alignment));
-            auto thirtyTwo = rgb(width, 3);
+            const Picture picture = randomPicture<CImg1>(width, 3);
+            const auto from = imageOf<CImg1>(picture, alignment), same = blank<CImg1>(width, 3, alignment);
+            Picture indices = picture, colours = picture;
+            for (auto& pixel : indices.pixels) pixel = pixel ? 0 : 255;
+            for (auto& pixel : colours.pixels) pixel = pixel ? 0x445566 : 0x112233;
+            const auto thirtyTwo = rgb(width, 3);
             ASSERT_TRUE(Export::xfm(*thirtyTwo, *from));
-            for (ImgULong y = 0; y < 3; ++y)
-                for (ImgULong x = 0; x < width; ++x) {
-                    const bool set = from->peekData()[y * from->getBytesPerLine() + x / 8] >> (7 - x % 8) & 1;
-                    ASSERT_EQ(eight->peekDataArray()[y][x], set ? 0 : 255) << width << ": " << x << ", " << y;
-                    ASSERT_EQ(thirtyTwo->peekDataArray()[y][x], set ? 0xFF000000 : 0x00FFFFFF)
-                        << width << ": " << x << ", " << y;
-                }
+            ASSERT_EQ(pictureOf(thirtyTwo), colours) << width;
+            ASSERT_EQ(pictureOf(Owned<CImg8>(CImg8::create(*from, nullptr, alignment))), indices) << width;
+            ASSERT_TRUE(Export::xfm(*same, *from));
+            ASSERT_EQ(bytesOf(*same), bytesOf(*from));
         }
 }
 
@@ -118,13 +93,13 @@ TEST(Export, PalettePixelsBecomeRgb) {
     std::fill_n(blue->peekData(), 4, 0xFFFFFFFF);
     EXPECT_TRUE(Export::xfm(*red, *from));
     EXPECT_TRUE(Export::xfm(*blue, *from));
-    EXPECT_EQ(pixelsOf(*red), (Pixels{0x332211, 0xFFFF00, 0, 0}));
-    EXPECT_EQ(pixelsOf(*blue), (Pixels{0x112233, 0x00FFFF, 0, 0}));
+    EXPECT_EQ(pictureOf(red), Picture(4, {0x332211, 0xFFFF00, 0, 0}));
+    EXPECT_EQ(pictureOf(blue), Picture(4, {0x112233, 0x00FFFF, 0, 0}));
     // Counts that are not the table's, and no table.
     ColorMap& own = *from->getColorMap();
     own.count = 300;
     EXPECT_TRUE(Export::xfm(*blue, *from));
-    EXPECT_EQ(pixelsOf(*blue), (Pixels{0x112233, 0x00FFFF, 0, 0}));
+    EXPECT_EQ(pictureOf(blue), Picture(4, {0x112233, 0x00FFFF, 0, 0}));
     own.count = -1;
     EXPECT_FALSE(Export::xfm(*blue, *from));
     own.count = 3;
@@ -143,21 +118,21 @@ TEST(Export, PaletteIntoRedFirstIsOredKept) {
     EXPECT_EQ(to->peekData()[0], 0xFFu);
     map.count = 0;
     EXPECT_FALSE(Export::xfm(*to, *palette(1, 1, &map))) << "a map without entries";
-    EXPECT_TRUE(Export::xfm(*bilevel(1, 1), *palette(1, 1, &map)));
+    EXPECT_TRUE(Export::xfm(*blank<CImg1>(1, 1), *palette(1, 1, &map)));
 }
 
 TEST(Export, ACompressedImageExpands) {
-    std::unique_ptr<CImg1G4, support::ReleaseG4> from(CImg1G4::create(8, 2, 8, 2, 0, 1, ImgAlignNone));
-    from->setBackgroundColor(0);
-    auto to = bilevel(8, 2), small = bilevel(8, 1);
+    const Picture picture("01100000 00000011");
+    const auto to = blank<CImg1>(8, 2), small = blank<CImg1>(8, 1);
+    const G4Image from = compressed(picture, 8, 2);
     EXPECT_TRUE(Export::xfm(*to, *from));
-    EXPECT_EQ(bytesOf(*to), Bytes(2));
+    EXPECT_EQ(pictureOf(to), picture);
     EXPECT_FALSE(Export::xfm(*small, *from));
 }
 
 TEST(Export, OrdersThatDifferExchangeBytes) {
     ImgULong pixels[] = {0x44332211};
-    std::unique_ptr<CImg32> from(CImg32::create(1, 1, pixels, 4, RGBOrderBGR));
+    Owned<CImg32> from(CImg32::create(1, 1, pixels, 4, RGBOrderBGR));
     auto to = rgb(1, 1, static_cast<RGBOrder>(2));
     EXPECT_TRUE(Export::xfm(*to, *from));
     EXPECT_EQ(to->peekData()[0], 0x44112233u);
@@ -191,11 +166,11 @@ TEST(Dither, EqualGreysGiveTheirPatterns) {
     for (const auto& [grey, rows] : kDithered) {
         auto eight = palette(8, 4, &map);
         std::memset(eight->peekData(), static_cast<int>(grey), 32);
-        std::unique_ptr<CImg1> fromPalette(CImg1::create(*eight, 0, 1, ImgAlignNone));
+        Owned<CImg1> fromPalette(CImg1::create(*eight, 0, 1, ImgAlignNone));
         EXPECT_EQ(bytesOf(*fromPalette), rows) << grey;
         auto thirtyTwo = rgb(8, 4);
         std::fill_n(thirtyTwo->peekData(), 32, 0xAA000000 | grey * 0x010101);
-        std::unique_ptr<CImg1> fromRgb(CImg1::create(*thirtyTwo, 0, 1, ImgAlignNone));
+        Owned<CImg1> fromRgb(CImg1::create(*thirtyTwo, 0, 1, ImgAlignNone));
         EXPECT_EQ(bytesOf(*fromRgb), rows) << grey;
     }
 }
@@ -204,7 +179,7 @@ TEST(Dither, ByteTwoIsRedWhateverTheOrderKept) {
     const auto dithered = [](ImgULong pixel, RGBOrder order) {
         auto from = rgb(64, 32, order);
         std::fill_n(from->peekData(), 64 * 32, pixel);
-        return bytesOf(*std::unique_ptr<CImg1>(CImg1::create(*from, 0, 1, ImgAlignNone)));
+        return bytesOf(*Owned<CImg1>(CImg1::create(*from, 0, 1, ImgAlignNone)));
     };
     for (RGBOrder order : {RGBOrderRGB, RGBOrderBGR})
         for (const auto& [pixel, luminance] : {std::pair{0x0000FFu, 28u}, {0x00FF00u, 149u}, {0xFF0000u, 76u}})
@@ -235,7 +210,7 @@ TEST(Dither, ErrorsSpreadAsTheRuleSays) {
     std::mt19937 random(3);
     for (int width = 1; width <= 40; ++width) {
         const int height = 19;
-        std::unique_ptr<CImg32> from = rgb(width, height);
+        Owned<CImg32> from = rgb(width, height);
         std::vector<int> tones;
         for (int i = 0; i < width * height; ++i) {
             const ImgULong pixel = static_cast<ImgULong>(random());
@@ -244,7 +219,7 @@ TEST(Dither, ErrorsSpreadAsTheRuleSays) {
         }
         const auto expected = modelDither(tones, width, height);
         // Into an image wider by two: the source's rows run on with the destination's padding.
-        auto to = bilevel(width, height, ImgAlignDword), wider = bilevel(width + 2, height);
+        auto to = blank<CImg1>(width, height, ImgAlignDword), wider = blank<CImg1>(width + 2, height);
         ASSERT_TRUE(Export::xfm(*to, *from));
         ASSERT_TRUE(Export::xfm(*wider, *from));
         const auto bit = [](const CImg1& image, ImgULong at) { return image.peekData()[at / 8] >> (7 - at % 8) & 1; };
@@ -259,11 +234,11 @@ TEST(Dither, ErrorsSpreadAsTheRuleSays) {
 
 TEST(Dither, BitsPastASmallerImageAreDropped) {
     auto from = rgb(100, 100);  // black
-    auto to = bilevel(8, 1);
+    auto to = blank<CImg1>(8, 1);
     EXPECT_TRUE(Export::xfm(*to, *from));
     EXPECT_EQ(to->peekData()[0], 0xFF);
     auto narrow = rgb(3, 100);  // rows that start within a byte
-    auto running = bilevel(8, 4);
+    auto running = blank<CImg1>(8, 4);
     EXPECT_TRUE(Export::xfm(*running, *narrow));
     EXPECT_EQ(bytesOf(*running), Bytes(4, 0xFF));
 }

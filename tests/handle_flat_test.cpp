@@ -9,23 +9,15 @@
 #include <random>
 #include <utility>
 
-namespace tilepress::test {
+using namespace support;
+
 namespace {
 
-using support::Bytes;
-
-const support::Picture& page() {
-    static const support::Picture picture = [] {
+const Picture& page() {
+    static const Picture picture = [] {
         std::mt19937 random(99);
-        return support::randomPicture(random, 100, 50, 40);
+        return randomPicture(random, 100, 50, 40);
     }();
-    return picture;
-}
-
-Picture plain(const support::Picture& text) {
-    Picture picture(text[0].size(), text.size());
-    for (std::size_t y = 0; y < picture.height; ++y)
-        for (std::size_t x = 0; x < picture.width; ++x) picture.at(x, y) = text[y][x] == '1';
     return picture;
 }
 
@@ -44,7 +36,7 @@ Handle compressedHandle(const std::vector<Bytes>& tiles, std::uint32_t w = 100, 
     EXPECT_TRUE(ImgCreateTiffG4(image.get(), w, h, tw, th, counts.data(), blocks));
     return image;
 }
-Handle compressedPage() { return compressedHandle(support::tilesOf(page(), 64, 32)); }
+Handle compressedPage() { return compressedHandle(tilesOf(page(), 64, 32)); }
 
 struct Block {
     void* data = nullptr;
@@ -64,26 +56,28 @@ struct Block {
 };
 
 Picture rendered(ImgHandle* image, std::uint32_t w = 100, std::uint32_t h = 50) {
-    return image ? pictureOf(Handle(image->render(image, w, h, nullptr, 0, 0, 8))) : Picture(0, 0);
+    return image ? pictureOf(Handle(image->render(image, w, h, nullptr, 0, 0, 8))) : kNone;
 }
 
 TEST(HandleTiffG4, RendersAsTheExpandedImage) {
-    const Handle image = compressedPage(), bits = handleOf<Bits>(plain(page()));
+    const Handle image = compressedPage(), bits = handleOf<Bits>(page());
     for (auto [w, h] : {std::pair(100, 50), {200, 100}, {137, 50}, {33, 17}, {1, 1}, {150, 20}, {40, 90}})
         EXPECT_EQ(rendered(image.get(), w, h), rendered(bits.get(), w, h)) << w << ' ' << h;
-    for (ImgHandle* handle : {image.get(), bits.get()}) ImgSetMirFlag(ImgSetRotation(handle, 90), 1);
-    EXPECT_EQ(rendered(image.get(), 50, 100), rendered(bits.get(), 50, 100));
+    for (auto [degrees, mirror] : {std::pair(90, 0), {90, 1}, {0, 2}, {7, 0}}) {
+        for (ImgHandle* handle : {image.get(), bits.get()}) ImgSetMirFlag(ImgSetRotation(handle, degrees), mirror);
+        EXPECT_EQ(rendered(image.get(), 50, 100), rendered(bits.get(), 50, 100)) << degrees << ' ' << mirror;
+    }
     const ImgConvertDesc bilevel{1, 1, nullptr}, colour{4, 1, nullptr};
-    EXPECT_EQ(pictureOf(Handle(image->convert(image.get(), &bilevel))), plain(page()));
+    EXPECT_EQ(pictureOf(Handle(image->convert(image.get(), &bilevel))), page());
     EXPECT_EQ(pictureOf(Handle(image->convert(image.get(), &colour))),
               pictureOf(Handle(bits->convert(bits.get(), &colour))));
 }
 
 TEST(HandleTiffG4, DamageGivesNullAndTheCodecStaysAsItWas) {
-    std::vector<Bytes> tiles = support::tilesOf(page(), 64, 32);
+    std::vector<Bytes> tiles = tilesOf(page(), 64, 32);
     tiles[3].assign(tiles[3].size(), 0);
     const Handle image = compressedHandle(tiles), good = compressedPage();
-    EXPECT_EQ(rendered(image.get()), Picture(0, 0));
+    EXPECT_EQ(rendered(image.get()), kNone);
     const ImgConvertDesc target{1, 1, nullptr};
     EXPECT_FALSE(image->convert(image.get(), &target));
     const auto decodes = [] {
@@ -93,20 +87,20 @@ TEST(HandleTiffG4, DamageGivesNullAndTheCodecStaysAsItWas) {
     };
     EXPECT_FALSE(decodes());
     cit_enable_decode_gr4();
-    EXPECT_EQ(rendered(good.get()), plain(page()));
+    EXPECT_EQ(rendered(good.get()), page());
     EXPECT_TRUE(decodes());
     cit_disable_decode_gr4();
-    EXPECT_EQ(rendered(good.get()), plain(page()));
+    EXPECT_EQ(rendered(good.get()), page());
     EXPECT_FALSE(decodes());
 }
 
 TEST(HandleTiffG4, WhatIsMissingIsWhiteOrRefused) {
-    std::vector<Bytes> tiles = support::tilesOf(page(), 64, 32);
+    std::vector<Bytes> tiles = tilesOf(page(), 64, 32);
     tiles[1].clear();
     const Handle image = compressedHandle(tiles);
     void** const data = static_cast<void**>(image->data);
     void* const last = std::exchange(data[3], nullptr);
-    Picture wanted = plain(page());
+    Picture wanted = page();
     for (std::size_t y = 0; y < 50; ++y) std::fill_n(&wanted.at(64, y), 36, 0);
     EXPECT_EQ(rendered(image.get()), wanted) << "tiles without bytes";
     Block block(image);
@@ -116,50 +110,56 @@ TEST(HandleTiffG4, WhatIsMissingIsWhiteOrRefused) {
 
     const ImgConvertDesc target{1, 1, nullptr};
     auto& header = *static_cast<ImgG4Header*>(image->header);
-    const auto serialized = [&] {
+    const auto refused = [&](bool drawn, const char* why) {
         void* buffer = nullptr;
         std::uint32_t size = 0;
         TiffG4Serialize(image.get(), &buffer, &size);
-        MemFree(0, buffer);
-        return buffer || size || image->serialize(image.get(), nullptr, &size) ||
-               image->serialize(image.get(), &buffer, nullptr);
+        EXPECT_EQ(buffer, nullptr) << why;
+        EXPECT_EQ(size, 0u) << why;
+        if (drawn) return;
+        EXPECT_EQ(image->render(image.get(), 9, 9, nullptr, 0, 0, 8), nullptr) << why;
+        EXPECT_EQ(image->convert(image.get(), &target), nullptr) << why;
     };
-    const auto refused = [&] {
-        return !image->render(image.get(), 9, 9, nullptr, 0, 0, 8) && !image->convert(image.get(), &target) &&
-               !serialized();
-    };
+    void* buffer = nullptr;
+    std::uint32_t size = 0;
+    EXPECT_EQ(image->serialize(image.get(), nullptr, &size), 0u);
+    EXPECT_EQ(image->serialize(image.get(), &buffer, nullptr), 0u);
     image->data = nullptr;
-    EXPECT_TRUE(refused());
+    refused(false, "without tiles");
     image->data = data;
     std::uint32_t* const counts = std::exchange(header.byteCounts, nullptr);
-    EXPECT_TRUE(refused());
+    refused(false, "without byte counts");
     header.byteCounts = counts;
-    EXPECT_FALSE(image->convert(image.get(), nullptr) || image->convert(nullptr, &target) ||
-                 image->render(nullptr, 9, 9, nullptr, 0, 0, 8));
+    EXPECT_EQ(image->convert(image.get(), nullptr), nullptr);
+    EXPECT_EQ(image->convert(nullptr, &target), nullptr);
+    EXPECT_EQ(image->render(nullptr, 9, 9, nullptr, 0, 0, 8), nullptr);
     header.tileWidth = 0;
-    EXPECT_FALSE(image->render(image.get(), 9, 9, nullptr, 0, 0, 8));
+    EXPECT_EQ(image->render(image.get(), 9, 9, nullptr, 0, 0, 8), nullptr);
     header.tileWidth = 0x40000000;
-    EXPECT_FALSE(serialized()) << "larger than its size can say";
+    refused(true, "larger than its size can say");
     header.tileWidth = 64;
     header.totalBytes -= 1;
-    EXPECT_FALSE(serialized()) << "fewer bytes than its tiles have";
+    refused(true, "fewer bytes than its tiles have");
     header.totalBytes += 1;
 }
 
 TEST(HandleTiffG4, BeginningAndEnd) {
     const Handle none(ImgNew(ImgTypeTiffG4));
-    const std::uint32_t counts[] = {0};
-    void* tiles[] = {nullptr};
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 0, 10, counts, tiles) ||
-                 ImgCreateTiffG4(none.get(), 10, 10, 10, 0, counts, tiles));
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 0, 10, 10, 10, counts, tiles) ||
-                 ImgCreateTiffG4(none.get(), 10, 0, 10, 10, counts, tiles));
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 10, 10, 10, 10, nullptr, tiles) ||
-                 ImgCreateTiffG4(none.get(), 10, 10, 10, 10, counts, nullptr));
-    const std::uint32_t large[] = {0x80000000, 0x80000000};
-    void* two[] = {nullptr, nullptr};
-    EXPECT_FALSE(ImgCreateTiffG4(none.get(), 20, 10, 10, 10, large, two) ||
-                 ImgCreateTiffG4(nullptr, 10, 10, 10, 10, counts, tiles));
+    const std::uint32_t counts[] = {0}, large[] = {0x80000000, 0x80000000};
+    void *tiles[] = {nullptr}, *two[] = {nullptr, nullptr};
+    struct Case {
+        ImgHandle* image;
+        std::uint32_t width, height, tileWidth, tileHeight;
+        const std::uint32_t* counts;
+        void** tiles;
+    };
+    ImgHandle* const some = none.get();
+    for (const Case& c : {Case{some, 10, 10, 0, 10, counts, tiles}, Case{some, 10, 10, 10, 0, counts, tiles},
+                          Case{some, 0, 10, 10, 10, counts, tiles}, Case{some, 10, 0, 10, 10, counts, tiles},
+                          Case{some, 10, 10, 10, 10, nullptr, tiles}, Case{some, 10, 10, 10, 10, counts, nullptr},
+                          Case{some, 20, 10, 10, 10, large, two}, Case{nullptr, 10, 10, 10, 10, counts, tiles}})
+        EXPECT_FALSE(ImgCreateTiffG4(c.image, c.width, c.height, c.tileWidth, c.tileHeight, c.counts, c.tiles))
+            << c.width << ' ' << c.height << ' ' << c.tileWidth << ' ' << c.tileHeight;
     ImgHandle* bare = none.get();
     EXPECT_EQ(ImgTIFFG4Free(&bare, nullptr), nullptr);
     EXPECT_EQ(bare, none.get()) << "without a header it stays";
@@ -173,8 +173,13 @@ TEST(HandleTiffG4, BeginningAndEnd) {
               header.byteCounts[0] + header.byteCounts[1] + header.byteCounts[2] + header.byteCounts[3]);
     const ImgG4TileRec& last = header.tileRows[1][1];
     void** const data = static_cast<void**>(image->data);
-    EXPECT_TRUE(last.originX == 64 && last.originY == 32 && last.decodeFlag == 1 && last.decodeState == 0 &&
-                last.tileData == data[3]);
+    EXPECT_EQ(last.originX, 64u);
+    EXPECT_EQ(last.originY, 32u);
+    EXPECT_EQ(last.decodeFlag, 1u);
+    EXPECT_EQ(last.decodeState, 0u);
+    EXPECT_EQ(last.tileData, data[3]);
+    for (void** buffers : {header.columnBufA, header.columnBufB})
+        for (int column = 0; column < 2; ++column) std::memset(buffers[column], 1, 4 * 64 + 24);
     EXPECT_EQ(ImgGetWidth(image) * 1000 + ImgGetHeight(image), 100050u);
     EXPECT_EQ(image->free(&image, data), data);
     EXPECT_EQ(image, nullptr);
@@ -184,9 +189,16 @@ TEST(HandleTiffG4, BeginningAndEnd) {
 
 TEST(HandleFlat, LiesAsItIsWritten) {
     const bool narrow = sizeof(void*) == 4;
-    Block block(compressedPage());
+    const Handle written = compressedPage();
+    const std::int32_t place[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    ImgSetDstRect(ImgSetRotation(ImgSetMirFlag(written.get(), 2), 90), place);
+    Block block(written);
+    EXPECT_EQ(std::memcmp(&block.header().quads.dstQuad, place, sizeof place), 0);
+    EXPECT_EQ(block.header().rotation, 90);
+    EXPECT_EQ(block.header().mirror, 2);
+    block.header().rotation = block.header().mirror = 0;
     const std::size_t counts = narrow ? 264 : 376, pointers = narrow ? 280 : 392, records = narrow ? 296 : 424,
-                      coded = narrow ? 1560 : 1704;
+                      buffers = narrow ? 440 : 584, coded = narrow ? 1560 : 1704;
     EXPECT_EQ(block.size, coded + block.header().totalBytes);
     EXPECT_EQ(block.word(0), 8u);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.header().byteCounts), counts);
@@ -198,7 +210,11 @@ TEST(HandleFlat, LiesAsItIsWritten) {
     EXPECT_EQ(static_cast<char*>(static_cast<void*>(block.header().tileRows[0])),
               static_cast<char*>(block.data) + records);
     EXPECT_EQ(block.header().tileRows[1][1].originY, 32u);
-    EXPECT_EQ(rendered(image), plain(page()));
+    for (std::size_t column = 0; column < 2; ++column) {
+        EXPECT_EQ(block.header().columnBufA[column], static_cast<char*>(block.data) + buffers + 280 * column);
+        EXPECT_EQ(block.header().columnBufB[column], static_cast<char*>(block.data) + buffers + 280 * (2 + column));
+    }
+    EXPECT_EQ(rendered(image), page());
     EXPECT_EQ(image->free(&image, nullptr), nullptr);
     EXPECT_EQ(image, block.data) << "ends with its block only";
 
@@ -207,7 +223,7 @@ TEST(HandleFlat, LiesAsItIsWritten) {
     std::memcpy(moved, block.data, block.size);
     std::memset(block.data, 0xEE, block.size);
     ASSERT_EQ(TiffG4Deserialize(&image, moved), 1u);
-    EXPECT_EQ(rendered(image), plain(page())) << "revived a second time, elsewhere";
+    EXPECT_EQ(rendered(image), page()) << "revived a second time, elsewhere";
     void* again = nullptr;
     std::uint32_t size = 0;
     TiffG4Serialize(image, &again, &size);
@@ -240,8 +256,8 @@ TEST(HandleFlat, FromTheOtherByteOrder) {
     EXPECT_EQ(block.header().quads.srcQuad.y1, 49);
     EXPECT_EQ(block.header().quads.dstQuad.y1, 49 << 24) << "not converted";
     EXPECT_TRUE(std::equal(native.begin(), native.end(), coded - native.size()));
-    EXPECT_EQ(rendered(image), plain(page()));
-    EXPECT_EQ(rendered(block.revive()), plain(page())) << "nothing is converted twice";
+    EXPECT_EQ(rendered(image), page());
+    EXPECT_EQ(rendered(block.revive()), page()) << "nothing is converted twice";
 }
 
 TEST(HandleFlat, OddTilesKeepTheirLastByte) {
@@ -291,10 +307,11 @@ TEST(HandleFlat, RefusesWhatIsNoHeader) {
     EXPECT_EQ(TiffG4Serialize(handleOf<Bytes24>(Picture(1, 1)).get(), &buffer, &size), 1u);
     EXPECT_EQ(TiffG4Serialize(nullptr, &buffer, &size), 1u);
     EXPECT_EQ(TiffG4Serialize(Handle(ImgNew(ImgTypeNone)).get(), &buffer, &size), 1u);
-    EXPECT_TRUE(buffer == &untouched && size == 7) << "other types store nothing";
+    EXPECT_EQ(buffer, &untouched) << "other types store nothing";
+    EXPECT_EQ(size, 7u);
     EXPECT_EQ(TiffG4Serialize(Handle(ImgNew(ImgTypeTiffG4)).get(), &buffer, &size), 1u);
-    EXPECT_TRUE(!buffer && size == 0);
+    EXPECT_EQ(buffer, nullptr);
+    EXPECT_EQ(size, 0u);
 }
 
 }  // namespace
-}  // namespace tilepress::test

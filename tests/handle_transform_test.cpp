@@ -1,11 +1,11 @@
 // Handles turned, scaled, cut and converted: as image classes do it with the same pixels.
 
-#include "support/g4_images.h"
 #include "support/handles.h"
 
-#include <functional>
+#include <numeric>
 
-namespace tilepress::test {
+using namespace support;
+
 namespace {
 
 template <class Kind>
@@ -20,13 +20,10 @@ TYPED_TEST(HandleTransforms, AreThoseOfTheClasses) {
         image->setBackgroundColor(0);
         const Handle handle = handleOf<TypeParam>(picture);
         for (double degrees : {90., 180., 270., 360., 33.5, 200., -20., 450., 1000., 3.6e14 + 90})
-            EXPECT_TRUE(pictureOf(Handle(handle->rotate(handle.get(), degrees))) ==
-                        pictureOf(owned<Image>(image->rotate(degrees)).get()))
+            EXPECT_EQ(pictureOf(Handle(handle->rotate(handle.get(), degrees))), result<Image>(image->rotate(degrees)))
                 << degrees << ' ' << w;
-        EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 1))),
-                  pictureOf(owned<Image>(image->mirror(ImgMirX)).get()));
-        EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), 2))),
-                  pictureOf(owned<Image>(image->mirror(ImgMirY)).get()));
+        for (auto [flag, direction] : {std::pair(1, ImgMirX), {2, ImgMirY}})
+            EXPECT_EQ(pictureOf(Handle(handle->mirror(handle.get(), flag))), result<Image>(image->mirror(direction)));
         EXPECT_EQ(handle->mirror(handle.get(), 3), handle.get());
         EXPECT_EQ(pictureOf(Handle(handle->rotate(handle.get(), 0))), picture);
         ImgScaleAttr attr{};
@@ -36,10 +33,45 @@ TYPED_TEST(HandleTransforms, AreThoseOfTheClasses) {
                               {w / 2 + 1, h / 3 + 1},
                               {w * 2, h / 2 + 1},
                               {w / 3 + 1, h * 2}})
-            EXPECT_TRUE(pictureOf(Handle(handle->render(handle.get(), dw, dh, nullptr, 0, 0, 32))) ==
-                        pictureOf(owned<Image>(image->scale(ImgRect(0, 0, w - 1, h - 1), dw, dh, attr)).get()))
+            EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), dw, dh, nullptr, 0, 0, 32))),
+                      result<Image>(image->scale(ImgRect(0, 0, w - 1, h - 1), dw, dh, attr)))
                 << dw << ' ' << dh;
         EXPECT_EQ(pictureOf(handle), picture);
+    }
+}
+
+TYPED_TEST(HandleTransforms, ResultsAreLikeTheirSource) {
+    const std::int32_t corners[8] = {2, 6, 2, 1, 9, 1, 9, 6};
+    const ImgConvertDesc same{0, 1, nullptr};
+    for (std::uint32_t align : {8u, 16u, 32u}) {
+        const Handle image = handleOf<TypeParam>(randomPixels<TypeParam>(13, 9), align);
+        const auto palette = [](const Handle& handle) {
+            return handle->type == ImgTypePalette8 ? static_cast<Img8Header*>(handle->header)->colorTable : nullptr;
+        };
+        if (palette(image)) palette(image)->entries[7].green = 99, palette(image)->count = 9;
+        const auto expectLike = [&](ImgHandle* made, std::uint32_t alignment, const char* name) {
+            const Handle result(made);
+            ASSERT_TRUE(result) << name;
+            EXPECT_EQ(result->type, image->type) << name;
+            EXPECT_EQ(alignmentOf(*result), alignment) << name;
+            if (image->type == ImgTypeRGBA32) {
+                EXPECT_EQ(static_cast<Img32Header*>(result->header)->channelFlag, 1u) << name;
+            }
+            if (!palette(image)) return;
+            EXPECT_EQ(palette(result)->entries[7].green, 99) << name;
+            EXPECT_EQ(palette(result)->count, 9) << name;
+        };
+        ImgHandle* const i = image.get();
+        const std::uint32_t own = alignmentOf(*image);
+        expectLike(i->clone(i), own, "clone");
+        expectLike(i->convert(i, &same), own, "convert");
+        expectLike(i->subImage(i, corners), own, "subImage");
+        for (int direction : {1, 2}) expectLike(i->mirror(i, direction), own, "mirror");
+        for (double degrees : {0, 33, 90, 180, 200, 270}) expectLike(i->rotate(i, degrees), own, "rotate");
+        for (auto [w, h] : {std::pair(13, 9), {30, 20}, {5, 3}, {30, 3}, {5, 20}})
+            for (std::uint32_t asked : {8u, 16u, 32u})
+                expectLike(i->render(i, w, h, nullptr, 0, 0, asked),
+                           alignmentOf(*handleOf<TypeParam>(Picture(1, 1), asked)), "render");
     }
 }
 
@@ -57,28 +89,31 @@ TYPED_TEST(HandleTransforms, RenderAsTheHeaderSays) {
         << "another's header";
     const std::int32_t endless[8] = {INT32_MIN, INT32_MIN, 0, 0, INT32_MAX, INT32_MAX, 0, 0};
     ImgSetDstRect(handle.get(), endless);
-    EXPECT_FALSE(handle->render(handle.get(), 0, 1, nullptr, 0, 0, 8) ||
-                 handle->render(handle.get(), 1, 0, nullptr, 0, 0, 8));
+    for (auto [w, h] : {std::pair(0, 1), {1, 0}})
+        EXPECT_EQ(handle->render(handle.get(), w, h, nullptr, 0, 0, 8), nullptr) << w;
 }
 
 TYPED_TEST(HandleTransforms, CutRegions) {
-    const Picture picture = randomPixels<TypeParam>(30, 9);
-    const Handle handle = handleOf<TypeParam>(picture);
-    const auto cut = [&](std::vector<std::int32_t> corners) {
-        return pictureOf(Handle(handle->subImage(handle.get(), corners.data())));
+    const auto cornersOf = [](std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) {
+        return std::vector{left, bottom, left, top, right, top, right, bottom};
     };
-    EXPECT_EQ(cut({0, 8, 0, 0, 29, 0, 29, 8}), picture);
-    Picture part(11, 3);
-    for (std::size_t y = 0; y < 3; ++y)
-        for (std::size_t x = 0; x < 11; ++x) part.at(x, y) = picture.at(x + 13, y + 4);
-    EXPECT_EQ(cut({13, 6, 13, 4, 23, 4, 23, 6}), part);
-    const Picture none(0, 0);
-    EXPECT_EQ(cut({0, 0, 0, 8, 29, 8, 29, 0}), none) << "corners in the header's order";
-    EXPECT_EQ(cut({-1, 8, -1, 0, 29, 0, 29, 8}), none);
-    EXPECT_EQ(cut({0, 9, 0, 0, 29, 0, 29, 9}), none);
-    EXPECT_EQ(cut({20, 8, 20, 0, 30, 0, 30, 8}), none);
-    EXPECT_EQ(cut({0, 7, 0, -1, 29, -1, 29, 7}), none);
-    EXPECT_EQ(cut({INT32_MIN, INT32_MAX, INT32_MIN, INT32_MIN, INT32_MAX, INT32_MIN, INT32_MAX, INT32_MAX}), none);
+    for (std::uint32_t align : {8u, 32u}) {
+        const Picture picture = randomPixels<TypeParam>(32, 5);
+        const Handle handle = handleOf<TypeParam>(picture, align);
+        const auto cutTo = [&](const std::vector<std::int32_t>& corners) {
+            return pictureOf(Handle(handle->subImage(handle.get(), corners.data())));
+        };
+        // Up to the last byte of the block, from every place in a byte on.
+        for (int left = 0; left < 32; ++left)
+            for (int right : {left, 31})
+                EXPECT_EQ(cutTo(cornersOf(left, 3, right, 4)), cut(picture, ImgRect(left, 3, right, 4)))
+                    << left << ' ' << right;
+        EXPECT_EQ(cutTo(cornersOf(0, 0, 31, 4)), picture);
+        EXPECT_EQ(cutTo({0, 0, 0, 4, 31, 4, 31, 0}), kNone) << "corners in the header's order";
+        for (const auto& beyond : {cornersOf(-1, 0, 31, 4), cornersOf(0, 0, 31, 5), cornersOf(20, 0, 32, 4),
+                                   cornersOf(0, -1, 31, 4), cornersOf(INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX)})
+            EXPECT_EQ(cutTo(beyond), kNone) << beyond[0] << ' ' << beyond[3];
+    }
 }
 
 Handle converted(const Handle& from, std::uint32_t flags, std::uint32_t sense = 1, const ColorTable* table = nullptr) {
@@ -86,36 +121,57 @@ Handle converted(const Handle& from, std::uint32_t flags, std::uint32_t sense = 
     return Handle(from->convert(from.get(), &target));
 }
 
-TEST(HandleConversion, BetweenTypes) {
-    const Handle bits = handleOf<Bits>(Picture(2, {1, 0, 0, 1}));
+Handle paletteOf(std::initializer_list<std::uint8_t> pixels, std::vector<ColorMapEntry> colours) {
+    const auto count = static_cast<std::int32_t>(colours.size());
+    const ColorTable table = {count, count, 255, colours.data()};
+    Handle palette(ImgNew(ImgTypePalette8));
+    EXPECT_TRUE(ImgCreatePalette8(palette.get(), static_cast<std::uint32_t>(pixels.size()), 1, 8, &table, nullptr));
+    std::copy(pixels.begin(), pixels.end(), rowOf(*palette, 0));
+    return palette;
+}
+
+TEST(HandleConversion, OfBits) {
+    const Handle bits = handleOf<Bits>("10 01", 32);
     EXPECT_EQ(pictureOf(converted(bits, 0)), pictureOf(bits));
     const Handle inverted = converted(bits, 1, 0);
-    EXPECT_EQ(pictureOf(inverted), Picture(2, {0, 1, 1, 0}));
+    EXPECT_EQ(pictureOf(inverted), Picture("01 10"));
     EXPECT_EQ(static_cast<Img1Header*>(inverted->header)->bitSense, 0u);
     const Handle grey = converted(bits, 2 | 4);
     EXPECT_EQ(pictureOf(grey), Picture(2, {0, 255, 255, 0}));
     EXPECT_EQ(static_cast<Img8Header*>(grey->header)->colorTable->entries[77].green, 77);
+    EXPECT_EQ(alignmentOf(*grey), 32u);
     EXPECT_EQ(pictureOf(converted(bits, 4)), Picture(2, {0, 0xFFFFFF, 0xFFFFFF, 0}));
+    EXPECT_EQ(alignmentOf(*converted(bits, 4)), 32u);
     EXPECT_EQ(converted(bits, 16 | 32)->type, ImgTypeRGBA32 + 0u) << "32 is asked before 16";
+}
 
-    ColorMapEntry colours[] = {{255, 0, 0}, {0, 300, -5}, {10, 20, 30}};
-    ColorTable table = {3, 3, 255, colours};
-    const Handle palette(ImgNew(ImgTypePalette8));
-    ASSERT_TRUE(ImgCreatePalette8(palette.get(), 4, 1, 8, &table, nullptr));
-    std::memcpy(rowOf(*palette, 0), "\0\1\2\x63", 4);
+TEST(HandleConversion, OfPalettePixels) {
+    const Handle palette = paletteOf({0, 1, 2, 0x63}, {{255, 0, 0}, {0, 300, -5}, {10, 20, 30}});
     static_cast<Img8Header*>(palette->header)->colorTable->count = 200;  // beyond its capacity
     for (std::uint32_t type : {4u, 16u, 32u})
         EXPECT_EQ(pictureOf(converted(palette, type)), Picture(4, {0xFF, 0xFF00, 0x1E140A, 0}));
-    EXPECT_EQ(pictureOf(converted(palette, 1)), Picture(4, {1, 0, 1, 1}));
+    EXPECT_EQ(pictureOf(converted(palette, 1)), Picture("1011"));
     ColorMapEntry others[] = {{0, 250, 0}, {200, 0, 0}};
     ColorTable other = {2, 2, 255, others};
     for (int again = 0; again < 2; ++again)
         EXPECT_EQ(pictureOf(converted(palette, 2, 1, &other)), Picture(4, {1, 0, 1, 0})) << again;
     EXPECT_EQ(pictureOf(converted(palette, 0)), pictureOf(palette));
+}
 
+TEST(HandleConversion, OnlyEntriesThatAByteNamesAreFound) {
+    std::vector<ColorMapEntry> entries(600, ColorMapEntry{255, 255, 255});
+    entries[255] = {10, 190, 30};
+    entries[256] = entries[300] = {10, 200, 30};
+    const ColorTable large = {600, 600, 255, entries.data()};
+    const Handle mapped = converted(paletteOf({0}, {{10, 200, 30}}), 2, 1, &large);
+    EXPECT_EQ(pictureOf(mapped), Picture(1, {255}));
+    EXPECT_EQ(static_cast<Img8Header*>(mapped->header)->colorTable->count, 600) << "the table is taken whole";
+}
+
+TEST(HandleConversion, OfRgbPixels) {
     const Handle rgb = handleOf<Words32>(Picture(3, {0xAA0000FF, 0xFF808080, 0x007F7F7F}));
     EXPECT_EQ(pictureOf(converted(rgb, 4)), Picture(3, {0x0000FF, 0x808080, 0x7F7F7F}));
-    EXPECT_EQ(pictureOf(converted(rgb, 1)), Picture(3, {1, 0, 1}));
+    EXPECT_EQ(pictureOf(converted(rgb, 1)), Picture("101"));
     EXPECT_EQ(pictureOf(converted(rgb, 16)), pictureOf(rgb));
     EXPECT_EQ(converted(rgb, 16)->type, ImgTypeRGB32 + 0u);
     EXPECT_FALSE(converted(rgb, 2));
@@ -123,4 +179,3 @@ TEST(HandleConversion, BetweenTypes) {
 }
 
 }  // namespace
-}  // namespace tilepress::test

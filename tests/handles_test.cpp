@@ -3,35 +3,44 @@
 #include "support/handles.h"
 
 #include <cmath>
+#include <functional>
 #include <limits>
 
-namespace tilepress::test {
+using namespace support;
+
 namespace {
 
 TEST(Handles, TypesAndTheirOperations) {
     for (std::uint32_t type : {3u, 5u, 12u, 33u, 64u, 0x80000001u}) EXPECT_EQ(ImgNew(type), nullptr) << type;
-    Handle none(ImgNew(ImgTypeNone));
-    ASSERT_TRUE(none);
-    EXPECT_TRUE(!none->create && !none->free && !none->render && !none->getWidth && !none->rasOp2);
+    const auto slots = [](const ImgHandle& h) {  // which of the operations in question there are
+        const void* const all[] = {reinterpret_cast<void*>(h.create),   reinterpret_cast<void*>(h.free),
+                                   reinterpret_cast<void*>(h.render),   reinterpret_cast<void*>(h.rotate),
+                                   reinterpret_cast<void*>(h.getWidth), reinterpret_cast<void*>(h.clone),
+                                   reinterpret_cast<void*>(h.rasOp1),   reinterpret_cast<void*>(h.rasOp2)};
+        std::string text;
+        for (const void* slot : all) text += slot ? '1' : '0';
+        return text;
+    };
+    const Handle none(ImgNew(ImgTypeNone)), g4(ImgNew(ImgTypeTiffG4));
+    EXPECT_EQ(slots(*none), "00000000");
     EXPECT_EQ(ImgGetWidth(none.get()), 0u);
+    EXPECT_EQ(slots(*g4), "11111000");
+    EXPECT_EQ(g4->rotate(g4.get(), 90), nullptr);
+    EXPECT_EQ(g4->mirror(g4.get(), 1), nullptr);
+    EXPECT_EQ(g4->subImage(g4.get(), nullptr), nullptr);
     for (std::uint32_t type : {1u, 2u, 4u, 16u, 32u}) {
         const Handle image(ImgNew(type));
-        EXPECT_TRUE(image->create && image->free && image->rotate && image->clone && image->rasOp1 && image->rasOp2);
+        EXPECT_EQ(slots(*image), "11111111") << type;
         EXPECT_EQ(image->reserved(image.get()), 0u);
         EXPECT_EQ(image->serialize(image.get(), nullptr, nullptr), 0u);
         EXPECT_EQ(image->deserialize(nullptr), nullptr);
     }
-    const Handle g4(ImgNew(ImgTypeTiffG4));
-    EXPECT_TRUE(!g4->clone && !g4->rasOp1 && !g4->rasOp2 && g4->render && g4->serialize);
-    EXPECT_TRUE(!g4->rotate(g4.get(), 90) && !g4->mirror(g4.get(), 1) && !g4->subImage(g4.get(), nullptr));
-
-    Handle colour(ImgNew(ImgTypeRGB32));
-    EXPECT_TRUE(ImgCreateRGB32(colour.get(), 2, 2, 7, nullptr));
-    EXPECT_EQ(colour->type, ImgTypeRGBA32 + 0u);
-    colour.reset(ImgNew(ImgTypeRGBA32));
-    EXPECT_TRUE(ImgCreateRGB32(colour.get(), 2, 2, 0, nullptr));
-    EXPECT_EQ(colour->type, ImgTypeRGB32 + 0u);
-    EXPECT_FALSE(ImgCreateRGB32(colour.get(), 2, 2, 0, nullptr)) << "has pixels already";
+    for (auto [flag, type] : {std::pair(7, ImgTypeRGBA32 + 0u), {0, ImgTypeRGB32 + 0u}}) {
+        const Handle colour(ImgNew(flag ? ImgTypeRGB32 : ImgTypeRGBA32));
+        EXPECT_TRUE(ImgCreateRGB32(colour.get(), 2, 2, static_cast<std::uint16_t>(flag), nullptr));
+        EXPECT_EQ(colour->type, type);
+        EXPECT_FALSE(ImgCreateRGB32(colour.get(), 2, 2, 0, nullptr)) << "has pixels already";
+    }
 }
 
 TEST(Handles, BilevelRows) {
@@ -58,31 +67,28 @@ TEST(Handles, BilevelRows) {
     }
     const Handle none(ImgNew(ImgTypeBilevel));
     EXPECT_FALSE(ImgCreateBilevel(none.get(), 1 << 20, 1 << 15, 0, nullptr)) << "2^32 bytes";
-    EXPECT_FALSE(ImgCreateBilevel(none.get(), 1, 0x80000000u, 8, nullptr));
 }
 
 TEST(Handles, PixelRows) {
-    const Handle palette(ImgNew(ImgTypePalette8)), rgb(ImgNew(ImgTypeRGB24)), narrow(ImgNew(ImgTypeRGB24));
     ColorMapEntry entries[] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
-    ColorTable table = {2, 3, 0, entries};
-    ASSERT_TRUE(ImgCreatePalette8(palette.get(), 5, 2, 16, &table, nullptr));
-    for (auto [count, given] : {std::pair(-1, true), {3, false}}) {
-        const ColorTable odd = {2, count, 0, given ? entries : nullptr};
-        const Handle empty(ImgNew(ImgTypePalette8));
-        ASSERT_TRUE(ImgCreatePalette8(empty.get(), 5, 2, 16, &odd, nullptr));
-        EXPECT_EQ(static_cast<Img8Header*>(empty->header)->colorTable->count, 0);
+    for (auto [count, given, copied] : {std::tuple(3, true, 2), {1, true, 1}, {-1, true, 0}, {3, false, 0}}) {
+        const ColorTable table = {2, count, 0, given ? entries : nullptr};
+        const Handle palette(ImgNew(ImgTypePalette8));
+        ASSERT_TRUE(ImgCreatePalette8(palette.get(), 5, 2, 16, &table, nullptr));
+        const auto& header = *static_cast<Img8Header*>(palette->header);
+        EXPECT_EQ(header.bytesPerLine, 6u);
+        EXPECT_EQ(header.padBytes, 1u);
+        EXPECT_EQ(header.colorTable->capacity, 2);
+        EXPECT_EQ(header.colorTable->count, copied);
+        EXPECT_EQ(header.colorTable->entries[1].blue, copied > 1 ? 6 : 0);
     }
-    const auto& header = *static_cast<Img8Header*>(palette->header);
-    EXPECT_EQ(header.bytesPerLine, 6u);
-    EXPECT_EQ(header.padBytes, 1u);
-    EXPECT_EQ(header.colorTable->capacity, 2);
-    EXPECT_EQ(header.colorTable->count, 2) << "no more than there is room for";
-    EXPECT_EQ(header.colorTable->entries[1].blue, 6);
-    ASSERT_TRUE(ImgCreateRGB24(rgb.get(), 5, 2, 32, nullptr));
-    EXPECT_EQ(static_cast<Img24Header*>(rgb->header)->padBytes, 1u);
-    EXPECT_EQ(rowOf(*rgb, 1) - rowOf(*rgb, 0), 16);
-    ASSERT_TRUE(ImgCreateRGB24(narrow.get(), 5, 2, 16, nullptr));
-    EXPECT_EQ(static_cast<Img24Header*>(narrow->header)->alignBits, 8u);
+    for (auto [align, pad, stride] : {std::tuple(32u, 1u, 16), {16u, 0u, 15}}) {
+        const Handle rgb(ImgNew(ImgTypeRGB24));
+        ASSERT_TRUE(ImgCreateRGB24(rgb.get(), 5, 2, align, nullptr));
+        EXPECT_EQ(static_cast<Img24Header*>(rgb->header)->padBytes, pad);
+        EXPECT_EQ(rowOf(*rgb, 1) - rowOf(*rgb, 0), stride);
+        EXPECT_EQ(alignmentOf(*rgb), align == 32 ? 32u : 8u);
+    }
 }
 
 template <class Kind>
@@ -95,7 +101,6 @@ TYPED_TEST(EveryHandle, TakesAndGivesBackTheCallersBlock) {
     ImgHandle* image = ImgNew(TypeParam::type);
     ASSERT_TRUE(TypeParam::create(image, 4, 4, block));
     EXPECT_EQ(rowOf(*image, 0), block);
-    Handle(image->clone(image));
     if (TypeParam::type == ImgTypePalette8) {
         ColorTable* table = static_cast<Img8Header*>(image->header)->colorTable;
         MemFree(0, table->entries);
@@ -109,54 +114,67 @@ TYPED_TEST(EveryHandle, TakesAndGivesBackTheCallersBlock) {
 
 TYPED_TEST(EveryHandle, RefusesWhatCannotBe) {
     const Handle image(ImgNew(TypeParam::type));
+    const ImgHandle ops = *image;
+    ImgRasOp1Desc fill{ImgRasFill, 1, 0, 0, 0, 0}, invert{ImgRasInvert, 1, 0, 0, 0, 0};
+    ImgRasOp2Desc plain{}, scaling{};
+    plain.op = scaling.op = ImgRasOr;
+    plain.inPlace = scaling.inPlace = scaling.scaleFirst = 1;
+    const ImgConvertDesc target{1, 1, nullptr};
+    const std::int32_t corners[8] = {};
+    struct Operation {
+        const char* name;
+        std::function<ImgHandle*(ImgHandle*)> call;
+    };
+    const Operation operations[] = {
+        {"clone", [&](ImgHandle* h) { return ops.clone(h); }},
+        {"rotate", [&](ImgHandle* h) { return ops.rotate(h, 90); }},
+        {"mirror", [&](ImgHandle* h) { return ops.mirror(h, 1); }},
+        {"subImage", [&](ImgHandle* h) { return ops.subImage(h, corners); }},
+        {"render", [&](ImgHandle* h) { return ops.render(h, 1, 1, nullptr, 0, 0, 8); }},
+        {"convert", [&](ImgHandle* h) { return ops.convert(h, &target); }},
+        {"fill", [&](ImgHandle* h) { return ops.rasOp1(h, &fill, 0); }},
+        {"invert", [&](ImgHandle* h) { return ops.rasOp1(h, &invert, 0); }},
+        {"combine", [&](ImgHandle* h) { return ops.rasOp2(h, &plain, h); }},
+        {"scale and combine", [&](ImgHandle* h) { return ops.rasOp2(h, &scaling, h); }},
+    };
+    const auto refused = [&](ImgHandle* handle, const char* why) {
+        for (const Operation& operation : operations)
+            EXPECT_EQ(operation.call(handle), nullptr) << operation.name << ' ' << why;
+    };
     EXPECT_FALSE(TypeParam::create(nullptr, 4, 4));
     for (auto [w, h] : {std::pair(0u, 4u), {4u, 0u}, {0x80000000u, 1u}, {0x7FFFFFFFu, 0x7FFFFFFFu}})
         EXPECT_FALSE(TypeParam::create(image.get(), w, h)) << w << ' ' << h;
-    // Before create, and of nothing.
-    ImgRasOp1Desc op1{};
-    ImgRasOp2Desc op2{}, unscaled{};
-    op2.op = unscaled.op = ImgRasOr;
-    op2.scaleFirst = op1.inPlace = unscaled.inPlace = 1;
-    const ImgConvertDesc target{1, 1, nullptr};
-    const std::int32_t corners[8] = {};
-    const ImgHandle ops = *image;
-    const auto refused = [&](ImgHandle* handle) {
-        EXPECT_FALSE(ops.clone(handle) || ops.rotate(handle, 90) || ops.mirror(handle, 1) ||
-                     ops.subImage(handle, corners));
-        EXPECT_FALSE(ops.render(handle, 1, 1, nullptr, 0, 0, 8) || ops.convert(handle, &target));
-        for (std::uint32_t op : {ImgRasFill, ImgRasInvert})
-            EXPECT_FALSE(ops.rasOp1(handle, &(op1 = {op, 1, 0, 0, 0, 0}), 0));
-        for (ImgRasOp2Desc desc : {op2, unscaled}) EXPECT_FALSE(ops.rasOp2(handle, &desc, handle));
-    };
     for (ImgHandle* handle : {image.get(), static_cast<ImgHandle*>(nullptr)}) {
-        refused(handle);
+        refused(handle, handle ? "before create" : "of nothing");
         EXPECT_EQ(ops.getWidth(handle) + ops.getHeight(handle) + ImgGetWidth(handle) + ImgGetHeight(handle), 0u);
         EXPECT_EQ(ImgSetDstRect(handle, corners), handle);
         EXPECT_EQ(ImgSetRotation(handle, 1), handle);
         EXPECT_EQ(ImgSetMirFlag(handle, 1), handle);
     }
-    EXPECT_EQ(image->free(nullptr, nullptr), nullptr);
     ImgHandle* null = nullptr;
-    EXPECT_EQ(image->free(&null, nullptr), nullptr);
+    for (ImgHandle** where : {static_cast<ImgHandle**>(nullptr), &null}) EXPECT_EQ(ops.free(where, nullptr), nullptr);
+
     ASSERT_TRUE(TypeParam::create(image.get(), 4, 4));
-    EXPECT_FALSE(image->subImage(image.get(), nullptr) || image->convert(image.get(), nullptr));
-    EXPECT_FALSE(image->rasOp1(image.get(), nullptr, 0) || image->rasOp2(image.get(), nullptr, image.get()));
-    EXPECT_FALSE(image->rasOp2(image.get(), &op2, nullptr) || image->rotate(image.get(), NAN));
-    // One part missing, or of another type.
+    ImgHandle* const i = image.get();
+    EXPECT_EQ(i->subImage(i, nullptr), nullptr);
+    EXPECT_EQ(i->convert(i, nullptr), nullptr);
+    EXPECT_EQ(i->rasOp1(i, nullptr, 0), nullptr);
+    EXPECT_EQ(i->rasOp2(i, nullptr, i), nullptr);
+    EXPECT_EQ(i->rasOp2(i, &scaling, nullptr), nullptr);
+    EXPECT_EQ(i->rotate(i, NAN), nullptr);
+    const Handle other = handleOf<TypeParam>(Picture(4, 4));
     const ImgHandle whole = *image;
-    for (int missing = 0; missing < 3; ++missing) {
-        const Handle other = handleOf<TypeParam>(Picture(4, 4));
-        if (missing == 0) image->data = nullptr;
-        else if (missing == 1) image->header = nullptr;
+    for (const char* missing : {"without data", "without header", "of another type"}) {
+        if (missing[8] == 'd') image->data = nullptr;
+        else if (missing[8] == 'h') image->header = nullptr;
         else image->type = ImgTypeTiffG4;
-        refused(image.get());
-        EXPECT_FALSE(other->rasOp2(image.get(), &unscaled, other.get()) ||
-                     other->rasOp2(other.get(), &unscaled, image.get()))
-            << missing;
+        refused(i, missing);
+        EXPECT_EQ(other->rasOp2(i, &plain, other.get()), nullptr) << missing;
+        EXPECT_EQ(other->rasOp2(other.get(), &plain, i), nullptr) << missing;
         *image = whole;
     }
     image->render = nullptr;
-    EXPECT_FALSE(image->rasOp2(image.get(), &op2, image.get())) << "nothing scales it";
+    EXPECT_EQ(image->rasOp2(i, &scaling, i), nullptr) << "nothing scales it";
 }
 
 TYPED_TEST(EveryHandle, StoresParameters) {
@@ -164,8 +182,8 @@ TYPED_TEST(EveryHandle, StoresParameters) {
     ASSERT_TRUE(TypeParam::create(image.get(), 4, 3));
     auto& quads = *static_cast<ImgQuads*>(image->header);
     const std::int32_t own[8] = {0, 0, 0, 2, 3, 2, 3, 0}, other[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-    EXPECT_EQ(std::memcmp(&quads.dstQuad, own, sizeof own), 0);
     EXPECT_EQ(ImgSetDstRect(image.get(), nullptr), image.get());
+    EXPECT_EQ(std::memcmp(&quads.dstQuad, own, sizeof own), 0);
     ImgSetDstRect(image.get(), other);
     EXPECT_EQ(std::memcmp(&quads.dstQuad, other, sizeof other), 0);
     EXPECT_EQ(std::memcmp(&quads.srcQuad, own, sizeof own), 0);
@@ -196,7 +214,7 @@ TYPED_TEST(EveryHandle, StoresParameters) {
 TEST(Handles, SmallServices) {
     std::uint8_t pixel[4] = {9, 9, 9, 9};
     EXPECT_EQ(Img24BitColorToPixRGB(pixel, 0xAA123456), pixel);
-    EXPECT_EQ((std::vector<int>(pixel, pixel + 4)), (std::vector<int>{0x12, 0x34, 0x56, 9}));
+    EXPECT_EQ(Bytes(pixel, pixel + 4), (Bytes{0x12, 0x34, 0x56, 9}));
     std::uint8_t* table = create_reverse_byte_table();
     EXPECT_EQ(table[0x01], 0x80);
     EXPECT_EQ(table[0xD2], 0x4B);
@@ -204,4 +222,3 @@ TEST(Handles, SmallServices) {
 }
 
 }  // namespace
-}  // namespace tilepress::test

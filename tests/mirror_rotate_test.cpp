@@ -4,7 +4,8 @@
 #include <functional>
 #include <limits>
 
-namespace tilepress::test {
+using namespace support;
+
 namespace {
 
 template <class Image>
@@ -54,9 +55,9 @@ TYPED_TEST(RightAngles, PixelsComeFromTheirPlaces) {
                 const auto image = imageOf<TypeParam>(picture, alignment);
                 for (const Turn& turn : turns()) {
                     const auto result = owned<TypeParam>(turn.apply(*image));
-                    ASSERT_EQ(pictureOf(result.get()), model(turn, picture)) << turn.name << ' ' << w << " x " << h;
+                    ASSERT_EQ(pictureOf(result), model(turn, picture)) << turn.name << ' ' << w << " x " << h;
                 }
-                ASSERT_EQ(pictureOf(image.get()), picture);
+                ASSERT_EQ(pictureOf(image), picture);
             }
 }
 
@@ -64,17 +65,17 @@ TYPED_TEST(RightAngles, PixelsComeFromTheirPlaces) {
 TYPED_TEST(RightAngles, LargePicturesToo) {
     const std::size_t w = std::is_same_v<TypeParam, CImg32> ? 1027 : 2051, h = w + 2;
     const Picture picture = randomPicture<TypeParam>(w, h);
-    const auto image = imageOf<TypeParam>(picture, ImgAlignNone);
+    const auto image = imageOf<TypeParam>(picture);
     for (const Turn& turn : turns()) {
         if (!turn.turned) continue;
         const auto result = owned<TypeParam>(turn.apply(*image));
-        ASSERT_TRUE(pictureOf(result.get()) == model(turn, picture)) << turn.name;
+        ASSERT_TRUE(pictureOf(result) == model(turn, picture)) << turn.name;
     }
 }
 
 TYPED_TEST(RightAngles, PositiveAnglesTurnCounterClockwise) {
     const auto image = imageOf<TypeParam>(Picture(3, {1, 0, 0, 0, 1, 1}), ImgAlignDword);
-    const auto turned = [&](double angle) { return pictureOf(owned<TypeParam>(image->rotate(angle)).get()); };
+    const auto turned = [&](double angle) { return result<TypeParam>(image->rotate(angle)); };
     EXPECT_EQ(turned(90), Picture(2, {0, 1, 0, 1, 1, 0}));
     EXPECT_EQ(turned(270), Picture(2, {0, 1, 1, 0, 1, 0}));
     EXPECT_EQ(turned(180), Picture(3, {1, 1, 0, 0, 0, 1}));
@@ -82,8 +83,8 @@ TYPED_TEST(RightAngles, PositiveAnglesTurnCounterClockwise) {
 }
 
 TYPED_TEST(RightAngles, NearlyRightAnglesAreRight) {
-    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5), ImgAlignNone);
-    const auto turned = [&](double angle) { return pictureOf(owned<TypeParam>(image->rotate(angle)).get()); };
+    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5));
+    const auto turned = [&](double angle) { return result<TypeParam>(image->rotate(angle)); };
     for (double off : {0.0005, -0.0005}) {
         EXPECT_EQ(turned(90 + off), turned(90));
         EXPECT_EQ(turned(180 + off), turned(180));
@@ -93,26 +94,26 @@ TYPED_TEST(RightAngles, NearlyRightAnglesAreRight) {
 }
 
 TYPED_TEST(RightAngles, NoTurnIsAClone) {
-    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5));
     const auto clone = owned<TypeParam>(image->clone());
     for (double angle : {0.0, -0.0, 0.0004, 359.9995, 720.0})
-        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(angle)).get()), pictureOf(clone.get())) << angle;
+        EXPECT_EQ(result<TypeParam>(image->rotate(angle)), pictureOf(clone)) << angle;
 }
 
 TYPED_TEST(RightAngles, KeptOtherDirectionsGiveTheImageItself) {
-    const auto image = imageOf<TypeParam>(Picture(2, 2), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(Picture(2, 2));
     EXPECT_EQ(image->mirror(static_cast<ImgMirT>(0)), image.get());
     EXPECT_EQ(image->mirror(static_cast<ImgMirT>(3)), image.get());
 }
 
 TYPED_TEST(RightAngles, AnglesThatAreNoneGiveNull) {
-    const auto image = imageOf<TypeParam>(Picture(2, 2), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(Picture(2, 2));
     EXPECT_EQ(image->rotate(std::nan("")), nullptr);
     EXPECT_EQ(image->rotate(std::numeric_limits<double>::infinity()), nullptr);
 }
 
 TYPED_TEST(RightAngles, ImagesWithoutPixelsAreRefused) {
-    const auto image = imageOf<TypeParam>(Picture(2, 2), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(Picture(2, 2));
     std::free(image->ownData());
     for (const Turn& turn : turns()) {
         imgRaise(ImgErrNone);
@@ -123,7 +124,7 @@ TYPED_TEST(RightAngles, ImagesWithoutPixelsAreRefused) {
 
 TEST(BilevelRightAngles, PadBitsOfTheResultAreClear) {
     for (const Turn& turn : turns()) {
-        const auto image = blank(static_cast<CImg1*>(nullptr), 13, 5, ImgAlignDword);
+        const auto image = blank<CImg1>(13, 5, ImgAlignDword);
         std::memset(image->peekData(), 0xFF, image->getTotalBytes());
         const auto result = owned<CImg1>(turn.apply(*image));
         const auto expected = imageOf<CImg1>(Picture(turn.turned ? 5 : 13, turn.turned ? 13 : 5, 1), ImgAlignDword);
@@ -133,7 +134,7 @@ TEST(BilevelRightAngles, PadBitsOfTheResultAreClear) {
 }
 
 TEST(BilevelRightAngles, ColoursAndAlignmentAreTheSources) {
-    const auto image = blank(static_cast<CImg1*>(nullptr), 13, 5, ImgAlignDword);
+    const auto image = blank<CImg1>(13, 5, ImgAlignDword);
     const auto result = owned<CImg1>(image->rotate(90));
     EXPECT_EQ(result->getBackgroundInterpretation(), 0x112233u);
     EXPECT_EQ(result->getForegroundInterpretation(), 0x445566u);
@@ -142,7 +143,7 @@ TEST(BilevelRightAngles, ColoursAndAlignmentAreTheSources) {
 }
 
 TEST(RgbRightAngles, ChannelOrderIsTheSources) {
-    const auto image = imageOf<CImg32>(Picture(2, 2), ImgAlignNone);
+    const auto image = imageOf<CImg32>(Picture(2, 2));
     EXPECT_EQ(owned<CImg32>(image->mirror(ImgMirX))->getRGBOrder(), RGBOrderBGR);
 }
 
@@ -178,4 +179,3 @@ TEST(Snap90, KeptNegativeAnglesAnd360Stay) {
 }
 
 }  // namespace
-}  // namespace tilepress::test

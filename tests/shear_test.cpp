@@ -3,7 +3,8 @@
 #include <cmath>
 #include <limits>
 
-namespace tilepress::test {
+using namespace support;
+
 namespace {
 
 constexpr double kRadians = 0.017453292522222223;
@@ -73,7 +74,7 @@ TYPED_TEST(Shears, ThreeShearsMoveEveryPixelAsTheTablesSay) {
             const Picture picture = randomPicture<TypeParam>(w, h);
             const auto image = imageOf<TypeParam>(picture, kAlignments[n % 3]);
             image->setBackgroundColor(0);
-            ASSERT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), rotateModel(picture, degrees, 0))
+            ASSERT_EQ(result<TypeParam>(image->rotate(degrees)), rotateModel(picture, degrees, 0))
                 << degrees << " degrees, " << w << " x " << h;
         }
 }
@@ -83,17 +84,16 @@ TYPED_TEST(Shears, WidePicturesMoveAsTheTablesSay) {
     const auto image = imageOf<TypeParam>(picture, ImgAlignDword);
     image->setBackgroundColor(0);
     for (double degrees : {2.0, 45.0, 88.0, 123.0, 200.0, 300.0, -5.0, -100.0})
-        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), rotateModel(picture, degrees, 0))
-            << degrees;
+        EXPECT_EQ(result<TypeParam>(image->rotate(degrees)), rotateModel(picture, degrees, 0)) << degrees;
 }
 
 TYPED_TEST(Shears, PicturesTurnCounterClockwiseAboutTheirCentre) {
     for (double degrees : {10.0, 45.0, 80.0, 100.0, 170.0, 190.0, 260.0, 300.0, 350.0}) {
         Picture picture(101, 101);
         picture.at(75, 50) = 1;
-        const auto image = imageOf<TypeParam>(picture, ImgAlignNone);
+        const auto image = imageOf<TypeParam>(picture);
         image->setBackgroundColor(0);
-        const Picture turned = pictureOf(owned<TypeParam>(image->rotate(degrees)).get());
+        const Picture turned = result<TypeParam>(image->rotate(degrees));
         const auto found = std::find(turned.pixels.begin(), turned.pixels.end(), 1u) - turned.pixels.begin();
         ASSERT_LT(found, 101 * 101);
         EXPECT_NEAR(static_cast<double>(found % 101), 50 + 25 * std::cos(degrees * kRadians), 2.3) << degrees;
@@ -105,17 +105,17 @@ TYPED_TEST(Shears, AnglesWithoutAShiftGiveThePictureBack) {
     const Picture picture = randomPicture<TypeParam>(100, 100);
     const auto image = imageOf<TypeParam>(picture, ImgAlignByte);
     for (double degrees : {0.5, 360.0, -0.0004})
-        EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(degrees)).get()), picture) << degrees;
+        EXPECT_EQ(result<TypeParam>(image->rotate(degrees)), picture) << degrees;
 }
 
 TYPED_TEST(Shears, ShiftsBeyondEverySizeLeaveBackground) {
-    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(20, 20), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(20, 20));
     image->setBackgroundColor(0);
     EXPECT_EQ(pictureOf(owned<TypeParam>(image->rotate(-180)).get()), Picture(20, 20));
 }
 
 TYPED_TEST(Shears, ImagesWithoutPixelsAreRefused) {
-    const auto image = imageOf<TypeParam>(Picture(20, 20), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(Picture(20, 20));
     std::free(image->ownData());
     for (double degrees : {10.0, 100.0}) {
         imgRaise(ImgErrNone);
@@ -128,7 +128,7 @@ TEST(Shears, UncoveredPlacesTakeTheBackground) {
     const auto palette = imageOf<CImg8>(Picture(20, 20, 3), ImgAlignDword);
     palette->setBackgroundColor(7);
     const auto turned = owned<CImg8>(palette->rotate(145));
-    EXPECT_EQ(pictureOf(turned.get()), rotateModel(Picture(20, 20, 3), 145, 7));
+    EXPECT_EQ(pictureOf(turned), rotateModel(Picture(20, 20, 3), 145, 7));
     EXPECT_EQ(turned->getBackgroundColor(), 7u);
 }
 
@@ -136,7 +136,7 @@ TEST(Shears, KeptBilevelImagesStayClearWhereNothingCovers) {
     const auto image = imageOf<CImg1>(Picture(40, 40, 1), ImgAlignDword);
     image->setBackgroundColor(1);
     const auto turned = owned<CImg1>(image->rotate(45));
-    EXPECT_EQ(pictureOf(turned.get()), rotateModel(Picture(40, 40, 1), 45, 0));
+    EXPECT_EQ(pictureOf(turned), rotateModel(Picture(40, 40, 1), 45, 0));
     EXPECT_EQ(getPixel(*turned, 0, 0), 0u);
     EXPECT_EQ(turned->getBackgroundColor(), 1u);
     EXPECT_EQ(turned->getBackgroundInterpretation(), 0u);
@@ -148,15 +148,15 @@ TEST(Shears, PadBitsOfTheSourceAreNoPixels) {
     const auto image = imageOf<CImg1>(Picture(13, 13), ImgAlignDword);
     std::memset(image->peekData(), 0xFF, image->getTotalBytes());
     const auto turned = owned<CImg1>(image->rotate(30));
-    const auto expected = imageOf<CImg1>(rotateModel(Picture(13, 13, 1), 30, 0), ImgAlignNone);
+    const auto expected = imageOf<CImg1>(rotateModel(Picture(13, 13, 1), 30, 0));
     EXPECT_EQ(std::memcmp(turned->peekData(), expected->peekData(), expected->getTotalBytes()), 0);
 }
 
 TEST(Shears, FiveByFive) {
     Picture picture(5, 5);
     for (std::uint32_t i = 0; i < 25; ++i) picture.pixels[i] = i / 5 * 10 + i % 5 + 1;
-    const auto image = imageOf<CImg8>(picture, ImgAlignNone);
-    const auto turned = [&](double degrees) { return pictureOf(owned<CImg8>(image->rotate(degrees)).get()); };
+    const auto image = imageOf<CImg8>(picture);
+    const auto turned = [&](double degrees) { return result<CImg8>(image->rotate(degrees)); };
     EXPECT_EQ(turned(45),
               Picture(5, {0, 0, 3, 4, 15, 1, 2, 13, 14, 24, 0, 11, 12, 22, 23, 0, 0, 21, 32, 33, 31, 44, 45, 0, 0}));
     EXPECT_EQ(turned(100),
@@ -173,7 +173,7 @@ std::vector<int> tableOf(int* table, std::size_t count) {
 }
 
 TEST(ShearTables, KeptTheFirstEntryIsAtTheLowEnd) {
-    const auto image = imageOf<CImg32>(Picture(10, 10), ImgAlignNone);
+    const auto image = imageOf<CImg32>(Picture(10, 10));
     const double r = 45 * kRadians;
     EXPECT_EQ(tableOf(image->makeRotationXShearRoth(r), 10), (std::vector{-2, 2, 2, 1, 1, 0, 0, 0, -1, -1}));
     EXPECT_EQ(tableOf(image->makeRotationYShearRoth(r), 10), (std::vector{-3, -3, -2, -1, -1, 0, 1, 1, 2, 3}));
@@ -182,7 +182,7 @@ TEST(ShearTables, KeptTheFirstEntryIsAtTheLowEnd) {
 }
 
 TEST(ShearTables, KeptTheFactorIsSlightlyMoreThanADegree) {
-    const auto image = imageOf<CImg32>(Picture(100, 100), ImgAlignNone);
+    const auto image = imageOf<CImg32>(Picture(100, 100));
     EXPECT_EQ(tableOf(image->makeRotationYShearRoth(30 * kRadians), 1), std::vector{-25});
     EXPECT_EQ(tableOf(image->makeRotationXShearRoth(-180 * kRadians), 1), std::vector{-1073741823})
         << "held within 32 bits";
@@ -190,8 +190,7 @@ TEST(ShearTables, KeptTheFactorIsSlightlyMoreThanADegree) {
 
 TEST(ShearTables, KeptOblongImagesRepeatTheCodeOfTheOtherDimension) {
     for (auto [w, h] : {std::pair{30, 100}, {100, 30}, {7, 90}}) {
-        const auto image =
-            imageOf<CImg32>(Picture(static_cast<std::size_t>(w), static_cast<std::size_t>(h)), ImgAlignNone);
+        const auto image = imageOf<CImg32>(Picture(static_cast<std::size_t>(w), static_cast<std::size_t>(h)));
         const double r = 0.7;
         const std::size_t entries = static_cast<std::size_t>(std::max(w, h));
         const auto same = [&, w = w, h = h](int* table, const std::vector<long long>& model) {
@@ -205,10 +204,9 @@ TEST(ShearTables, KeptOblongImagesRepeatTheCodeOfTheOtherDimension) {
 }
 
 TEST(ShearTables, AnglesThatAreNoneGiveNull) {
-    const auto image = imageOf<CImg32>(Picture(10, 10), ImgAlignNone);
+    const auto image = imageOf<CImg32>(Picture(10, 10));
     EXPECT_EQ(image->makeRotationXShearRoth(std::nan("")), nullptr);
     EXPECT_EQ(image->makeRotationYShearRoth(std::numeric_limits<double>::infinity()), nullptr);
 }
 
 }  // namespace
-}  // namespace tilepress::test

@@ -2,7 +2,8 @@
 
 #include <limits>
 
-namespace tilepress::test {
+using namespace support;
+
 namespace {
 
 // --- sub-images -----------------------------------------------------------------------
@@ -24,13 +25,13 @@ TYPED_TEST(SubImages, PixelsAreThoseOfTheRectangle) {
                     for (std::size_t y = 0; y < 3; ++y)
                         for (std::size_t x = 0; x < expected.width; ++x)
                             expected.at(x, y) = picture.at(x + static_cast<std::size_t>(left), y + 1);
-                    ASSERT_EQ(pictureOf(part.get()), expected) << width << ": " << left << " to " << right;
+                    ASSERT_EQ(pictureOf(part), expected) << width << ": " << left << " to " << right;
                 }
         }
 }
 
 TYPED_TEST(SubImages, RectanglesNotInsideAreRefused) {
-    const auto image = imageOf<TypeParam>(Picture(20, 10), ImgAlignNone);
+    const auto image = imageOf<TypeParam>(Picture(20, 10));
     for (const ImgRect& rect : {ImgRect(15, 0, 20, 3), ImgRect(0, 8, 5, 10), ImgRect(5, 5, 2, 7), ImgRect(2, 7, 5, 5),
                                 ImgRect(30, 2, 35, 4), ImgRect(0, 0, 20, 9), ImgRect(-1, 0, 3, 3)}) {
         imgRaise(ImgErrNone);
@@ -42,16 +43,16 @@ TYPED_TEST(SubImages, RectanglesNotInsideAreRefused) {
 }
 
 TEST(BilevelSubImages, KeptRectanglesThatTouchAnEdgeByOneLineAreRefused) {
-    const auto image = imageOf<CImg1>(Picture(10, 10, 1), ImgAlignNone);
+    const auto image = imageOf<CImg1>(Picture(10, 10, 1));
     for (const ImgRect& rect : {ImgRect(0, 0, 9, 0), ImgRect(0, 0, 0, 9), ImgRect(0, 9, 9, 9), ImgRect(9, 0, 9, 9)}) {
         imgRaise(ImgErrNone);
         EXPECT_EQ(image->getSubImage(rect), nullptr) << rect.getLeft() << ' ' << rect.getTop();
         EXPECT_EQ(image->getLastError(), ImgErrBadArgument);
     }
     EXPECT_EQ(pictureOf(owned<CImg1>(image->getSubImage(ImgRect(0, 0, 9, 1))).get()), Picture(10, 2, 1));
-    const auto row = imageOf<CImg1>(Picture(10, 1, 1), ImgAlignNone);
+    const auto row = imageOf<CImg1>(Picture(10, 1, 1));
     EXPECT_EQ(row->getSubImage(row->getRect()), nullptr);
-    const auto palette = imageOf<CImg8>(Picture(10, 1, 5), ImgAlignNone);
+    const auto palette = imageOf<CImg8>(Picture(10, 1, 5));
     EXPECT_EQ(pictureOf(owned<CImg8>(palette->getSubImage(palette->getRect())).get()), Picture(10, 1, 5));
 }
 
@@ -64,13 +65,13 @@ TEST(BilevelSubImages, KeptFullSizesCopyTheWholeBlockWhereverTheyLie) {
         EXPECT_EQ(std::memcmp(part->peekData(), image->peekData(), image->getTotalBytes()), 0);
     }
     EXPECT_EQ(image->getLastError(), ImgErrNone);
-    const auto changed = imageOf<CImg1>(Picture(10, 10, 1), ImgAlignNone);
+    const auto changed = imageOf<CImg1>(Picture(10, 10, 1));
     changed->setAlignment(ImgAlignDword);
     EXPECT_TRUE(owned<CImg1>(changed->getSubImage(ImgRect(0, 0, 9, 9)))) << "a block longer than the source's";
 }
 
 TEST(BilevelSubImages, KeptPadBitsCarryThePixelsThatFollow) {
-    const auto image = imageOf<CImg1>(Picture(16, 3, 1), ImgAlignNone);
+    const auto image = imageOf<CImg1>(Picture(16, 3, 1));
     const auto part = owned<CImg1>(image->getSubImage(ImgRect(3, 1, 7, 2)));
     EXPECT_EQ(part->peekData()[0], 0xFF);
     EXPECT_EQ(part->getBackgroundInterpretation(), 0x112233u);
@@ -141,23 +142,23 @@ TEST(Lines, EveryLineIsTheStepByStepOneAlsoWhereItLeavesTheImage) {
                     IntPtT from{x0, y0}, to{x1, y1};
                     Picture expected = empty;
                     lineModel(expected, from, to);
-                    const auto image = imageOf<CImg1>(empty, ImgAlignNone);
+                    const auto image = imageOf<CImg1>(empty);
                     image->drawLines(&from, &to, false);
-                    ASSERT_EQ(pictureOf(image.get()), expected) << x0 << ',' << y0 << " to " << x1 << ',' << y1;
+                    ASSERT_EQ(pictureOf(image), expected) << x0 << ',' << y0 << " to " << x1 << ',' << y1;
                 }
 }
 
 TEST(Lines, SetAndCleared) {
-    const auto image = imageOf<CImg1>(Picture(6, 3), ImgAlignNone);
+    const auto image = imageOf<CImg1>(Picture(6, 3));
     IntPtT from{0, 0}, to{5, 2};
     image->drawLines(&from, &to, false);
-    EXPECT_EQ(pictureOf(image.get()), Picture(6, {1, 1, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 1, 1}));
+    EXPECT_EQ(pictureOf(image), Picture(6, {1, 1, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 1, 1}));
     image->drawLines(&to, &from, true);
-    EXPECT_EQ(pictureOf(image.get()), Picture(6, 3));
+    EXPECT_EQ(pictureOf(image), Picture(6, 3));
 }
 
 TEST(Lines, FarEndsAndMissingOnesAreHarmless) {
-    const auto image = imageOf<CImg1>(Picture(9, 9), ImgAlignNone);
+    const auto image = imageOf<CImg1>(Picture(9, 9));
     constexpr int least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
     IntPtT from{least, least}, to{most, most};
     image->drawLines(&from, &to, false);
@@ -169,4 +170,3 @@ TEST(Lines, FarEndsAndMissingOnesAreHarmless) {
 }
 
 }  // namespace
-}  // namespace tilepress::test

@@ -1,12 +1,9 @@
+#include "support/pictures.h"
 #include "tilepress/TileIterators.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <memory>
 #include <numeric>
-#include <vector>
+
+using namespace support;
 
 using Iterator = std::unique_ptr<Img32TileIterator>;
 
@@ -29,8 +26,8 @@ struct Tile {
 
 }  // namespace
 
-static std::unique_ptr<CImg32> numbered(ImgULong width, ImgULong height) {
-    std::unique_ptr<CImg32> image(CImg32::create(width, height, RGBOrderRGB));
+static Owned<CImg32> numbered(ImgULong width, ImgULong height) {
+    Owned<CImg32> image(CImg32::create(width, height, RGBOrderRGB));
     std::iota(image->peekData(), image->peekData() + width * height, 1u);
     return image;
 }
@@ -79,7 +76,7 @@ TEST(TileIterator, TilesAreClampedToTheImage) {
 }
 
 TEST(TileIterator, BackgroundTilesAreReportedEmpty) {
-    std::unique_ptr<CImg32> image(CImg32::create(4, 2, RGBOrderRGB));
+    Owned<CImg32> image(CImg32::create(4, 2, RGBOrderRGB));
     image->setBackgroundColor(5);
     std::fill_n(image->peekData(), 8, 5u);
     image->peekDataArray()[1][3] = 6;
@@ -126,8 +123,6 @@ TEST(TileIterator, EndsWhenThePixelsAreTaken) {
 }
 
 TEST(TileIterator, OtherKindsHaveNone) {
-    std::unique_ptr<CImg1> one(CImg1::create(8, 8, 0, 1, ImgAlignNone));
-    std::unique_ptr<CImg8> eight(CImg8::create(8, 8, nullptr, ImgAlignNone));
-    EXPECT_EQ(one->getTileIterator(), nullptr);
-    EXPECT_EQ(eight->getTileIterator(), nullptr);
+    EXPECT_EQ(blank<CImg1>(8, 8)->getTileIterator(), nullptr);
+    EXPECT_EQ(blank<CImg8>(8, 8)->getTileIterator(), nullptr);
 }

@@ -1,25 +1,18 @@
 #include "support/g4_images.h"
+#include "support/raised.h"
 #include "tilepress/ccitt.h"
-
-#include <gtest/gtest.h>
 
 using namespace support;
 
 namespace {
 
-using Bilevel = std::unique_ptr<CImg1>;
-
-Bilevel blank(ImgULong width, ImgULong height) {
-    return Bilevel(CImg1::create(width, height, 0x00FFFFFF, 0xFF000000, ImgAlignNone));
-}
-
-Bilevel expand(CImg1G4& image, const ImgRect& r) {
-    Bilevel result = blank(r.getWidth(), r.getHeight());
+Owned<CImg1> expand(CImg1G4& image, const ImgRect& r) {
+    auto result = blank<CImg1>(r.getWidth(), r.getHeight());
+    result->setBackgroundColor(1);
     EXPECT_TRUE(image.uncompress(result.get(), r));
     return result;
 }
-
-std::string bytesOf(const CImg1& image, ImgULong row = 0) { return rowOf(image, row, image.getBytesPerLine() * 8); }
+Owned<CImg1> expand(CImg1G4& image) { return expand(image, image.getRect()); }
 
 }  // namespace
 
@@ -28,103 +21,99 @@ TEST(Uncompress, PaintsExactlyTheRectangle) {
         const char* row;
         ImgULong tile;
         int left, right;
-        const char* painted;
+        Bytes painted;
     };
     const Case cases[] = {
-        {"1111111111111111", 16, 0, 15, "1111111111111111"}, {"1111111111111111", 16, 0, 9, "1111111111000000"},
-        {"1111111111111111", 16, 0, 7, "11111111"},          {"1111111111111111", 8, 3, 8, "11111100"},
-        {"0000000000000001", 16, 0, 15, "0000000000000001"}, {"0000000000000001", 8, 0, 15, "0000000000000001"},
-        {"0000000110000000", 8, 0, 15, "0000000110000000"},  {"0000000110000000", 16, 0, 7, "00000001"},
+        {"1111111111111111", 16, 0, 15, {0xFF, 0xFF}}, {"1111111111111111", 16, 0, 9, {0xFF, 0xC0}},
+        {"1111111111111111", 16, 0, 7, {0xFF}},        {"1111111111111111", 8, 3, 8, {0xFC}},
+        {"0000000000000001", 16, 0, 15, {0, 1}},       {"0000000000000001", 8, 0, 15, {0, 1}},
+        {"0000000110000000", 8, 0, 15, {1, 0x80}},     {"0000000110000000", 16, 0, 7, {1}},
     };
     for (const Case& c : cases) {
-        G4Image image = compressed({c.row}, c.tile, 1);
+        const G4Image image = compressed(c.row, c.tile, 1);
         image->setBackgroundColor(0);
         EXPECT_EQ(bytesOf(*expand(*image, ImgRect(c.left, 0, c.right, 0))), c.painted) << c.row << " tile " << c.tile;
     }
+    // A run of a damaged row that ends left of the image.
+    std::vector<Bytes> tiles{hex("AB 26 01 50 10 00")};
+    const G4Image damaged = makeG4(8, 2, 8, 2, tiles);
+    damaged->setBackgroundColor(0);
+    EXPECT_EQ(bytesOf(*expand(*damaged))[1], 0);
 }
 
 TEST(Uncompress, AnyRectangleOfAnyTiling) {
     std::mt19937 random(1);
     for (int round = 0; round < 300; ++round) {
-        const auto width = static_cast<ImgULong>(1 + random() % 150), height = static_cast<ImgULong>(1 + random() % 40);
+        const ImgULong width = upTo(random, 150), height = upTo(random, 40);
         const Picture picture = randomPicture(random, width, height, random() % 100);
-        G4Image image =
-            compressed(picture, static_cast<ImgULong>(1 + random() % (width + 10)),
-                       static_cast<ImgULong>(1 + random() % (height + 5)), random() % 2 ? ImgAlignDword : ImgAlignNone);
+        const G4Image image = compressed(picture, upTo(random, width + 10), upTo(random, height + 5));
         image->setBackgroundColor(0);
-        const int left = static_cast<int>(random() % width), top = static_cast<int>(random() % height);
-        const ImgRect r(left, top, left + static_cast<int>(random() % (width - left)),
-                        top + static_cast<int>(random() % (height - top)));
-        EXPECT_EQ(pictureOf(*expand(*image, r)), cut(picture, r));
-        std::unique_ptr<IImg> part(image->getSubImage(r));
-        ASSERT_TRUE(part);
-        EXPECT_EQ(pictureOf(static_cast<CImg1&>(*part)), cut(picture, r));
+        const ImgRect r = randomRect(random, width, height);
+        EXPECT_EQ(pictureOf(expand(*image, r)), cut(picture, r));
+        EXPECT_EQ(result<CImg1>(image->getSubImage(r)), cut(picture, r));
     }
 }
 
 TEST(Uncompress, FiftyFivePercentBlackTurnsTheImageOver) {
-    Picture exactly(20, std::string(11, '1') + std::string(9, '0'));
+    Picture exactly(20, 20);
+    for (std::size_t i = 0; i < 400; ++i) exactly.pixels[i] = i % 20 < 11;
     Picture above = exactly;
-    above[19][11] = '1';
+    above.at(11, 19) = 1;
     for (const Picture& picture : {exactly, above}) {
         const bool over = picture == above;
-        G4Image image = compressed(picture, 8, 8);
-        const Bilevel result = expand(*image, image->getRect());
-        EXPECT_EQ(pictureOf(*result), over ? complement(picture) : picture);
+        const G4Image asked = compressed(picture, 8, 8), image = compressed(picture, 8, 8);
+        EXPECT_EQ(asked->getBackgroundColor(), over ? 1u : 0u) << "by a walk of its own";
+        EXPECT_TRUE(asked->isBackgroundKnown());
+        const auto expanded = expand(*image);
+        EXPECT_EQ(pictureOf(expanded), over ? complement(picture) : picture);
         EXPECT_TRUE(image->isBackgroundKnown());
         EXPECT_EQ(image->getBackgroundColor(), over ? 1u : 0u);
-        EXPECT_TRUE(result->isBackgroundKnown());
-        EXPECT_EQ(result->getBackgroundColor(), 0u);
-        // Pad bits: inversion complements them.
-        EXPECT_EQ(bytesOf(*result).substr(20), over ? "1111" : "0000");
+        EXPECT_EQ(bytesOf(*expanded)[2] & 15, over ? 15 : 0) << "pad bits turn over too";
     }
 }
 
 TEST(Uncompress, KeptAKnownBlackBackgroundPaintsWhiteRunsWithTheirOffset) {
-    const auto twice = [](const char* row, const char* first, const char* second) {
-        G4Image image = compressed({row}, 8, 1);
-        EXPECT_EQ(bytesOf(*expand(*image, image->getRect())), first);
-        EXPECT_EQ(bytesOf(*expand(*image, image->getRect())), second);
+    const auto twice = [](const char* row, const Bytes& first, const Bytes& second) {
+        const G4Image image = compressed(row, 8, 1);
+        EXPECT_EQ(bytesOf(*expand(*image)), first);
+        EXPECT_EQ(bytesOf(*expand(*image)), second);
     };
-    twice("0011111111111111", "1100000000000000", "0000000000000000");
-    twice("1111111101111111", "0000000010000000", "0000000110000000");
-    G4Image empty(CImg1G4::create(16, 1, 8, 1, 0, 0, ImgAlignNone));
+    twice("0011111111111111", {0xC0, 0}, {0, 0});
+    twice("1111111101111111", {0, 0x80}, {1, 0x80});
+    const G4Image empty(CImg1G4::create(16, 1, 8, 1, 0, 0, ImgAlignNone));
     empty->setBackgroundColor(1);
-    EXPECT_EQ(bytesOf(*expand(*empty, empty->getRect())), "0000000111111111") << "tiles without data are white";
+    EXPECT_EQ(bytesOf(*expand(*empty)), (Bytes{1, 0xFF})) << "tiles without data are white";
 }
 
 TEST(Uncompress, RefusesRectanglesAndDestinations) {
-    G4Image image = compressed(Picture(50, std::string(100, '0')), 64, 32);
-    const Bilevel result = blank(100, 50), narrow = blank(96, 100), low = blank(100, 49);
-    const auto refused = [&](CImg1* dest, const ImgRect& r) {
-        CImgErr::sm_errcode = ImgErrNone;
-        return !image->uncompress(dest, r) && CImgErr::get() == ImgErrBadArgument;
+    const G4Image image = compressed(Picture(100, 50), 64, 32);
+    const auto whole = blank<CImg1>(100, 50), narrow = blank<CImg1>(96, 100), low = blank<CImg1>(100, 49),
+               emptied = blank<CImg1>(100, 50);
+    std::free(emptied->ownData());
+    const ImgRect all(100, 50), lower(0, 0, 100, 49), unordered(50, 0, 20, 9);
+    struct Case {
+        const char* name;
+        CImg1* destination;
+        const ImgRect& rect;
     };
-    EXPECT_TRUE(refused(result.get(), ImgRect(0, 0, 100, 49)));
-    EXPECT_TRUE(refused(result.get(), ImgRect(50, 0, 20, 9))) << "unordered";
-    EXPECT_TRUE(refused(nullptr, image->getRect()));
-    EXPECT_TRUE(refused(narrow.get(), ImgRect(100, 50)));
-    EXPECT_TRUE(refused(low.get(), ImgRect(100, 50)));
-    std::free(result->ownData());
-    EXPECT_TRUE(refused(result.get(), image->getRect()));
-    G4Image bare(CImg1G4::create());
-    EXPECT_FALSE(bare->uncompress(low.get(), ImgRect(1, 1)));
-    EXPECT_EQ(bare->getBackgroundColor(), 0u);
+    for (const Case& c : {Case{"beyond the image", whole.get(), lower}, Case{"unordered", whole.get(), unordered},
+                          Case{"no destination", nullptr, all}, Case{"narrow", narrow.get(), all},
+                          Case{"low", low.get(), all}, Case{"without pixels", emptied.get(), all}})
+        EXPECT_EQ(raisedBy([&] { EXPECT_FALSE(image->uncompress(c.destination, c.rect)); }),
+                  (Raised{1, ImgErrBadArgument}))
+            << c.name;
+    EXPECT_EQ(raisedBy([&] { EXPECT_EQ(image->getSubImage(lower), nullptr); }), (Raised{1, ImgErrBadArgument}));
 }
 
 TEST(Uncompress, ACorruptTileEndsTheWalkWhereItStands) {
-    const Picture black(4, std::string(24, '1'));
-    std::vector<Bytes> tiles = tilesOf(black, 8, 4);
-    std::string rows;
-    for (int i = 0; i < 2; ++i) rows += rowText("11111111");
-    tiles[1] = exchanged(bits(rows));  // ends after two rows
-    G4Image image = makeG4(24, 4, 8, 4, tiles);
-    const Bilevel result = blank(24, 4);
-    EXPECT_TRUE(image->uncompress(result.get(), image->getRect()));
-    EXPECT_EQ(CImgErr::get(), ImgErrDecode);
+    std::vector<Bytes> tiles = tilesOf(Picture(24, 4, 1), 8, 4);
+    tiles[1] = exchanged(bits(rowText("11111111") + rowText("11111111")));  // ends after two rows
+    const G4Image image = makeG4(24, 4, 8, 4, tiles);
+    const auto target = blank<CImg1>(24, 4);
+    EXPECT_EQ(raisedBy([&] { EXPECT_TRUE(image->uncompress(target.get(), image->getRect())); }),
+              (Raised{1, ImgErrDecode}));
     EXPECT_FALSE(image->isBackgroundKnown());
-    const std::string all(24, '1'), first = "11111111" + std::string(16, '0');
-    EXPECT_EQ(pictureOf(*result), (Picture{all, all, first, std::string(24, '0')}));
+    EXPECT_EQ(bytesOf(*target), (Bytes{255, 255, 255, 255, 255, 255, 255, 0, 0, 0, 0, 0}));
     // The tables are still there; scaling ends them, also after a corrupt tile.
     std::int32_t reference[] = {0, 9, 9, 9}, coding[12], byte = 0, bit = 1, count = 0;
     std::uint16_t word[] = {0x8000};
@@ -134,8 +123,7 @@ TEST(Uncompress, ACorruptTileEndsTheWalkWhereItStands) {
     };
     EXPECT_TRUE(decodes());
     ImgScaleAttr attr{1};
-    std::unique_ptr<IImg> scaled(image->scale(image->getRect(), 12, 2, attr));
-    ASSERT_TRUE(scaled);
+    EXPECT_TRUE(Owned<>(image->scale(image->getRect(), 12, 2, attr)));
     EXPECT_EQ(CImgErr::get(), ImgErrDecode);
     EXPECT_FALSE(decodes());
     EXPECT_EQ(image->getBackgroundColor(), 0u) << "not computed";
@@ -143,33 +131,62 @@ TEST(Uncompress, ACorruptTileEndsTheWalkWhereItStands) {
     CCITT_DisableG4Decode();
 }
 
-TEST(Background, ComputedByDecoding) {
-    G4Image white = compressed(Picture(10, std::string(10, '0')), 4, 4);
-    EXPECT_EQ(white->getBackgroundColor(), 0u);
-    G4Image black = compressed(Picture(10, std::string(10, '1')), 4, 4);
-    EXPECT_EQ(black->getBackgroundColor(), 1u);
-    EXPECT_TRUE(black->isBackgroundKnown());
-}
-
-TEST(Turning, KeepsThePlaceholderAndTheWholePicture) {
+TEST(Turning, ExpandsTheWholePictureOnce) {
     std::mt19937 random(2);
     const Picture picture = randomPicture(random, 37, 21, 30);
-    G4Image image = compressed(picture, 16, 8, ImgAlignDword);
+    const G4Image image = compressed(picture, 16, 8, ImgAlignDword);
     EXPECT_EQ(image->mirror(static_cast<ImgMirT>(3)), image.get());
-    for (double angle : {0.0, 90.0, 180.0, 270.0, 7.5, 360.0}) {
-        G4Image fresh = compressed(picture, 16, 8, ImgAlignDword);
-        const Bilevel whole = expand(*fresh, fresh->getRect());
-        const Bilevel aligned(CImg1::create(37, 21, 0x00FFFFFF, 0xFF000000, ImgAlignDword));
-        fresh->uncompress(aligned.get(), fresh->getRect());
-        std::unique_ptr<IImg> turned(image->rotate(angle)), expected(angle == 0 ? nullptr : aligned->rotate(angle));
-        ASSERT_TRUE(turned);
-        EXPECT_EQ(turned->getBackgroundColor(), 0u);
-        EXPECT_EQ(pictureOf(static_cast<CImg1&>(*turned)),
-                  pictureOf(angle == 0 ? *whole : static_cast<CImg1&>(*expected)));
-    }
-    for (ImgMirT direction : {ImgMirX, ImgMirY}) {
-        const Bilevel whole = expand(*image, image->getRect());
-        std::unique_ptr<IImg> mirrored(image->mirror(direction)), expected(whole->mirror(direction));
-        EXPECT_EQ(pictureOf(static_cast<CImg1&>(*mirrored)), pictureOf(static_cast<CImg1&>(*expected)));
+    const auto whole = imageOf<CImg1>(picture, ImgAlignDword);
+    for (double angle : {90.0, 180.0, 270.0, 7.5, 360.0, 90.00099, 90.00101})
+        EXPECT_EQ(result<CImg1>(image->rotate(angle)), result<CImg1>(whole->rotate(angle))) << angle;
+    EXPECT_EQ(result<CImg1>(image->rotate(0)), picture) << "no clone";
+    for (ImgMirT direction : {ImgMirX, ImgMirY})
+        EXPECT_EQ(result<CImg1>(image->mirror(direction)), result<CImg1>(whole->mirror(direction)));
+}
+
+TEST(Results, HaveTheirAlignmentColoursAndBackground) {
+    constexpr ImgULong back = 0x0A, fore = 0x0B;
+    static ImgScaleAttr ink{1};
+    struct Case {
+        const char* name;
+        IImg* (*make)(CImg1G4&);
+        ImgAlignmentEnum alignment;
+        ImgULong background, foreground;
+    };
+    const Case cases[] = {
+        {"enlarged", [](CImg1G4& i) { return i.scale(i.getRect(), 20, 20, ink); }, ImgAlignNone, back, fore},
+        {"reduced", [](CImg1G4& i) { return i.scale(i.getRect(), 5, 5, ink); }, ImgAlignNone, back, fore},
+        {"of the same size", [](CImg1G4& i) { return i.scale(ImgRect(5, 5, 14, 14), 10, 10, ink); }, ImgAlignNone,
+         0xFFFFFF, 0xFF000000},
+        {"wider and lower", [](CImg1G4& i) { return i.scale(i.getRect(), 20, 5, ink); }, ImgAlignNone, 0, 0xFF000000},
+        {"narrower and higher", [](CImg1G4& i) { return i.scale(i.getRect(), 5, 20, ink); }, ImgAlignNone, 0,
+         0xFF000000},
+        {"cut", [](CImg1G4& i) { return i.getSubImage(ImgRect(2, 2, 7, 7)); }, ImgAlignDword, back, fore},
+        {"mirrored", [](CImg1G4& i) { return i.mirror(ImgMirX); }, ImgAlignDword, back, fore},
+        {"reversed", [](CImg1G4& i) { return i.mirror(ImgMirY); }, ImgAlignDword, back, fore},
+        {"not turned", [](CImg1G4& i) { return i.rotate(0); }, ImgAlignDword, back, fore},
+        {"turned", [](CImg1G4& i) { return i.rotate(90); }, ImgAlignDword, back, fore},
+        {"upside down", [](CImg1G4& i) { return i.rotate(180); }, ImgAlignDword, back, fore},
+        {"turned back", [](CImg1G4& i) { return i.rotate(270); }, ImgAlignDword, back, fore},
+        {"by any angle", [](CImg1G4& i) { return i.rotate(7.5); }, ImgAlignNone, 0, 0xFF000000},
+    };
+    for (const Case& c : cases)
+        for (int known : {-1, 0, 1}) {
+            const G4Image image = compressed(Picture(10, 10, 1), 4, 4, ImgAlignDword);
+            image->setBackgroundInterpretation(back);
+            image->setForegroundInterpretation(fore);
+            if (known >= 0) image->setBackgroundColor(static_cast<ImgULong>(known));
+            const auto made = owned<CImg1>(c.make(*image));
+            ASSERT_TRUE(made) << c.name;
+            EXPECT_EQ(made->getAlignment(), c.alignment) << c.name;
+            EXPECT_EQ(made->getBackgroundInterpretation(), c.background) << c.name;
+            EXPECT_EQ(made->getForegroundInterpretation(), c.foreground) << c.name;
+            EXPECT_TRUE(made->isBackgroundKnown()) << c.name;
+            EXPECT_EQ(made->getBackgroundColor(), 0u) << c.name;
+        }
+    const G4Image image = compressed(Picture(10, 10), 4, 4);
+    for (int known : {0, 1}) {
+        image->setBackgroundColor(static_cast<ImgULong>(known));
+        EXPECT_EQ(expand(*image)->getBackgroundColor(), 0u) << "whatever the destination's was";
     }
 }

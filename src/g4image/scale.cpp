@@ -19,6 +19,8 @@ IImg* CImg1G4::scale(const ImgRect& r, ImgULong newWidth, ImgULong newHeight, Im
     CImg1* intermediate = nullptr;
     if (how != ImageScaleSame && !inside(*this, r)) {
         imgRaise(ImgErrBadArgument);
+    } else if (!tileRows) {
+        imgRaise(ImgErrDecode);
     } else {
         switch (how) {
         case ImageScaleSame:

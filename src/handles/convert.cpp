@@ -110,11 +110,13 @@ ImgHandle* toPalette(const ImgHandle& source) {
 
 /// Pixels of a palette image renumbered for another table, which the image takes a copy of.
 ImgHandle* mapped(ImgHandle& source, const ColorTable& table) {
+    ColorTable reachable = table;  // what a pixel of one byte can name
+    reachable.count = std::min(reachable.count, 256);
     Img8Header& header = headerOf<Palette8>(source);
     if (!header.colorTable) return nullptr;
     if (header.transform && header.transform->key != header.colorTable->capacity) ColCloseXfm(&header.transform);
     if (!header.transform) header.transform = ColOpenXfm(header.colorTable->capacity);
-    if (!header.transform || ColMapColors(header.colorTable, &table, header.transform) != 0) return nullptr;
+    if (!header.transform || ColMapColors(header.colorTable, &reachable, header.transform) != 0) return nullptr;
 
     Temporary result(ImgNew(ImgTypePalette8));
     if (!result || !Img8Create(result.get(), widthOf(source), heightOf(source), header.alignBits, &table, nullptr))

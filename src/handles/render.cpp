@@ -88,12 +88,16 @@ void cut(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
 BitArea part(BitArea area, std::uint32_t left, std::uint32_t top) {
     area.rows.first = area.rows[top];
     area.left = left;
+    area.width -= left;
+    area.height -= top;
     return area;
 }
 template <class Pixel>
 PixelArea<Pixel> part(PixelArea<Pixel> area, std::uint32_t left, std::uint32_t top) {
     area.table += top;
     area.left = left;
+    area.width -= left;
+    area.height -= top;
     return area;
 }
 

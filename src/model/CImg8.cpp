@@ -1,5 +1,6 @@
 #include "tilepress/CImg8.h"
 
+#include "model/temporary.h"
 #include "model/unset_pixels.h"
 #include "tilepress/Export.h"
 
@@ -93,10 +94,8 @@ CImg8* CImg8::create(ImgULong width, ImgULong height, unsigned char* data, ImgUL
 }
 
 CImg8* CImg8::create(const IImg& source, ColorMap* map, ImgAlignmentEnum rowAlignment) {
-    CImg8* image = FreshPixels::create(source.getWidth(), source.getHeight(), map, rowAlignment);
-    if (image && Export::xfm(*image, source)) return image;
-    delete image;
-    return nullptr;
+    Temporary<CImg8> image(FreshPixels::create(source.getWidth(), source.getHeight(), map, rowAlignment));
+    return image && Export::xfm(*image, source) ? image.release() : nullptr;
 }
 
 CImg8* CImg8::create(void*, ImgAlignmentEnum) { return nullptr; }

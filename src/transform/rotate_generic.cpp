@@ -3,9 +3,9 @@
 
 #include "kernels/shear.h"
 #include "model/image_areas.h"
+#include "model/temporary.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace tilepress {
 namespace {
@@ -20,25 +20,18 @@ Image* createResult(Image& image) {
     return createLike(image, image.getWidth(), image.getHeight());
 }
 
-/// Ends a picture that nobody outside has seen, and with it the colour map that palette images leave behind.
-struct Discard {
-    void operator()(CImg8* image) const {
-        const ColorMap* map = image->getColorMap();
-        delete image;
-        delete map;
-    }
-    void operator()(CImg* image) const { delete image; }
-};
+/// Whether the image has its pixels; raises when not.
 template <class Image>
-using Temporary = std::unique_ptr<Image, Discard>;
+bool canTurn(const Image& image) {
+    if (hasPixels(image)) return true;
+    imgRaise(ImgErrBadArgument);
+    return false;
+}
 
 /// The picture that a shear fills, its uncovered places in the background colour.
 template <class Image>
 Temporary<Image> startShear(Image& image) {
-    if (!hasPixels(image)) {
-        imgRaise(ImgErrBadArgument);
-        return nullptr;
-    }
+    if (!canTurn(image)) return nullptr;
     Temporary<Image> result(createResult(image));
     if (!result) return nullptr;
     const ImgULong background = image.getBackgroundColor();
@@ -65,6 +58,7 @@ Image* shearedY(Image& image, const int* table) {
 
 template <class Image>
 Image* rotatedByShears(Image& image, double degrees) {
+    if (!canTurn(image)) return nullptr;  // before tables are made for extents that may be any
     const Shears shears(degrees, image.getWidth(), image.getHeight());
     if (!shears) return nullptr;
     Temporary<Image> halfTurned;

@@ -1,6 +1,7 @@
 // What a scaling request is, and which worker answers it.
 
 #include "model/image_kinds.h"
+#include "model/temporary.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
@@ -41,12 +42,9 @@ IImg* dispatch(const Image& image, const ImgRect& src, ImgULong width, ImgULong 
     if (how == ImageScaleEnlarge) return enlarge(width, height);
     if (how == ImageScaleReduce) return reduce();
     // One dimension grows first; the other is a pure reduction of what comes of that.
-    Image* const grown =
-        how == ImageScaleReduceXEnlargeY ? enlarge(src.getWidth(), height) : enlarge(width, src.getHeight());
-    if (!grown) return nullptr;
-    IImg* const result = grown->scale(grown->getRect(), width, height, attr);
-    delete grown;
-    return result;
+    const tilepress::Temporary<Image> grown(
+        how == ImageScaleReduceXEnlargeY ? enlarge(src.getWidth(), height) : enlarge(width, src.getHeight()));
+    return grown ? grown->scale(grown->getRect(), width, height, attr) : nullptr;
 }
 
 }  // namespace

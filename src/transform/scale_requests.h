@@ -3,6 +3,7 @@
 // What every scaling worker tests first.
 
 #include "model/image_kinds.h"
+#include "model/temporary.h"
 
 namespace tilepress {
 
@@ -29,9 +30,8 @@ bool reduces(const Image& image, const ImgRect& part, ImgULong width, ImgULong h
 /// The result, or null in its place when it could not be finished.
 template <class Image>
 Image* finished(Image* result, bool done) {
-    if (done) return result;
-    delete result;
-    return nullptr;
+    Temporary<Image> owned(result);
+    return done ? owned.release() : nullptr;
 }
 
 }  // namespace tilepress

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <vector>
 
-namespace tilepress::test {
+namespace support {
 namespace {
 
 TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
@@ -86,4 +86,4 @@ TEST(RothsteinMemory, KeptListsAreReleasedInPart) {
 }
 
 }  // namespace
-}  // namespace tilepress::test
+}  // namespace support

@@ -4,15 +4,13 @@
 // coder that knows horizontal mode only.
 
 #include "ccitt/t4_codes.h"
+#include "support/owned.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace support {
-
-using Bytes = std::vector<unsigned char>;
 
 /// "1 001 00110101": bits as written, padded with zeros to whole 16-bit words.
 inline Bytes bits(std::string_view text) {

@@ -3,48 +3,42 @@
 // Handles for tests: made from pictures, read back as pictures, ended with all they have.
 
 #include "support/pictures.h"
-#include "tilepress/ImgHandle.h"
 
-#include <memory>
-
-namespace tilepress::test {
-
-struct EndHandle {
-    void operator()(ImgHandle* image) const {
-        if (image->type == ImgTypePalette8 && image->header) {
-            ColorTable* table = static_cast<Img8Header*>(image->header)->colorTable;
-            MemFree(0, table->entries);
-            MemFree(0, table);
-        }
-        if (image->free && image->header) image->free(&image, nullptr);
-        else MemFree(0, image);
-    }
-};
-using Handle = std::unique_ptr<ImgHandle, EndHandle>;
+namespace support {
 
 inline std::uint8_t* rowOf(const ImgHandle& image, std::size_t y) {
     if (image.type != ImgTypeBilevel) return static_cast<std::uint8_t**>(image.data)[y];
     return static_cast<std::uint8_t*>(image.data) + y * static_cast<Img1Header*>(image.header)->bytesPerLine;
 }
 
+inline std::uint32_t alignmentOf(const ImgHandle& image) {
+    switch (image.type) {
+    case ImgTypeBilevel: return static_cast<Img1Header*>(image.header)->alignBits;
+    case ImgTypePalette8: return static_cast<Img8Header*>(image.header)->alignBits;
+    case ImgTypeRGB24: return static_cast<Img24Header*>(image.header)->alignBits;
+    default: return 32;
+    }
+}
+
 /// A type of handle, and the class with the same pixels.
-template <std::uint32_t Type, class ImageType>
+template <std::uint32_t Type, class ImageType, std::uint32_t Alignment>
 struct HandleKind {
     using Image = ImageType;
     static constexpr std::uint32_t type = Type;
-    static bool create(ImgHandle* h, std::uint32_t width, std::uint32_t height, void* data = nullptr) {
+    static bool create(ImgHandle* h, std::uint32_t width, std::uint32_t height, void* data = nullptr,
+                       std::uint32_t align = Alignment) {
         switch (Type) {
-        case ImgTypeBilevel: return ImgCreateBilevel(h, width, height, 16, data);
-        case ImgTypePalette8: return ImgCreatePalette8(h, width, height, 32, nullptr, data);
-        case ImgTypeRGB24: return ImgCreateRGB24(h, width, height, 32, data);
+        case ImgTypeBilevel: return ImgCreateBilevel(h, width, height, align, data);
+        case ImgTypePalette8: return ImgCreatePalette8(h, width, height, align, nullptr, data);
+        case ImgTypeRGB24: return ImgCreateRGB24(h, width, height, align, data);
         default: return ImgCreateRGB32(h, width, height, 1, data);
         }
     }
 };
-using Bits = HandleKind<ImgTypeBilevel, CImg1>;
-using Bytes8 = HandleKind<ImgTypePalette8, CImg8>;
-using Bytes24 = HandleKind<ImgTypeRGB24, CImg32>;
-using Words32 = HandleKind<ImgTypeRGBA32, CImg32>;
+using Bits = HandleKind<ImgTypeBilevel, CImg1, 16>;
+using Bytes8 = HandleKind<ImgTypePalette8, CImg8, 32>;
+using Bytes24 = HandleKind<ImgTypeRGB24, CImg32, 32>;
+using Words32 = HandleKind<ImgTypeRGBA32, CImg32, 32>;
 using HandleKinds = ::testing::Types<Bits, Bytes8, Bytes24, Words32>;
 
 inline std::size_t pixelBytes(const ImgHandle& image) {
@@ -52,10 +46,10 @@ inline std::size_t pixelBytes(const ImgHandle& image) {
 }
 
 template <class Kind>
-Handle handleOf(const Picture& picture) {
+Handle handleOf(const Picture& picture, std::uint32_t align = 0) {
     Handle image(ImgNew(Kind::type));
-    EXPECT_TRUE(Kind::create(image.get(), static_cast<std::uint32_t>(picture.width),
-                             static_cast<std::uint32_t>(picture.height)));
+    const auto w = static_cast<std::uint32_t>(picture.width), h = static_cast<std::uint32_t>(picture.height);
+    EXPECT_TRUE(align ? Kind::create(image.get(), w, h, nullptr, align) : Kind::create(image.get(), w, h));
     for (std::size_t y = 0; y < picture.height; ++y)
         for (std::size_t x = 0; x < picture.width; ++x) {
             const std::uint32_t pixel = picture.at(x, y);
@@ -67,8 +61,9 @@ Handle handleOf(const Picture& picture) {
 }
 
 /// The handle's pixels; an empty picture for null.
-inline Picture pictureOf(const ImgHandle* image) {
-    if (!image) return Picture(0, 0);
+template <>
+inline Picture pictureOf<ImgHandle>(const ImgHandle* image) {
+    if (!image) return kNone;
     Picture picture(image->getWidth(const_cast<ImgHandle*>(image)), image->getHeight(const_cast<ImgHandle*>(image)));
     for (std::size_t y = 0; y < picture.height; ++y)
         for (std::size_t x = 0; x < picture.width; ++x) {
@@ -77,7 +72,6 @@ inline Picture pictureOf(const ImgHandle* image) {
         }
     return picture;
 }
-inline Picture pictureOf(const Handle& image) { return pictureOf(image.get()); }
 
 /// As many values as a kind's pixels have.
 template <class Kind>
@@ -88,4 +82,4 @@ Picture randomPixels(std::size_t width, std::size_t height) {
     return picture;
 }
 
-}  // namespace tilepress::test
+}  // namespace support

@@ -2,23 +2,33 @@
 
 #include "tilepress/ImgErr.h"
 
+#include <ostream>
+
 namespace support {
 
-/// How often a code has been recorded since this was made, the last one first put to a value no operation records.
-class Raised {
-public:
-    static constexpr ImgErr kNothing = static_cast<ImgErr>(-1);
+/// The codes that a call recorded: how many, and the last one.
+struct Raised {
+    static constexpr ImgErr kNothing = static_cast<ImgErr>(-1);  // a value that no operation records
 
-    Raised() {
-        char file[] = "";
-        CImgErr::set(kNothing, file, 0);
-        start_ = CImgErr::sm_errtotal;
-    }
-    ImgULong times() const { return CImgErr::sm_errtotal - start_; }
-    ImgErr last() const { return CImgErr::get(); }
+    ImgULong times;
+    ImgErr last;
 
-private:
-    ImgULong start_;
+    bool operator==(const Raised&) const = default;
 };
+
+inline const Raised kQuiet{0, Raised::kNothing};
+
+inline std::ostream& operator<<(std::ostream& out, const Raised& raised) {
+    return out << raised.times << " codes, the last " << static_cast<int>(raised.last);
+}
+
+template <class Call>
+Raised raisedBy(Call call) {
+    char file[] = "";
+    CImgErr::set(Raised::kNothing, file, 0);
+    const ImgULong before = CImgErr::sm_errtotal;
+    call();
+    return {CImgErr::sm_errtotal - before, CImgErr::get()};
+}
 
 }  // namespace support
