@@ -71,15 +71,8 @@ TEST(PageRender, EveryViewIsWhatItsDefinitionSays) {
 /// Black pixels of the class interface as bits, grey ones as tones.
 Bytes classPixels(IImg* image) {
     Bytes pixels;
-    for (ImgULong y = 0; y < image->getHeight(); ++y) {
-        if (image->getType() == ImageTypeRGB) {
-            const ImgULong* row = static_cast<CImg32*>(image)->peekDataArray()[y];
-            for (ImgULong x = 0; x < image->getWidth(); ++x) pixels.push_back(static_cast<unsigned char>(row[x]));
-        } else {
-            const std::string row = rowOf(*static_cast<CImg1*>(image), y, image->getWidth());
-            for (char c : row) pixels.push_back(c == '1' ? 0 : 255);
-        }
-    }
+    for (const std::uint32_t pixel : pictureOf(image).pixels)
+        pixels.push_back(static_cast<unsigned char>(image->getType() == ImageTypeRGB ? pixel : pixel ? 0 : 255));
     return pixels;
 }
 

@@ -30,8 +30,8 @@ struct PageSource {
     PageSource(Picture coded, std::uint32_t tileWidth, std::uint32_t tileHeight, std::uint32_t photometric = 0)
         : picture(std::move(coded)) {
         info.size = sizeof info;
-        info.width = static_cast<std::uint32_t>(picture[0].size());
-        info.height = static_cast<std::uint32_t>(picture.size());
+        info.width = static_cast<std::uint32_t>(picture.width);
+        info.height = static_cast<std::uint32_t>(picture.height);
         info.tile_width = tileWidth;
         info.tile_height = tileHeight;
         info.photometric = photometric;
@@ -51,7 +51,7 @@ struct PageSource {
         return page;
     }
     bool isInk(std::size_t x, std::size_t y) const {
-        return (picture[y][x] == '1') != (info.photometric == TP_BLACK_IS_ZERO);
+        return (picture.at(x, y) != 0) != (info.photometric == TP_BLACK_IS_ZERO);
     }
 };
 
