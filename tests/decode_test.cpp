@@ -26,8 +26,10 @@ struct Decoded {
     int bits() const { return 8 * byte + bit - 1; }
 };
 
-Decoded decode(std::int32_t width, Bytes plain, List reference = {}, std::int32_t byte = 0, std::int32_t bit = 1) {
+Decoded decode(std::int32_t width, Bytes plain, List reference = {}, std::int32_t byte = 0, std::int32_t bit = 1,
+               std::int32_t length = INT32_MAX) {
     Bytes data = exchanged(std::move(plain));
+    if (length == INT32_MAX) length = static_cast<std::int32_t>(data.size());
     if (reference.empty()) reference = whiteRow(width);
     Decoded result;
     result.byte = byte;
@@ -36,7 +38,7 @@ Decoded decode(std::int32_t width, Bytes plain, List reference = {}, std::int32_
     List coding(static_cast<std::size_t>(width) + 4, -1);
     result.status = CCITT_G4Decode(reference.data(), static_cast<std::int32_t>(reference.size()), width,
                                    reinterpret_cast<std::uint16_t*>(data.data()), &result.byte, &result.bit, nullptr,
-                                   coding.data(), &count, static_cast<std::int32_t>(data.size()));
+                                   coding.data(), &count, length);
     if (result.status == 0) result.list.assign(coding.begin(), coding.begin() + count);
     else EXPECT_EQ(count, -7) << "a failing row keeps the count";
     return result;
@@ -91,6 +93,13 @@ TEST_F(G4Decode, StatusesAndListsOfSingleRows) {
         {"05", 6, {}, 0, {0, 1, 3, 9, 9, 9}},
         {"00 10 01 00 00 00 80 00", 0, {0, 9, 9, 9}, 49, {}},   // fill behind an end-of-block
         {"04 08 10 20 40 81 02 04 08 10 20 40", 1, {}, 0, {}},  // three left, again and again
+        // The end of the block in black: once, and more often than the list has room for.
+        {"09 21 11 00 10 01 FF", 0, {0, 9, 9, 9}, 49, {}},
+        {"09 21 11 00 10 01 11 00 10 01 11 00 10 01 11 00 10 01 11 00 10 01 11 00 10 01 11 00 10 01 11 00 10 01 FF",
+         1,
+         {},
+         0,
+         {}},
     };
     for (const Case& c : cases) {
         const Decoded row = decode(8, hex(c.coded), c.reference);
@@ -144,13 +153,15 @@ TEST_F(G4Decode, RefusesWhatItCannotHold) {
 
 // Kept: of an odd number of bytes the last one's word counts as gone when fill reaches it, though it holds more.
 TEST_F(G4Decode, KeptFillNeverReachesTheLastWordOfAnOddLength) {
-    for (int length = 5; length <= 6; ++length) {
-        Bytes stored = hex("10 00 00 01 80 00");
-        List reference = whiteRow(8), coding(12);
-        std::int32_t byte = 0, bit = 1, count = 0;
-        EXPECT_EQ(CCITT_G4Decode(reference.data(), 4, 8, reinterpret_cast<std::uint16_t*>(stored.data()), &byte, &bit,
-                                 nullptr, coding.data(), &count, length),
-                  length == 5 ? 1 : 0);
+    for (auto [length, status] : {std::pair(5, 1), {6, 0}})
+        EXPECT_EQ(decode(8, hex("00 10 01 00 00 80"), {}, 0, 1, length).status, status);
+}
+
+TEST_F(G4Decode, AnUnknownLengthBoundsNothingButFill) {
+    for (std::int32_t length : {0, -1, INT32_MIN}) {
+        EXPECT_EQ(decode(8, hex("26 BC"), {}, 0, 1, length).list, (List{0, 1, 3, 9, 9, 9})) << length;
+        EXPECT_EQ(decode(8, hex("00 10 01 C0"), {}, 0, 1, length).status, 0) << length;
+        EXPECT_EQ(decode(8, hex("00 10 01 00 C0 00"), {}, 0, 1, length).status, 1) << length;
     }
 }
 

@@ -246,7 +246,7 @@ TEST_F(Strip, RefusesARowOfTooManyChanges) {
     std::fill_n(row.begin(), 999, 0x55);
     row[999] = 0x50;  // 7992 + 4 changes: with their closing elements 8000
     EXPECT_GT(strip(row, 8000, 1000, 1).size(), 5000u);
-    row[999] = 0x54;
+    row[999] = 0x57;  // one more, and black to the end
     EXPECT_EQ(refusal(row, 8000, 1000, 1), kTooLong);
     // 33 957 bytes of codes, which 16 bits with a sign do not count.
     row.assign(1 + 8192 * 382, 0);

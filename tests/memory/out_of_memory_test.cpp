@@ -33,6 +33,24 @@ TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
     CCITT_DisableG4Decode();
 }
 
+template <class Image>
+class ImageMemory : public ::testing::Test {};
+TYPED_TEST_SUITE(ImageMemory, PixelKinds);
+
+TYPED_TEST(ImageMemory, EndsWithTheImageButForAPalettesMapKept) {
+    TypeParam* const image = blank<TypeParam>(8, 8).release();
+    ColorMap* map = nullptr;
+    if constexpr (std::is_same_v<TypeParam, CImg8>) map = image->getColorMap();
+    void* rows = image->peekData();
+    if constexpr (!std::is_same_v<TypeParam, CImg1>) rows = image->peekDataArray();
+    heap::watch({image->peekData(), rows, map});
+    delete image;
+    EXPECT_TRUE(heap::released(0));
+    EXPECT_TRUE(heap::released(1));
+    EXPECT_FALSE(heap::released(2));
+    delete map;
+}
+
 template <class Kind>
 class HandleMemory : public ::testing::Test {};
 TYPED_TEST_SUITE(HandleMemory, HandleKinds);

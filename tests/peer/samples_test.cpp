@@ -1,4 +1,5 @@
 #include "peer/tiff_pages.h"
+#include "readme_example.h"
 
 #include <gtest/gtest.h>
 
@@ -79,6 +80,18 @@ TEST(Samples, ExpandAlsoInOtherTilings) {
             expectEqualToLibtiff(copy.string(), random);
         }
     fs::remove(copy);
+}
+
+// README's example: a dark page stays dark. White is text, a small part of it.
+TEST(Samples, TheExampleKeepsADarkPageDark) {
+    const std::vector<TiffPage> pages = readTiff(TILEPRESS_SAMPLES "/negative.tif");
+    ASSERT_EQ(pages.size(), 1u);
+    ASSERT_EQ(pages[0].tiles.size(), 1u);
+    const Owned<CImg32> small(tenth(exchanged(pages[0].tiles[0]), pages[0].width, pages[0].height));
+    ASSERT_TRUE(small);
+    double sum = 0;
+    for (const std::uint32_t pixel : pictureOf(small).pixels) sum += pixel & 0xFF;
+    EXPECT_LT(sum / (small->getWidth() * small->getHeight()), 50);
 }
 
 // Any bytes may have changed on the way: every operation ends, in its buffers, and says so.
