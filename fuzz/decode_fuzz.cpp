@@ -52,6 +52,32 @@ void decodeStream(std::uint32_t rowWidth, const std::vector<unsigned char>& word
     freeLine(lineB);
 }
 
+/// The same by the standard, between lines, where every row is a list that increases.
+void decodeByStandard(std::uint32_t rowWidth, const std::vector<unsigned char>& words) {
+    const auto width = static_cast<std::int32_t>(rowWidth);
+    const auto plain = std::unique_ptr<unsigned char, void (*)(void*)>(
+        codedBytes(words.data(), static_cast<std::uint32_t>(words.size())), std::free);
+    const g4::CodedData in{plain.get(), static_cast<std::int64_t>(words.size()), false};
+    std::int32_t *above = allocateLine(rowWidth), *fastLine = allocateLine(rowWidth),
+                 *exactLine = allocateLine(rowWidth);
+    std::int32_t count = g4::whiteLine(above, width), fastCount = 0, exactCount = 0;
+    std::int64_t bit = 0;
+    for (int row = 0; row < 64; ++row) {
+        std::int64_t exactBit = bit;
+        above[kLineIrregular] = 1;  // which leaves it to the exact decoder
+        const auto exact =
+            g4::decodeLine(in, exactBit, {above, count}, width, exactLine, exactCount, g4::Decoding::standard);
+        above[kLineIrregular] = 0;
+        PROMISE(g4::decodeLine(in, bit, {above, count}, width, fastLine, fastCount, g4::Decoding::standard) == exact);
+        if (exact != g4::kRowDecoded) break;
+        PROMISE(bit == exactBit && fastCount == exactCount && std::equal(fastLine, fastLine + fastCount, exactLine));
+        PROMISE(g4::isRow({fastLine, fastCount}, width + 1));
+        std::swap(above, fastLine);
+        count = fastCount;
+    }
+    for (auto* line : {above, fastLine, exactLine}) freeLine(line);
+}
+
 /// A row against any numbers at all, from any place.
 void decodeAgainstAnything(Input& in, std::uint32_t rowWidth) {
     const std::uint32_t count = in.below(40);
@@ -81,6 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::vector<unsigned char> words = in.rest();
         words.resize((words.size() + 2) / 2 * 2);
         decodeStream(width, words);
+        decodeByStandard(width, words);
     }
     cit_disable_decode_gr4();
     return 0;

@@ -6,7 +6,9 @@
 
 #include "foundation/bits.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace tilepress::g4 {
 
@@ -29,25 +31,42 @@ struct CodedData {
     }
 };
 
-/// Accumulator whose highest bit is the next one, refilled eight bytes at a time
-/// without a branch: at least `kRefilled` bits are there after a refill. Bits of
-/// the accumulator past the counted ones are those that the next refill brings again.
-struct PlainBits {
-    static constexpr int kRefilled = 56;
+/// Bytes of coded data as a word, the next bit highest; `unit` is 8 for plain order, 16 for word order.
+template <class Word, unsigned unit>
+inline Word codedWord(const unsigned char* p) {
+    Word v;
+    std::memcpy(&v, p, sizeof v);
+    if constexpr (std::endian::native == std::endian::little) {
+        v = swapBytes(v);
+        if constexpr (unit == 16) {
+            constexpr Word low = static_cast<Word>(0x00FF00FF00FF00FF);
+            v = (v & low) << 8 | (v >> 8 & low);
+        }
+    }
+    return v;
+}
+
+/// Accumulator whose highest bit is the next one, refilled a word at a time without a branch: at least `kRefilled` bits
+/// are there after a refill. Bits of the accumulator past the counted ones are those that the next refill brings again.
+template <class Word, unsigned unit>
+struct CodedBits {
+    static constexpr unsigned kWordBits = 8 * sizeof(Word), kRefilled = kWordBits - unit;
     const unsigned char* p;
-    std::uint64_t acc = 0;
+    Word acc = 0;
     unsigned count = 0;
 
-    PlainBits(const unsigned char* data, std::int64_t bit) : p(data + (bit >> 3)) {
+    /// From `bit` >= 0 on.
+    CodedBits(const unsigned char* data, std::int64_t bit)
+        : p(data + static_cast<std::size_t>(static_cast<std::uint64_t>(bit) / unit * (unit / 8))) {
         refill();
-        drop(static_cast<unsigned>(bit & 7));
+        drop(static_cast<unsigned>(bit) % unit);
     }
     void refill() {
-        acc |= loadWord(p) >> count;
-        p += (63 - count) >> 3;
-        count |= 56;
+        acc |= codedWord<Word, unit>(p) >> count;
+        p += (count ^ (kWordBits - 1)) / unit * (unit / 8);  // the words that are not there
+        count |= kRefilled;
     }
-    std::size_t top(unsigned n) const { return static_cast<std::size_t>(acc >> (64 - n)); }
+    std::size_t top(unsigned n) const { return static_cast<std::size_t>(acc >> (kWordBits - n)); }
     void drop(unsigned n) {
         acc <<= n;
         count -= n;
@@ -55,30 +74,8 @@ struct PlainBits {
     std::int64_t position(const unsigned char* data) const { return 8 * std::int64_t{p - data} - count; }
 };
 
-/// The same for word order.
-struct WordBits {
-    static constexpr int kRefilled = 48;
-    const unsigned char* p;
-    std::uint64_t acc = 0;
-    unsigned count = 0;
-
-    WordBits(const unsigned char* data, std::int64_t bit) : p(data + (bit >> 4) * 2) {
-        refill();
-        drop(static_cast<unsigned>(bit & 15));
-    }
-    void refill() {
-        const std::uint64_t v = loadWord(p), low = 0x00FF00FF00FF00FF;
-        acc |= ((v & low) << 8 | (v >> 8 & low)) >> count;
-        const unsigned words = (63 - count) >> 4;
-        p += 2 * words;
-        count += 16 * words;
-    }
-    std::size_t top(unsigned n) const { return static_cast<std::size_t>(acc >> (64 - n)); }
-    void drop(unsigned n) {
-        acc <<= n;
-        count -= n;
-    }
-    std::int64_t position(const unsigned char* data) const { return 8 * std::int64_t{p - data} - count; }
-};
+/// The machine's own words: a larger accumulator takes two registers and twice the shifts.
+using PlainBits = CodedBits<std::size_t, 8>;
+using WordBits = CodedBits<std::size_t, 16>;
 
 }  // namespace tilepress::g4

@@ -3,8 +3,8 @@
 // One row of a Group 4 stream into its changing-element list.
 
 #include "ccitt/bit_reader.h"
-#include "ccitt/decode_tables.h"
 #include "ccitt/padded_line.h"
+#include "ccitt/row_list.h"
 
 #include <cstdint>
 
@@ -29,12 +29,6 @@ enum class Decoding {
     /// ITU-T T.6. A run of nothing changes the colour twice at one place, where the row then has no changing element;
     /// so lists of rows that are decoded increase strictly.
     standard
-};
-
-/// A row list as the caller holds it.
-struct RowList {
-    const std::int32_t* elements;
-    std::int32_t count;
 };
 
 /// Decodes the row at `bit` of `in` against `reference` into `coding`, which has

@@ -22,15 +22,6 @@ inline void putRun(int colour, Writer& out, std::int32_t run) {
 
 }  // namespace
 
-bool isRow(RowList list, std::int32_t end) {
-    const std::int32_t* c = list.elements;
-    if (!c || list.count < 4) return false;
-    const std::int32_t last = list.count - 3;
-    int bad = (c[0] != 0) | (c[last] != end) | (c[last + 1] != end) | (c[last + 2] != end);
-    for (std::int32_t k = 0; k < last; ++k) bad |= c[k] >= c[k + 1];
-    return bad == 0;
-}
-
 // Every code has a1 = coding[n] and b1 = reference[i], the first reference element of
 // the right parity past a0. After a vertical code the next is one of i - 1, i + 1 and
 // i + 3 (b2 is not left of a1, or the code were a pass), chosen without branches. As

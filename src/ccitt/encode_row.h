@@ -3,14 +3,11 @@
 // One row's changing-element list into Group 4 codes.
 
 #include "ccitt/bit_writer.h"
-#include "ccitt/decode_row.h"
+#include "ccitt/row_list.h"
 
 #include <cstdint>
 
 namespace tilepress::g4 {
-
-/// Whether the list is a row: it increases from 0 to its end, width + 1, and is closed by two more of it.
-bool isRow(RowList list, std::int32_t end);
 
 /// Upper bound of a row's bits: each code but the first has at most seven for every column that it passes.
 constexpr std::int64_t maxRowBits(std::int32_t width) { return 7 * std::int64_t{width} + 18; }

@@ -14,7 +14,7 @@ namespace tilepress {
 /// Elements before element 0 and after the width + 6 that a row needs.
 inline constexpr int kLineFront = 16, kLineBack = 96;
 /// Copies of width + 1 that follow a list's last change on a line.
-inline constexpr int kLineRepeats = 10;
+inline constexpr int kLineRepeats = 12;
 /// Index of the mark that a list does not increase all the way, which only damaged data give.
 inline constexpr int kLineIrregular = -kLineFront;
 

@@ -11,6 +11,7 @@
 namespace tilepress {
 
 inline std::uint64_t swapBytes(std::uint64_t v) { return __builtin_bswap64(v); }
+inline std::uint32_t swapBytes(std::uint32_t v) { return __builtin_bswap32(v); }
 
 /// Eight bytes as a word, first byte highest.
 inline std::uint64_t loadWord(const unsigned char* p) {

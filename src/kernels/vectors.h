@@ -21,9 +21,9 @@ typedef unsigned char Bytes16 __attribute__((vector_size(16)));
 
 template <class Lanes>
 inline Lanes loadLanes(const void* p) {
-    Lanes v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
+    // Not copied into a variable, which the compiler at times keeps in memory too.
+    typedef Lanes Anywhere __attribute__((aligned(1), may_alias));
+    return *static_cast<const Anywhere*>(p);
 }
 
 template <class Lanes>
@@ -54,10 +54,21 @@ inline Ints4 widened(std::uint32_t four) {
     return reinterpret_cast<Ints4>(__builtin_shufflevector(twice, twice, 0, 0, 1, 1, 2, 2, 3, 3)) >> 24;
 }
 
-/// The lanes one place on, `first` before them.
-inline Ints4 shifted(Ints4 v, std::int32_t first) {
-    return __builtin_shufflevector(v, Ints4{0, 0, 0, 0}, 4, 0, 1, 2) | Ints4{first, 0, 0, 0};
+/// The bits of `v` that are not in `but`. GCC makes more of the operators than the one instruction.
+inline Ints4 without(Ints4 v, Ints4 but) {
+#if defined(__SSE2__) && !defined(__clang__)
+    typedef long long Longs2 __attribute__((vector_size(16)));
+    return reinterpret_cast<Ints4>(__builtin_ia32_pandn128(reinterpret_cast<Longs2>(but), reinterpret_cast<Longs2>(v)));
+#else
+    return v & ~but;
+#endif
 }
+
+/// `v` in the first lane, 0 in the others.
+inline Ints4 firstLane(std::int32_t v) { return Ints4{v, 0, 0, 0}; }
+
+/// The lanes one place on, the one of firstLane before them.
+inline Ints4 shifted(Ints4 v, Ints4 first) { return __builtin_shufflevector(v, Ints4{0, 0, 0, 0}, 4, 0, 1, 2) | first; }
 
 /// Calls each(0) to each(count - 1) without a loop, so that arrays indexed by them stay in registers.
 template <std::size_t count, class Each>
