@@ -54,7 +54,9 @@ export class CodedPage {
     async verify(onProgress: OnProgress): Promise<Damage[]> {
         await this.load(this.all(), onProgress);
         onProgress({phase: 'checking', done: 0, total: 1});
-        return this.module.verify(this.opened(), this.layout).damage;
+        const {damage} = this.module.verify(this.opened(), this.layout);
+        onProgress({phase: 'checking', done: 1, total: 1});
+        return damage;
     }
 
     close(): void {
