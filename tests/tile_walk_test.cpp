@@ -47,9 +47,9 @@ struct Tiles {
 /// What a walk shows of the rectangle; rows that it does not reach are not there.
 Picture walked(TileWalk& walk, const PageRect& rect) {
     Picture picture(rect.width, 0);
-    walk.rows([&](TileWalk::Row& row) {
+    walk.rows([&](std::uint32_t) {
         std::vector<std::uint32_t> pixels(rect.width);
-        const bool good = row.tiles([&](const TileRow& tile) {
+        const bool good = walk.next([&](const TileRow& tile) {
             for (std::int32_t k = 2; k < tile.count - 2; k += 2)
                 for (std::int64_t x = tile.list[k - 1] - 1; x < tile.list[k] - 1; ++x)
                     if (const std::int64_t at = x + tile.left - rect.left; at >= 0 && at < rect.width)

@@ -11,7 +11,7 @@ class CImg32;
 class G4ScaleInfo;
 class Img1G4TileIterator;
 
-/// One tile: its compressed bytes and the state of its decoding.
+/// One tile and its compressed bytes.
 class TILEPRESS_API Img1G4Tile {
 public:
     Img1G4Tile(unsigned char*, ImgULong, ImgULong);  ///< reserved: stores nothing
@@ -20,6 +20,7 @@ public:
 
 private:
     friend class CImg1G4;
+    friend class G4ScaleInfo;
     Img1G4Tile();
 
     unsigned char* data;
@@ -39,9 +40,9 @@ private:
 /// first: a plain byte stream has the bytes of every pair exchanged, and tiles
 /// are given in whole words.
 ///
-/// Decoding walks the image row by row and never expands a tile. Only one walk
-/// (uncompress, background, scaling, cutting, turning) may run in the process at
-/// a time: callers serialise them.
+/// Decoding walks the image row by row and never expands a tile. One image is one
+/// thread's at a time; walks over different images, shallow copies among them, may
+/// run at once in any threads.
 class TILEPRESS_API CImg1G4 : public CImg {
 public:
     // Making: null on any failure, no error recorded.
@@ -108,41 +109,20 @@ private:
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
                     ImgULong backgroundInterpretation, ImgULong foregroundInterpretation, ImgAlignmentEnum alignment);
     bool verifyHeader(ImgULong length) const;
-    bool allocateGrid();
-    void freeGrid();
-
-    // g4image/walk.cpp
-    int PrepForDecode(const ImgRect& rect);
-    void InitTileRowDecode();
-    ImgErr decode_scanline();
+    // g4image/scale_info.cpp
+    friend class G4ScaleInfo;
     void SendIncompleteStatus(int row);
-    void advanceRow();
-    void walkFailed();
-    template <class OnTile>
-    ImgErr decodeRow(OnTile onTile);
-    template <class OnRun>
-    ImgErr decodeRuns(const G4ScaleInfo& info, OnRun onRun);
-    template <class Onto>
-    ImgErr paintRow(unsigned char* row, G4ScaleInfo& info, Onto onto);
-    void settleBackground(uint64_t black, uint64_t pixels);
     // g4image/uncompress.cpp
-    ImgErr decode_scanline_and_sum(ImgULong& count);
     ImgErr decode_copy_scanline(unsigned char* row, G4ScaleInfo* info);
     ImgULong calculateBackground();
-    CImg1* expanded(const ImgRect& rect);
-    // g4image/scale.cpp, reduce.cpp
+    // g4image/scale.cpp, reduce_ink.cpp, reduce_grey.cpp
     CImg1* Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg1* Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg1* Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg32* Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     ImgErr decode_enlarge_scanline(unsigned char* row, G4ScaleInfo* info);
     ImgErr decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info);
-    ImgErr decode_reduce_scanline_grey(G4ScaleInfo* info);
-    CImg1* reducedByCounts(CImg1* result, const ImgRect& rect);
-    CImg1* reducedBySpans(CImg1* result, const ImgRect& rect, bool& again);
-    CImg1* emptyResult(ImgULong newWidth, ImgULong newHeight);
-    template <class OnRow, class OnBand>
-    bool walkBands(ImgULong height, ImgULong bands, OnRow onRow, OnBand onBand);
+    ImgErr decode_reduce_scanline_grey(ImgULong* row, G4ScaleInfo* info, ImgULong* sums);
     // g4image/turn.cpp
     CImg1* mirrorX();
     CImg1* mirrorY();

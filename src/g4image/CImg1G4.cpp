@@ -1,9 +1,9 @@
 #include "tilepress/CImg1G4.h"
 
 #include "ccitt/coded_bytes.h"
-#include "ccitt/padded_line.h"
 #include "foundation/heap.h"
 #include "model/bilevel_row.h"
+#include "model/temporary.h"
 #include "tilepress/Export.h"
 
 #include <cstddef>
@@ -30,44 +30,21 @@ CImg1G4::CImg1G4()
       tileLengths(nullptr), currentRow(kUnset), rowInTileRow(kUnset), currentTileRow(kUnset), firstTileColumn(kUnset),
       firstTileRow(kUnset), lastTileColumn(kUnset), lastTileRow(kUnset) {}
 
-/// Records, lengths and lines for the header's tiles; on failure what was obtained is left to freeGrid.
-bool CImg1G4::allocateGrid() {
-    const std::size_t across = getWidthInTiles(), down = getHeightInTiles();
-    tileRows = allocate<Img1G4Tile*>(down);
-    lineBufferA = allocate<int32_t*>(across);
-    lineBufferB = allocate<int32_t*>(across);
-    tileLengths = allocate<ImgULong>(numberOfTiles);
-    if (!tileRows || !lineBufferA || !lineBufferB || !tileLengths) return false;
-
-    // An array that cannot be must not reach new, which would end the process: one more for its count.
-    if ((std::uint64_t{numberOfTiles} + 1) * sizeof(Img1G4Tile) > PTRDIFF_MAX) return false;
-    Img1G4Tile* const records = new (std::nothrow) Img1G4Tile[numberOfTiles];
-    if (!records) return false;
-    for (std::size_t row = 0; row < down; ++row) tileRows[row] = records + row * across;
-
-    for (std::size_t column = 0; column < across; ++column) {
-        lineBufferA[column] = allocateLine(tileWidth);
-        lineBufferB[column] = allocateLine(tileWidth);
-        if (!lineBufferA[column] || !lineBufferB[column]) return false;
-    }
-    return true;
+/// A line for every tile column, in one block that the first of them owns; null when memory runs out.
+static int32_t** makeLines(std::size_t across, ImgULong tileWidth) {
+    const std::size_t length = std::size_t{tileWidth} + 6;
+    if (length < tileWidth || length > SIZE_MAX / across) return nullptr;
+    Heap<int32_t> block(std::uint64_t{length} * across);
+    int32_t** const lines = block ? allocate<int32_t*>(across) : nullptr;
+    if (!lines) return nullptr;
+    for (std::size_t column = 0; column < across; ++column) lines[column] = block.get() + column * length;
+    block.release();
+    return lines;
 }
 
-void CImg1G4::freeGrid() {
-    if (Img1G4Tile* const records = tileRows ? tileRows[0] : nullptr) {
-        for (std::size_t k = 0; k < numberOfTiles; ++k) std::free(records[k].data);
-        delete[] records;
-    }
-    for (int32_t** lines : {lineBufferA, lineBufferB}) {
-        const std::size_t across = lines ? getWidthInTiles() : 0;
-        for (std::size_t column = 0; column < across; ++column) freeLine(lines[column]);
-        std::free(lines);
-    }
-    std::free(tileRows);
-    std::free(tileLengths);
-    tileRows = nullptr;
-    lineBufferA = lineBufferB = nullptr;
-    tileLengths = nullptr;
+static void freeLines(int32_t** lines) {
+    if (lines) std::free(lines[0]);
+    std::free(lines);
 }
 
 bool CImg1G4::initHeader(ImgULong width, ImgULong height, ImgULong tileW, ImgULong tileH, ImgULong background,
@@ -81,13 +58,24 @@ bool CImg1G4::initHeader(ImgULong width, ImgULong height, ImgULong tileW, ImgULo
     padBits = row.padBits;
     bytesPerLine = row.bytes;
     bitsPerSample = samplesPerPixel = 1;
+    const std::size_t across = getWidthInTiles(), down = getHeightInTiles();
     // Kept: a grid that was there is left allocated; shallow copies may share it.
-    tileRows = nullptr;
-    lineBufferA = lineBufferB = nullptr;
-    tileLengths = nullptr;
-    if (allocateGrid()) return true;
-    freeGrid();
-    return false;
+    tileRows = allocate<Img1G4Tile*>(down);
+    tileLengths = allocate<ImgULong>(numberOfTiles);
+    // Kept: working lines where the layout has them; walks have lines of their own.
+    lineBufferA = makeLines(across, tileWidth);
+    lineBufferB = makeLines(across, tileWidth);
+    // An array that cannot be must not reach new, which would end the process: one more for its count.
+    const bool fits = (std::uint64_t{numberOfTiles} + 1) * sizeof(Img1G4Tile) <= PTRDIFF_MAX;
+    Img1G4Tile* const records = tileRows && tileLengths && lineBufferA && lineBufferB && fits
+                                    ? new (std::nothrow) Img1G4Tile[numberOfTiles]
+                                    : nullptr;
+    if (!records) {
+        releaseData();
+        return false;
+    }
+    for (std::size_t k = 0; k < down; ++k) tileRows[k] = records + k * across;
+    return true;
 }
 
 bool CImg1G4::verifyHeader(ImgULong) const { return true; }
@@ -111,7 +99,14 @@ bool CImg1G4::initData(unsigned char** tiles, ImgULong* lengths) {
 }
 
 void CImg1G4::releaseData() {
-    freeGrid();
+    if (Img1G4Tile* const records = tileRows ? tileRows[0] : nullptr) {
+        for (std::size_t k = 0; k < numberOfTiles; ++k) std::free(records[k].data);
+        delete[] records;
+    }
+    freeLines(lineBufferA);
+    freeLines(lineBufferB);
+    std::free(tileRows);
+    std::free(tileLengths);
     *this = CImg1G4();
 }
 
@@ -121,10 +116,9 @@ CImg1G4* CImg1G4::create() { return new (std::nothrow) CImg1G4; }
 
 CImg1G4* CImg1G4::create(ImgULong width, ImgULong height, ImgULong tileW, ImgULong tileH, ImgULong background,
                          ImgULong foreground, ImgAlignmentEnum rowAlignment) {
-    CImg1G4* image = create();
-    if (image && image->initHeader(width, height, tileW, tileH, background, foreground, rowAlignment)) return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg1G4& image) {
+        return image.initHeader(width, height, tileW, tileH, background, foreground, rowAlignment);
+    });
 }
 
 CImg1G4* CImg1G4::create(ImgULong width, ImgULong height, ImgULong tileW, ImgULong tileH, unsigned char** tiles,

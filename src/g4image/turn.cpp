@@ -1,9 +1,12 @@
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg1G4.h"
 
+#include "foundation/refuse.h"
 #include "model/image_kinds.h"
 
 #include <cmath>
+
+using namespace tilepress;
 
 // Cutting and turning expand what they need, once, and leave the rest to the
 // bilevel image.
@@ -18,41 +21,35 @@ static CImg1* turned(CImg1* source, Turn turn) {
     return result;
 }
 
-/// The rectangle as a bilevel image with this image's colours and alignment, or null.
-CImg1* CImg1G4::expanded(const ImgRect& r) {
-    CImg1* result =
-        CImg1::create(r.getWidth(), r.getHeight(), backgroundInterpretation, foregroundInterpretation, alignment);
-    if (!result) {
-        imgRaise(ImgErrCreate);
-        return nullptr;
-    }
-    if (uncompress(result, r)) return result;
+/// The rectangle as a bilevel image with the image's colours and alignment, or null.
+static CImg1* expanded(CImg1G4& image, const ImgRect& r) {
+    CImg1* result = CImg1::create(r.getWidth(), r.getHeight(), image.getBackgroundInterpretation(),
+                                  image.getForegroundInterpretation(), image.getAlignment());
+    if (!result) return refuse(ImgErrCreate);
+    if (image.uncompress(result, r)) return result;
     delete result;
     return nullptr;
 }
 
 IImg* CImg1G4::getSubImage(const ImgRect& r) {
-    if (!tilepress::inside(*this, r)) {
-        imgRaise(ImgErrBadArgument);
-        return nullptr;
-    }
-    return expanded(r);
+    if (!inside(*this, r)) return refuse(ImgErrBadArgument);
+    return expanded(*this, r);
 }
 
 CImg1* CImg1G4::mirrorX() {
-    return turned(expanded(getRect()), [](CImg1& image) { return image.mirrorX(); });
+    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.mirrorX(); });
 }
 CImg1* CImg1G4::mirrorY() {
-    return turned(expanded(getRect()), [](CImg1& image) { return image.mirrorY(); });
+    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.mirrorY(); });
 }
 CImg1* CImg1G4::rotate90() {
-    return turned(expanded(getRect()), [](CImg1& image) { return image.rotate90(); });
+    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.rotate90(); });
 }
 CImg1* CImg1G4::rotateMinus90() {
-    return turned(expanded(getRect()), [](CImg1& image) { return image.rotateMinus90(); });
+    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.rotateMinus90(); });
 }
 CImg1* CImg1G4::rotate180() {
-    return turned(expanded(getRect()), [](CImg1& image) { return image.rotate180(); });
+    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.rotate180(); });
 }
 
 IImg* CImg1G4::mirror(ImgMirT direction) {
@@ -66,9 +63,9 @@ IImg* CImg1G4::mirror(ImgMirT direction) {
 IImg* CImg1G4::rotate(double angle) {
     if (!std::isfinite(angle)) return nullptr;
     snap90(angle, 0.001);
-    if (angle == 0) return expanded(getRect());  // not clone(), which is an empty grid here
+    if (angle == 0) return expanded(*this, getRect());  // not clone(), which is an empty grid here
     if (angle == 90) return rotate90();
     if (angle == 180) return rotate180();
     if (angle == 270) return rotateMinus90();
-    return turned(expanded(getRect()), [angle](CImg1& image) { return image.rotateGeneric(angle); });
+    return turned(expanded(*this, getRect()), [angle](CImg1& image) { return image.rotateGeneric(angle); });
 }

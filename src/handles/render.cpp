@@ -43,8 +43,8 @@ ImgHandle* rotatedByShears(const ImgHandle& image, double degrees) {
 
 // --- scaling --------------------------------------------------------------------------
 
-bool enlarge(const BitArea& to, const BitArea& from) { return enlargeBits(to, from, false); }
-bool reduce(const BitArea& to, const BitArea& from) { return reduceInk(to, from, false); }
+bool enlarge(const BitArea& to, const BitArea& from) { return enlargeBits(to, InkSource(from, false)); }
+bool reduce(const BitArea& to, const BitArea& from) { return reduceInk(to, InkSource(from, false)); }
 template <class Pixel>
 bool enlarge(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
     return enlargePixels(to, from);

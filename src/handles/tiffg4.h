@@ -17,13 +17,13 @@ inline bool livesInBlock(const ImgHandle& image) { return image.header == &image
 
 /// How many tiles there are, for a tile size that is not 0.
 struct TileGrid {
-    std::uint32_t width, height;
+    std::uint32_t width, height, tileWidth, tileHeight;
     std::uint32_t across, down;
 
     explicit TileGrid(const ImgG4Header& header)
         : width(static_cast<std::uint32_t>(quadWidth(header.quads.srcQuad))),
-          height(static_cast<std::uint32_t>(quadHeight(header.quads.srcQuad))), across(count(width, header.tileWidth)),
-          down(count(height, header.tileHeight)) {}
+          height(static_cast<std::uint32_t>(quadHeight(header.quads.srcQuad))), tileWidth(header.tileWidth),
+          tileHeight(header.tileHeight), across(count(width, tileWidth)), down(count(height, tileHeight)) {}
 
     std::uint64_t tiles() const { return std::uint64_t{across} * down; }
 

@@ -10,13 +10,24 @@
 
 namespace tilepress {
 
-/// Calls group(first, size, number) for each mark's positions, in order. No marks, or more than there are
-/// positions, mark every position.
+/// Calls group(first, size, number) for each mark's positions, in order, until it says false, which is the result. No
+/// marks, or more than there are positions, mark every position.
 template <class Group>
-inline void forEachMark(std::uint32_t positions, std::uint32_t marks, Group group) {
+inline bool eachMark(std::uint32_t positions, std::uint32_t marks, Group group) {
     if (marks == 0 || marks > positions) marks = positions;
     MarkWalk mark(positions, marks ? marks : 1);
-    for (std::uint32_t k = 0; k < marks; ++k, mark.advance()) group(mark.position(), mark.run(), k);
+    for (std::uint32_t k = 0; k < marks; ++k, mark.advance())
+        if (!group(mark.position(), mark.run(), k)) return false;
+    return true;
+}
+
+/// The same for all of them.
+template <class Group>
+inline void forEachMark(std::uint32_t positions, std::uint32_t marks, Group group) {
+    eachMark(positions, marks, [&](std::uint32_t first, std::uint32_t size, std::uint32_t number) {
+        group(first, size, number);
+        return true;
+    });
 }
 
 /// Where each mark lies, and `positions` after the last; false when memory runs out.

@@ -42,18 +42,45 @@ struct CellBits {
     }
 };
 
-/// Sets the pixels of the clear `to` whose cells of `from` hold ink. False when memory runs out.
-inline bool reduceInk(const BitArea& to, const BitArea& from, bool whiteIsInk) {
-    const InkRows rows(from, whiteIsInk);
+/// The rows of an area as reductions and enlargements take them, in order. What else rows come from has the same
+/// members.
+struct InkSource {
+    const BitArea area;
+    const InkRows rows;
+
+    InkSource(const BitArea& from, bool whiteIsInk) : area(from), rows(from, whiteIsInk) {}
+    std::uint32_t width() const { return area.width; }
+    std::uint32_t height() const { return area.height; }
+    /// Where the first pixel is in a byte of merged rows.
+    unsigned shift() const { return area.left % 8; }
+
+    /// Gives the pixels that are ink in any of `count` rows, and anything around them, in a whole number of sixteen
+    /// bytes. False when there are no such rows.
+    bool merge(unsigned char* out, std::uint32_t first, std::uint32_t count) const {
+        mergeRows(out, rows, first, count);
+        return true;
+    }
+    /// Gives a row's pixels from the first bit on, and after them anything that fills a word.
+    bool read(unsigned char* out, std::uint32_t y) const {
+        copyBits(out, packedBytes(area.width), rows.row(y), rows.bytes, shift());
+        if (rows.flip[0] != 0)
+            for (std::size_t i = 0; i < 8 * packedWords(area.width); i += 8) storeWord(out + i, ~loadWord(out + i));
+        return true;
+    }
+};
+
+/// Sets the pixels of the clear `to` whose cells hold ink. False when memory or rows run out.
+template <class Source>
+bool reduceInk(const BitArea& to, Source&& from) {
     CellBits cells;
-    if (!cells.prepare(from.left % 8, from.width, to.width)) return false;
+    if (!cells.prepare(from.shift(), from.width(), to.width)) return false;
     Heap<unsigned char> merged(16 * std::uint64_t{cells.firsts.pairs()});
     if (!merged) return false;
-    forEachMark(from.height, to.height, [&](std::uint32_t first, std::uint32_t count, std::uint32_t band) {
-        mergeRows(merged.get(), rows, first, count);
+    return eachMark(from.height(), to.height, [&](std::uint32_t first, std::uint32_t count, std::uint32_t band) {
+        if (!from.merge(merged.get(), first, count)) return false;
         if (findInk(cells.row.get(), merged.get(), cells.firsts, cells.inner.get())) cells.store(to.rows, band);
+        return true;
     });
-    return true;
 }
 
 /// Sets the pixels of the clear `to` whose cells begin with a set bit. False when memory runs out.
@@ -91,13 +118,10 @@ public:
         return true;
     }
 
-    /// Fills the clear row `dst`, `bytes` long, from the pixels from bit `shift` on; false when it stays clear.
-    bool widen(unsigned char* dst, std::size_t bytes, const InkRows& rows, std::size_t y, unsigned shift) {
-        const std::size_t used = packedBytes(width_);
-        copyBits(aligned_.get(), used, rows.row(y), rows.bytes, shift);
-        if (rows.flip[0] != 0)
-            for (std::size_t i = 0; i < 8 * packedWords(width_); i += 8)
-                storeWord(aligned_.get() + i, ~loadWord(aligned_.get() + i));
+    /// Where a row's pixels go before it is widened; as long as whole words of them.
+    unsigned char* row() { return aligned_.get(); }
+    /// Fills the clear row `dst`, `bytes` long, from row(); false when it stays clear.
+    bool widen(unsigned char* dst, std::size_t bytes) {
         clearFrom(aligned_.get(), 8 * packedWords(width_), width_);
         loadWords(src_.get(), aligned_.get(), 8 * packedWords(width_));
         if (std::all_of(src_.get(), src_.get() + packedWords(width_), [](std::uint64_t w) { return w == 0; }))
@@ -120,17 +144,19 @@ private:
     BitMoves lasts_;
 };
 
-/// Repeats the pixels of `from` over the clear `to`. False when memory runs out.
-inline bool enlargeBits(const BitArea& to, const BitArea& from, bool whiteIsInk) {
-    const InkRows rows(from, whiteIsInk);
+/// Repeats pixels over the clear `to`. False when memory or rows run out.
+template <class Source>
+bool enlargeBits(const BitArea& to, Source&& from) {
     const std::size_t bytes = static_cast<std::size_t>(to.rows.stride);
-    Widener widener(from.width, to.width);
+    Widener widener(from.width(), to.width);
     if (!widener.prepare()) return false;
-    forEachMark(to.height, from.height, [&](std::uint32_t first, std::uint32_t copies, std::uint32_t y) {
-        if (!widener.widen(to.rows[first], bytes, rows, y, from.left % 8)) return;
-        for (std::uint32_t copy = 1; copy < copies; ++copy) std::memcpy(to.rows[first + copy], to.rows[first], bytes);
+    return eachMark(to.height, from.height(), [&](std::uint32_t first, std::uint32_t copies, std::uint32_t y) {
+        if (!from.read(widener.row(), y)) return false;
+        const bool inked = widener.widen(to.rows[first], bytes);
+        for (std::uint32_t copy = 1; inked && copy < copies; ++copy)
+            std::memcpy(to.rows[first + copy], to.rows[first], bytes);
+        return true;
     });
-    return true;
 }
 
 }  // namespace tilepress

@@ -20,4 +20,11 @@ struct Discard {
 template <class Image>
 using Temporary = std::unique_ptr<Image, Discard>;
 
+/// The image that finish(image) completes. Null where it cannot, and the image ended; also for null.
+template <class Image, class Finish>
+Image* finished(Image* image, Finish finish) {
+    Temporary<Image> owned(image);
+    return image && finish(*image) ? owned.release() : nullptr;
+}
+
 }  // namespace tilepress

@@ -4,6 +4,7 @@
 // would take about as long as copying them.
 
 #include "model/row_table.h"
+#include "model/temporary.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
 
@@ -36,14 +37,6 @@ struct FreshPixels {
         return finished(CImg32::create(), [&](CImg32& image) {
             return image.initHeader(width, height, width, height, order) && make(image, false);
         });
-    }
-
-private:
-    template <class Image, class Finish>
-    static Image* finished(Image* image, Finish finish) {
-        if (image && finish(*image)) return image;
-        delete image;
-        return nullptr;
     }
 };
 

@@ -15,23 +15,25 @@ TileWalk::TileWalk(const TileLayout& layout, const TileSource& source, const Pag
       firstColumn_(rect.left / layout.tileWidth),
       columns_((rect.left + (rect.width - 1)) / layout.tileWidth - firstColumn_ + 1) {}
 
+bool TileWalk::prepare() {
+    // Tiles that no row of fits are found out by begin.
+    if (cursors_ || layout_.tileWidth > kWidestTile) return true;
+    if ((std::uint64_t{columns_} + 1) * sizeof(RowCursor) > PTRDIFF_MAX) return fail(WalkEnd::noMemory);
+    cursors_ = new (std::nothrow) RowCursor[columns_];
+    const bool got = cursors_ && std::all_of(cursors_, cursors_ + columns_, [this](RowCursor& cursor) {
+                         return cursor.prepare(layout_.tileWidth, how_, layout_.blackPaper);
+                     });
+    return got || fail(WalkEnd::noMemory);
+}
+
 bool TileWalk::begin() {
-    if (layout_.tileWidth > kWidestTile) return fail(WalkEnd::damaged);
-    if (!prepare()) return fail(WalkEnd::noMemory);
-    const std::uint32_t above = rect_.top % layout_.tileHeight;
-    row_ = rect_.top - above;
+    if (!prepare()) return false;
+    if (!cursors_) return fail(WalkEnd::damaged);
+    row_ = rect_.top - rect_.top % layout_.tileHeight;
     if (!enterTileRow()) return false;
     while (row_ < rect_.top)
         if (!skip()) return false;
     return true;
-}
-
-bool TileWalk::prepare() {
-    if ((std::uint64_t{columns_} + 1) * sizeof(RowCursor) > PTRDIFF_MAX) return false;
-    cursors_ = new (std::nothrow) RowCursor[columns_];
-    return cursors_ && std::all_of(cursors_, cursors_ + columns_, [this](RowCursor& cursor) {
-               return cursor.prepare(layout_.tileWidth, how_, layout_.blackPaper);
-           });
 }
 
 bool TileWalk::enterTileRow() {

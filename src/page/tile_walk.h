@@ -67,6 +67,8 @@ public:
     TileWalk& operator=(const TileWalk&) = delete;
     ~TileWalk() { delete[] cursors_; }
 
+    /// Takes the memory for lists; false when it runs out. Else done by begin.
+    bool prepare();
     /// Goes to the rectangle's first row. False when the walk has ended already.
     bool begin();
     /// Decodes a row and hands each of its tiles to onTile(const TileRow&) as soon as it is decoded. False when the
@@ -76,11 +78,12 @@ public:
     bool skip() {
         return next([](const TileRow&) {});
     }
-    /// Calls onRow(Row&) for every row of the rectangle that is left. False when the walk has ended before the last.
+    /// Calls onRow(y) for every row of the rectangle, which decodes it by next or leaves it. False when the walk has
+    /// ended before the last one.
     template <class OnRow>
     bool rows(OnRow onRow);
-    class Row;
 
+    const PageRect& rect() const { return rect_; }
     /// The page's row that comes next.
     std::uint32_t row() const { return row_; }
     /// Why the walk ended, and of damage where.
@@ -92,7 +95,6 @@ public:
     static std::uint64_t memory(const TileLayout& layout, const PageRect& rect);
 
 private:
-    bool prepare();
     bool enterTileRow();
     bool goesOn(std::uint32_t k, RowStatus status);
     bool fail(WalkEnd end) {
@@ -110,28 +112,6 @@ private:
     std::uint32_t row_ = 0, rowInTile_ = 0, filledIn_ = 0;
     WalkEnd end_ = WalkEnd::none;
     TileDamage damage_{};
-};
-
-/// The row that a walk has come to. One that nobody asks for is decoded and left.
-class TileWalk::Row {
-public:
-    /// Its number in the rectangle.
-    std::uint32_t number() const { return number_; }
-    /// As TileWalk::next; once for a row.
-    template <class OnTile>
-    bool tiles(OnTile onTile) {
-        asked_ = true;
-        return good_ = walk_.next(onTile);
-    }
-
-private:
-    friend TileWalk;
-    Row(TileWalk& walk, std::uint32_t number) : walk_(walk), number_(number) {}
-    bool finish() { return asked_ ? good_ : walk_.skip(); }
-
-    TileWalk& walk_;
-    std::uint32_t number_;
-    bool asked_ = false, good_ = false;
 };
 
 template <class OnTile>
@@ -152,10 +132,9 @@ bool TileWalk::next(OnTile onTile) {
 
 template <class OnRow>
 bool TileWalk::rows(OnRow onRow) {
-    while (row_ - rect_.top < rect_.height) {
-        Row row(*this, row_ - rect_.top);
-        onRow(row);
-        if (!row.finish()) return false;
+    for (std::uint32_t y = 0; y < rect_.height; ++y) {
+        onRow(y);
+        if (end_ != WalkEnd::none || (row_ - rect_.top == y && !skip())) return false;
     }
     return true;
 }

@@ -42,8 +42,8 @@ IImg* dispatch(const Image& image, const ImgRect& src, ImgULong width, ImgULong 
     if (how == ImageScaleEnlarge) return enlarge(width, height);
     if (how == ImageScaleReduce) return reduce();
     // One dimension grows first; the other is a pure reduction of what comes of that.
-    const tilepress::Temporary<Image> grown(
-        how == ImageScaleReduceXEnlargeY ? enlarge(src.getWidth(), height) : enlarge(width, src.getHeight()));
+    const tilepress::Temporary<Image> grown(how == ImageScaleReduceXEnlargeY ? enlarge(src.getWidth(), height)
+                                                                             : enlarge(width, src.getHeight()));
     return grown ? grown->scale(grown->getRect(), width, height, attr) : nullptr;
 }
 

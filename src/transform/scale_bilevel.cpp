@@ -22,32 +22,32 @@ using namespace tilepress;
 CImg1* CImg1::Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
     if (!enlarges(*this, src, dstWidth, dstHeight)) return nullptr;
     const bool whiteIsInk = calculateBackground() == 1;
-    CImg1* const result = createScaled(*this, dstWidth, dstHeight);
-    if (!result) return nullptr;
-    result->setBackgroundColor(0);
-    return finished(result, enlargeBits(areaOf(*result), areaOf(*this, src), whiteIsInk));
+    return finished(createScaled(*this, dstWidth, dstHeight), [&](CImg1& result) {
+        result.setBackgroundColor(0);
+        return enlargeBits(areaOf(result), InkSource(areaOf(*this, src), whiteIsInk));
+    });
 }
 
 CImg1* CImg1::Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
     if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
     const bool whiteIsInk = calculateBackground() == 1;
-    CImg1* const result = createScaled(*this, dstWidth, dstHeight);
-    if (!result) return nullptr;
-    result->setBackgroundColor(0);
-    return finished(result, reduceInk(areaOf(*result), areaOf(*this, src), whiteIsInk));
+    return finished(createScaled(*this, dstWidth, dstHeight), [&](CImg1& result) {
+        result.setBackgroundColor(0);
+        return reduceInk(areaOf(result), InkSource(areaOf(*this, src), whiteIsInk));
+    });
 }
 
 CImg1* CImg1::QuickReduce_bkg(ImgULong dstWidth, ImgULong dstHeight, ImgRect& src, ImgULong background) {
     if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
-    CImg1* const result = createScaled(*this, dstWidth, dstHeight);
     // Kept: with another background bits would only be cleared, and all of them are clear from the start.
-    if (!result || background != 0) return result;
-    return finished(result, reduceInk(areaOf(*result), areaOf(*this, src), false));
+    return finished(createScaled(*this, dstWidth, dstHeight), [&](CImg1& result) {
+        return background != 0 || reduceInk(areaOf(result), InkSource(areaOf(*this, src), false));
+    });
 }
 
 /// Every cell's top left pixel as it is; no request leads here.
 CImg1* CImg1::Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
     if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
-    CImg1* const result = createScaled(*this, dstWidth, dstHeight);
-    return result ? finished(result, pickFirsts(areaOf(*result), areaOf(*this, src))) : nullptr;
+    return finished(createScaled(*this, dstWidth, dstHeight),
+                    [&](CImg1& result) { return pickFirsts(areaOf(result), areaOf(*this, src)); });
 }

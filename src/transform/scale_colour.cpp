@@ -10,19 +10,20 @@ namespace {
 template <class Image>
 Image* enlarged(const Image& source, ImgULong width, ImgULong height, const ImgRect& part) {
     if (!enlarges(source, part, width, height)) return nullptr;
-    Image* const result = createLike(source, width, height);
-    return finished(result, result && enlargePixels(areaOf(*result), areaOf(source, part)));
+    return finished(createLike(source, width, height),
+                    [&](Image& result) { return enlargePixels(areaOf(result), areaOf(source, part)); });
 }
 
 /// Fills the first `width` by `height` pixels of `result`, which may be null; `background` is none or one colour.
 template <class Image, class... Background>
 Image* reduced(Image* result, const Image& source, ImgULong width, ImgULong height, const ImgRect& part,
                Background... background) {
-    if (!result) return nullptr;
-    auto to = areaOf(*result);
-    to.width = width;
-    to.height = height;
-    return finished(result, reducePixels(to, areaOf(source, part), background...));
+    return finished(result, [&](Image& image) {
+        auto to = areaOf(image);
+        to.width = width;
+        to.height = height;
+        return reducePixels(to, areaOf(source, part), background...);
+    });
 }
 
 }  // namespace

@@ -27,11 +27,4 @@ bool reduces(const Image& image, const ImgRect& part, ImgULong width, ImgULong h
     return hasPart(image, part) && width != 0 && height != 0 && width <= part.getWidth() && height <= part.getHeight();
 }
 
-/// The result, or null in its place when it could not be finished.
-template <class Image>
-Image* finished(Image* result, bool done) {
-    Temporary<Image> owned(result);
-    return done ? owned.release() : nullptr;
-}
-
 }  // namespace tilepress
