@@ -112,8 +112,9 @@ TEST(Compressed, NoWalkMakesAnythingOfABareObject) {
     ImgScaleAttr grey{32}, ink{1};
     for (const auto& [width, height] : {std::pair(1u, 1u), {2u, 2u}, {1u, 3u}})
         for (ImgScaleAttr* attr : {&grey, &ink})
-            EXPECT_EQ(raisedBy([&] { EXPECT_EQ(bare->scale(ImgRect(1, 1), width, height, *attr), nullptr); }),
-                      (Raised{1, ImgErrDecode}))
+            EXPECT_EQ(
+                raisedBy([&, w = width, h = height] { EXPECT_EQ(bare->scale(ImgRect(1, 1), w, h, *attr), nullptr); }),
+                (Raised{1, ImgErrDecode}))
                 << width << " x " << height;
     for (double degrees : {0., 10., 90., 180., 270.}) EXPECT_EQ(bare->rotate(degrees), nullptr) << degrees;
     EXPECT_EQ(bare->mirror(ImgMirX), nullptr);

@@ -4,14 +4,20 @@
 // are 64-bit words whose highest bit is the first pixel, whatever the host.
 
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 namespace tilepress {
 
-inline std::uint64_t swapBytes(std::uint64_t v) { return __builtin_bswap64(v); }
-inline std::uint32_t swapBytes(std::uint32_t v) { return __builtin_bswap32(v); }
+/// Of four or eight bytes, whatever the type's name is.
+template <std::unsigned_integral Word>
+inline Word swapBytes(Word v) {
+    static_assert(sizeof(Word) == 4 || sizeof(Word) == 8);
+    if constexpr (sizeof(Word) == 8) return __builtin_bswap64(v);
+    else return __builtin_bswap32(v);
+}
 
 /// Eight bytes as a word, first byte highest.
 inline std::uint64_t loadWord(const unsigned char* p) {
