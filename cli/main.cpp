@@ -1,7 +1,10 @@
 // The command-line tool: options, and what a command ends with.
 
+#include "base/console.h"
 #include "base/failure.h"
+#include "base/guarded.h"
 #include "base/memory_limit.h"
+#include "base/nearest_word.h"
 #include "commands/convert.h"
 #include "commands/info.h"
 #include "commands/render.h"
@@ -11,11 +14,11 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
-#include <functional>
 #include <initializer_list>
-#include <new>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,15 +27,9 @@ namespace {
 
 constexpr const char* kFooter =
     "Exit codes: 0 good; 1 usage or file error; 2 damaged Group 4 data (what could be decoded is written);\n"
-    "3 not a bilevel Group 4 TIFF, or not supported; 4 a size limit.";
-
-void addInfo(CLI::App& app, InfoOptions& options) {
-    CLI::App& info = *app.add_subcommand("info", "Tell what TIFF files hold; decodes nothing");
-    info.add_option("FILE", options.files, "TIFF files; - is standard input")->required()->type_name("");
-    info.add_option("--page", options.page, "This page only, from 1")->check(CLI::PositiveNumber)->type_name("N");
-    info.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
-    info.footer(kFooter);
-}
+    "3 not a bilevel Group 4 TIFF, or not supported; 4 a limit of size or memory. Of several files the most serious: "
+    "2, 1, "
+    "4, 3.";
 
 /// Adds an option whose text `parse` turns into a value.
 template <class Value, class Parse>
@@ -61,21 +58,42 @@ CLI::Option* addChoice(CLI::App& app, const char* name, Value& value,
     return addParsed(app, name, value, parse, what)->type_name(list);
 }
 
+void addPage(CLI::App& app, unsigned& page, const char* what) {
+    const auto parse = [](const std::string& text) {
+        unsigned number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [last, error] = std::from_chars(text.data(), end, number);
+        if (error != std::errc() || last != end || number == 0)
+            throw Failure(Exit::failed, fmt::format("'{}' is no page: pages are counted from 1", text));
+        return number;
+    };
+    addParsed(app, "--page", page, parse, what)->type_name("N");
+}
+
+void addOutput(CLI::App& app, OutputOptions& output, const char* what) {
+    app.add_option("-o,--output", output.path, what)->required()->type_name("OUT");
+    app.add_flag("-f,--force", output.force, "Replace the input, should the output be the same file");
+    app.add_flag("-n,--no-clobber", output.keepExisting, "Leave an output that exists already, and do nothing");
+}
+
+void addInfo(CLI::App& app, InfoOptions& options) {
+    CLI::App& info = *app.add_subcommand("info", "Tell what TIFF files hold; decodes nothing");
+    info.add_option("FILE", options.files, "TIFF files; - is standard input")->required()->type_name("");
+    addPage(info, options.page, "This page only, from 1");
+    info.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
+    info.footer(kFooter);
+}
+
 /// The options that render and convert share.
 template <class Options>
 void addCommon(CLI::App& app, Options& options) {
     app.add_option("IN", options.input, "A Group 4 TIFF, PNG, or raw PBM, PGM or PPM file; - is standard input")
         ->required()
         ->type_name("");
-    app.add_option("-o,--output", options.output,
-                   "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output")
-        ->required()
-        ->type_name("OUT");
+    addOutput(app, options.output, "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output");
     app.add_option("--format", options.format, "The picture's format, whatever the ending of its name; PNG for -")
         ->type_name("FORMAT");
-    app.add_option("--page", options.page, "The page of a TIFF file, from 1")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
+    addPage(app, options.page, "The page of a TIFF file, from 1");
     app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")
         ->capture_default_str()
         ->type_name("N");
@@ -130,9 +148,7 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
 /// encode and repack.
 void addPacking(CLI::App& packing, const char* input, RepackOptions& options) {
     packing.add_option("IN", options.input, input)->required()->type_name("");
-    packing.add_option("-o,--output", options.output, "The TIFF file; - is standard output")
-        ->required()
-        ->type_name("OUT");
+    addOutput(packing, options.output, "The TIFF file; - is standard output");
     CLI::Option* const tile =
         packing.add_option("--tile", options.layout.tile, "Square tiles of this side, a multiple of 16; 512 otherwise")
             ->type_name("N")
@@ -167,23 +183,50 @@ void addVerify(CLI::App& app, VerifyOptions& options) {
     verify.footer(kFooter);
 }
 
-int guarded(const std::function<int()>& command) {
-    try {
-        return command();
-    } catch (const Failure& failure) {
-        fmt::print(stderr, "tilepress: {}\n", failure.what());
-        return static_cast<int>(failure.code);
-    } catch (const std::bad_alloc&) {
-        fmt::print(stderr, "tilepress: not enough memory; --max-memory allows more\n");
-        return static_cast<int>(Exit::tooLarge);
+/// The word where a command is expected.
+std::string commandWord(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--max-memory") ++i;
+        else if (word.empty() || word[0] != '-') return word;
     }
+    return "";
 }
 
-}  // namespace
+/// Says which command may have been meant; false for one that is known.
+bool complainOfCommand(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    if (word.empty() || std::ranges::find(names, word) != names.end()) return false;
+    const std::string nearest = nearestWord(word, names);
+    complain(fmt::format("'{}' is no command{}; tilepress --help lists them", word,
+                         nearest.empty() ? "" : fmt::format(", did you mean '{}'?", nearest)));
+    return true;
+}
 
-int main(int argc, char** argv) {
+/// Help, the version, or what is wrong with the command line. The result is the exit code.
+int printParseResult(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream out, messages;
+    const bool good = app.exit(error, out, messages) == 0;
+    std::string text = messages.str();
+    if (!text.empty() && text.back() == '\n') text.pop_back();
+    if (!text.empty()) remark(text);
+    return guarded([&] {
+        printText(out.str());
+        return static_cast<int>(good ? Exit::good : Exit::failed);
+    });
+}
+
+int runHelp(const CLI::App& app, const std::string& command) {
+    if (complainOfCommand(app, command)) return static_cast<int>(Exit::failed);
+    printText(command.empty() ? app.help() : app.get_subcommand(command)->help());
+    return static_cast<int>(Exit::good);
+}
+
+int run(int argc, char** argv) {
     CLI::App app("Reads bilevel Group 4 TIFF pages without expanding them.", "tilepress");
-    app.set_version_flag("--version", TILEPRESS_VERSION);
+    app.set_version_flag("-V,--version", TILEPRESS_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
     app.footer(kFooter);
@@ -203,17 +246,28 @@ int main(int argc, char** argv) {
                "A bilevel PBM, PNG or TIFF file; - is standard input", encode);
     addPacking(*app.add_subcommand("repack", "Lay the pages of a TIFF file out anew, in tiles or strips of Group 4"),
                "A bilevel TIFF file; - is standard input", repack);
+    std::string helpFor;
+    app.add_subcommand("help", "Print this text, or that of a command")->add_option("COMMAND", helpFor)->type_name("");
+    if (complainOfCommand(app, commandWord(argc, argv))) return static_cast<int>(Exit::failed);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? static_cast<int>(Exit::good) : static_cast<int>(Exit::failed);
+        return printParseResult(app, error);
     }
     return guarded([&] {
         limitMemory(maxMemory);
+        if (app.got_subcommand("help")) return runHelp(app, helpFor);
         if (app.got_subcommand("info")) return runInfo(info);
         if (app.got_subcommand("verify")) return runVerify(verify);
         if (app.got_subcommand("encode")) return runEncode(encode);
         if (app.got_subcommand("repack")) return runRepack(repack);
         return app.got_subcommand("convert") ? runConvert(convert) : runRender(render);
     });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    prepareConsole();
+    return endConsole(run(argc, argv));
 }

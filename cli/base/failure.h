@@ -12,6 +12,24 @@ enum class Exit : int {
     tooLarge = 4      ///< a size limit
 };
 
+/// Where an allocation fails.
+constexpr const char* kMemoryMessage = "not enough memory; --max-memory allows more";
+
+/// The more serious of two ends, of files looked at one after the other: damage, then failures, limits and what is not
+/// supported.
+constexpr Exit worse(Exit a, Exit b) {
+    const auto weight = [](Exit exit) {
+        switch (exit) {
+        case Exit::good: return 0;
+        case Exit::unsupported: return 1;
+        case Exit::tooLarge: return 2;
+        case Exit::failed: return 3;
+        default: return 4;
+        }
+    };
+    return weight(a) < weight(b) ? b : a;
+}
+
 /// Ends a command with a message and a code.
 class Failure : public std::runtime_error {
 public:

@@ -10,8 +10,7 @@ Progress::~Progress() { clear(); }
 
 void Progress::show(std::string_view what) {
     if (!enabled_) return;
-    fmt::print(stderr, "\r\033[K{} ...", what);
-    std::fflush(stderr);
+    std::fputs(fmt::format("\r\033[K{} ...", what).c_str(), stderr);
     shown_ = true;
     lastPercent_ = -1;
 }
@@ -26,7 +25,6 @@ void Progress::show(std::string_view what, unsigned long long done, unsigned lon
 
 void Progress::clear() {
     if (!shown_) return;
-    fmt::print(stderr, "\r\033[K");
-    std::fflush(stderr);
+    std::fputs("\r\033[K", stderr);
     shown_ = false;
 }

@@ -1,5 +1,6 @@
 #include "commands/convert.h"
 
+#include "base/console.h"
 #include "base/failure.h"
 #include "base/stats.h"
 #include "picture/picture_reader.h"
@@ -7,8 +8,6 @@
 #include "tiff/g4_page.h"
 
 #include <fmt/format.h>
-
-#include <cstdio>
 
 namespace {
 
@@ -32,11 +31,13 @@ Picture converted(Picture picture, Pixels to) {
 }  // namespace
 
 int runConvert(const ConvertOptions& options) {
+    if (options.output.isDone()) return static_cast<int>(Exit::good);
     Stats stats;
     Progress progress(options.quiet);
-    const Format format = chooseFormat(options.format, options.output);
+    const Format format = chooseFormat(options.format, options.output.path);
     requireFormat(format, options.to);
     InputFile input(options.input);
+    options.output.requireApart(input);
     bool damaged = false;
     Picture picture;
     std::string damage;
@@ -67,6 +68,6 @@ int runConvert(const ConvertOptions& options) {
     progress.clear();
     if (options.stats) stats.print(picture.size());
     if (!damaged) return static_cast<int>(Exit::good);
-    fmt::print(stderr, "tilepress: {}\n", damage);
+    complain(damage);
     return static_cast<int>(Exit::damaged);
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "files/output_file.h"
 #include "picture/picture.h"
 
 #include <string>
 
 struct ConvertOptions {
-    std::string input, output, format;
+    std::string input, format;
+    OutputOptions output;
     unsigned page = 1;
     Pixels to = Pixels::bilevel;
     std::uint64_t maxPixels = std::uint64_t{1} << 28;

@@ -1,5 +1,6 @@
 #include "commands/info.h"
 
+#include "base/console.h"
 #include "base/failure.h"
 #include "base/file_reports.h"
 #include "tiff/tiff_source.h"
@@ -7,7 +8,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace {
 
@@ -39,49 +39,51 @@ Json toJson(const TiffPage& page) {
     return json;
 }
 
-void print(const TiffPage& page) {
+void printPage(const TiffPage& page) {
     const std::string dpi = page.dpiX > 0 ? fmt::format("{:.5g} x {:.5g} dpi", page.dpiX, page.dpiY) : "dpi not given";
-    fmt::print("  page {}: {} x {} pixels, {}\n", page.number, page.size.width, page.size.height, dpi);
-    fmt::print("    {} {}{} of {} x {} pixels", page.tiles, page.tileName(), page.tiles == 1 ? "" : "s",
-               page.tile.width, page.tile.height);
+    print("  page {}: {} x {} pixels, {}\n", page.number, page.size.width, page.size.height, dpi);
+    print("    {} {}{} of {} x {} pixels", page.tiles, page.tileName(), page.tiles == 1 ? "" : "s", page.tile.width,
+          page.tile.height);
     if (!page.tiled && page.tiles > 1 && page.rowsOfTile(page.tiles - 1) != page.tile.height)
-        fmt::print(", the last {} high", page.rowsOfTile(page.tiles - 1));
-    fmt::print("\n    {} bytes compressed", page.compressedBytes);
+        print(", the last {} high", page.rowsOfTile(page.tiles - 1));
+    print("\n    {} bytes compressed", page.compressedBytes);
     if (page.unsupported.empty() && page.compressedBytes > 0)
-        fmt::print(", 1 : {:.1f}", expandedBytes(page) / static_cast<double>(page.compressedBytes));
-    fmt::print("\n    fill order {}, photometric {} ({})", page.fillOrder, page.photometric, photometricName(page));
-    if (page.orientation != 1) fmt::print(", orientation {} (not applied)", page.orientation);
-    fmt::print("\n");
-    if (page.emptyTiles > 0) fmt::print("    {}s without data: {}\n", page.tileName(), page.emptyTiles);
+        print(", 1 : {:.1f}", expandedBytes(page) / static_cast<double>(page.compressedBytes));
+    print("\n    fill order {}, photometric {} ({})", page.fillOrder, page.photometric, photometricName(page));
+    if (page.orientation != 1) print(", orientation {} (not applied)", page.orientation);
+    print("\n");
+    if (page.emptyTiles > 0) print("    {}s without data: {}\n", page.tileName(), page.emptyTiles);
     if (page.truncatedTiles > 0)
-        fmt::print("    {}s that pass the end of the file: {}\n", page.tileName(), page.truncatedTiles);
-    if (page.mayBeUncompressed) fmt::print("    may have parts in uncompressed mode, which count as damaged\n");
-    for (const std::string& why : page.unsupported) fmt::print("    not supported: {}\n", why);
+        print("    {}s that pass the end of the file: {}\n", page.tileName(), page.truncatedTiles);
+    if (page.mayBeUncompressed) print("    may have parts in uncompressed mode, which count as damaged\n");
+    for (const std::string& why : page.unsupported) print("    not supported: {}\n", why);
 }
 
-/// Prints one file, or adds it to the list.
-void report(const std::string& path, const InfoOptions& options, Json& list) {
+Exit report(const std::string& path, const InfoOptions& options, Json& entry) {
     TiffSource source{InputFile(path)};
     const unsigned pages = source.countPages();
-    Json json = {{"file", source.name()}, {"pageCount", pages}, {"pages", Json::array()}};
-    if (!options.json) fmt::print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
+    entry["pageCount"] = pages;
+    entry["pages"] = Json::array();
+    if (!options.json) print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
     const unsigned first = options.page ? options.page : 1, last = options.page ? options.page : pages;
+    Exit worst = Exit::good;
     for (unsigned number = first; number <= last; ++number) {
-        const TiffPage page = source.page(number);
-        if (options.json) json["pages"].push_back(toJson(page));
-        else print(page);
+        Json json = {{"page", number}};
+        worst = worse(worst, reportEntry(json, [&](Json& into) {
+                          const TiffPage page = source.page(number);
+                          into = toJson(page);
+                          if (!options.json) printPage(page);
+                          return Exit::good;
+                      }));
+        entry["pages"].push_back(std::move(json));
     }
-    list.push_back(std::move(json));
-    if (!source.damageOfPageList().empty())
-        throw Failure(Exit::unsupported,
-                      fmt::format("{}: the list of pages is damaged: {}", source.name(), source.damageOfPageList()));
+    source.requirePageList();
+    return worst;
 }
 
 }  // namespace
 
 int runInfo(const InfoOptions& options) {
-    return reportFiles(options.files, options.json, [&](const std::string& path, Json& list) {
-        report(path, options, list);
-        return Exit::good;
-    });
+    return reportFiles(options.files, options.json,
+                       [&](const std::string& path, Json& entry) { return report(path, options, entry); });
 }

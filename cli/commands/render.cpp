@@ -1,5 +1,6 @@
 #include "commands/render.h"
 
+#include "base/console.h"
 #include "base/failure.h"
 #include "base/stats.h"
 #include "picture/picture_reader.h"
@@ -9,7 +10,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <cstdio>
 #include <utility>
 #include <vector>
 
@@ -45,7 +45,7 @@ Drawing plan(const RenderOptions& options, Size page, Pixels pixels, Format form
 class Renderer {
 public:
     explicit Renderer(const RenderOptions& chosen)
-        : options_(chosen), format_(chooseFormat(chosen.format, chosen.output)), progress_(chosen.quiet) {}
+        : options_(chosen), format_(chooseFormat(chosen.format, chosen.output.path)), progress_(chosen.quiet) {}
 
     int renderPage(InputFile input) {
         TiffSource source(std::move(input));
@@ -70,13 +70,12 @@ public:
         picture.dpiY = page.dpiY;
         finish(std::move(picture), drawing);
         if (page.emptyTiles > 0 && !options_.quiet)
-            fmt::print(stderr, "tilepress: {}: page {}: {} of {} {}s have no data and are drawn empty\n", source.name(),
-                       page.number, page.emptyTiles, page.tiles, page.tileName());
+            complain(fmt::format("{}: page {}: {} of {} {}s have no data and are drawn empty", source.name(),
+                                 page.number, page.emptyTiles, page.tiles, page.tileName()));
         for (const TileDamage& tile : salvaged)
-            fmt::print(stderr, "tilepress: {}: page {}: damaged Group 4 data, white from there on: {}\n", source.name(),
-                       page.number, describe(page, tile));
-        if (damaged)
-            fmt::print(stderr, "tilepress: {}: {}\n", source.name(), describeDamage(source, page, drawing.rect));
+            complain(fmt::format("{}: page {}: damaged Group 4 data, white from there on: {}", source.name(),
+                                 page.number, describe(page, tile)));
+        if (damaged) complain(fmt::format("{}: {}", source.name(), describeDamage(source, page, drawing.rect)));
         if (!damaged && salvaged.empty()) return static_cast<int>(Exit::good);
         return static_cast<int>(Exit::damaged);
     }
@@ -115,8 +114,10 @@ private:
 }  // namespace
 
 int runRender(const RenderOptions& options) {
+    if (options.output.isDone()) return static_cast<int>(Exit::good);
     Renderer renderer(options);
     InputFile input(options.input);
+    options.output.requireApart(input);
     return input.kind() == InputFile::Kind::png || input.kind() == InputFile::Kind::pnm
                ? renderer.renderPicture(std::move(input))
                : renderer.renderPage(std::move(input));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/geometry.h"
+#include "files/output_file.h"
 #include "picture/drawing.h"
 
 #include <cstdint>
@@ -8,7 +9,8 @@
 #include <string>
 
 struct RenderOptions {
-    std::string input, output, format;
+    std::string input, format;
+    OutputOptions output;
     unsigned page = 1;
     std::optional<Rect> rect;
     std::optional<double> factor;

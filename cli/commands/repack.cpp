@@ -153,9 +153,6 @@ void addPages(Packer& packer, InputFile input, bool check) {
     const InputFile second = input.again();  // for pages that libtiff decodes
     TiffSource source(std::move(input));
     const unsigned pages = source.countPages();
-    if (!source.damageOfPageList().empty())
-        throw Failure(Exit::damaged,
-                      fmt::format("{}: the list of pages is damaged: {}", source.name(), source.damageOfPageList()));
     const auto forPages = [&](const auto& visit) {
         for (unsigned number = 1; number <= pages; ++number) {
             const TiffPage page = source.page(number);
@@ -168,6 +165,8 @@ void addPages(Packer& packer, InputFile input, bool check) {
     };
     forPages([&](const PageInput& page) { packer.add(page); });
     if (check) forPages([&](const PageInput& page) { packer.check(page); });
+    packer.finish();
+    source.requirePageList();
 }
 
 void addPicture(Packer& packer, const InputFile& input, bool check) {
@@ -181,15 +180,17 @@ void addPicture(Packer& packer, const InputFile& input, bool check) {
                          }};
     packer.add(page);
     if (check) packer.check(page);
+    packer.finish();
 }
 
 int run(const RepackOptions& options, bool pictures) {
+    if (options.output.isDone()) return static_cast<int>(Exit::good);
     InputFile input(options.input);
+    options.output.requireApart(input);
     Packer packer(options);
     if (pictures && (input.kind() == InputFile::Kind::png || input.kind() == InputFile::Kind::pnm))
         addPicture(packer, input, options.check);
     else addPages(packer, std::move(input), options.check);
-    packer.finish();
     return static_cast<int>(Exit::good);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/geometry.h"
+#include "files/output_file.h"
 
 #include <cstdint>
 #include <optional>
@@ -17,7 +18,8 @@ struct G4Layout {
 };
 
 struct RepackOptions {
-    std::string input, output;
+    std::string input;
+    OutputOptions output;
     G4Layout layout;
     std::uint64_t maxInputPixels = std::uint64_t{1} << 32;
     bool check = true, quiet = false;

@@ -1,5 +1,6 @@
 #include "commands/verify.h"
 
+#include "base/console.h"
 #include "base/failure.h"
 #include "base/file_reports.h"
 #include "picture/picture.h"
@@ -10,7 +11,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -19,14 +19,9 @@ namespace {
 /// The same file's pixels as libtiff decodes them.
 class Reference {
 public:
-    explicit Reference(const std::string& path) {
-        if (path == "-") throw Failure(Exit::failed, "--reference reads files twice: not standard input");
-        TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-        TIFFOpenOptionsSetErrorHandlerExtR(options, ignore, nullptr);
-        TIFFOpenOptionsSetWarningHandlerExtR(options, ignore, nullptr);
-        tiff_.reset(TIFFOpenExt(path.c_str(), "rm", options));
-        TIFFOpenOptionsFree(options);
-        if (!tiff_) throw Failure(Exit::unsupported, path + ": libtiff cannot read the file");
+    explicit Reference(InputFile input) {
+        tiff_ = messages_.open(input.release(), input.name(), "rm");
+        if (!tiff_) throw Failure(Exit::unsupported, input.name() + ": libtiff cannot read the file");
     }
     /// Decodes a tile of a page; false when libtiff cannot.
     bool decode(const TiffPage& page, std::uint32_t k) {
@@ -42,11 +37,8 @@ public:
     }
 
 private:
-    static int ignore(TIFF*, void*, const char*, const char*, va_list) { return 1; }
-    struct Closer {
-        void operator()(TIFF* file) const { TIFFClose(file); }
-    };
-    std::unique_ptr<TIFF, Closer> tiff_;
+    LibtiffMessages messages_;
+    TiffHandle tiff_;
     std::vector<unsigned char> pixels_;
     std::size_t rowBytes_ = 0;
 };
@@ -110,50 +102,53 @@ Json toJson(const std::vector<TileDamage>& tiles) {
     return list;
 }
 
-void print(const TiffPage& page, const PageReport& report) {
-    fmt::print("  page {}: {} {}{}, {} rows decoded", page.number, page.tiles, page.tileName(),
-               page.tiles == 1 ? "" : "s", report.rows);
-    if (page.emptyTiles > 0) fmt::print(", {} without data", page.emptyTiles);
-    fmt::print("{}\n", report.damaged.empty() && report.different.empty() ? ", good" : "");
-    for (const TileDamage& tile : report.damaged) fmt::print("    damaged: {}\n", describe(page, tile));
-    for (const TileDamage& tile : report.different) fmt::print("    different: {}\n", describe(page, tile));
+void printPage(const TiffPage& page, const PageReport& report) {
+    print("  page {}: {} {}{}, {} rows decoded", page.number, page.tiles, page.tileName(), page.tiles == 1 ? "" : "s",
+          report.rows);
+    if (page.emptyTiles > 0) print(", {} without data", page.emptyTiles);
+    print("{}\n", report.damaged.empty() && report.different.empty() ? ", good" : "");
+    for (const TileDamage& tile : report.damaged) print("    damaged: {}\n", describe(page, tile));
+    for (const TileDamage& tile : report.different) print("    different: {}\n", describe(page, tile));
 }
 
-/// Prints one file, or adds it to the list; whether all of it is good.
-bool verifyFile(const std::string& path, const VerifyOptions& options, Json& list) {
-    TiffSource source{InputFile(path)};
+Exit verifyPage(TiffSource& source, unsigned number, const VerifyOptions& options, Reference* reference, Json& entry) {
+    const TiffPage page = source.page(number);
+    page.requireSupported(source.name());
+    requirePixels(fmt::format("{}: page {}", source.name(), number), page.size, options.maxInputPixels);
+    requireDrawable(source, page);
+    const PageReport report = verify(source, page, reference);
+    if (!options.json) printPage(page, report);
+    entry.update({{"tiles", page.tiles},
+                  {"emptyTiles", page.emptyTiles},
+                  {"rows", report.rows},
+                  {"damaged", toJson(report.damaged)},
+                  {"different", toJson(report.different)}});
+    return report.damaged.empty() && report.different.empty() ? Exit::good : Exit::damaged;
+}
+
+Exit verifyFile(const std::string& path, const VerifyOptions& options, Json& entry) {
+    InputFile input(path);
     std::optional<Reference> reference;
-    if (options.reference) reference.emplace(path);
+    if (options.reference) reference.emplace(input.again());
+    TiffSource source(std::move(input));
     const unsigned pages = source.countPages();
-    if (!options.json) fmt::print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
-    Json json = {{"file", source.name()}, {"pages", Json::array()}};
-    bool good = true;
+    if (!options.json) print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
+    entry["pages"] = Json::array();
+    Exit worst = Exit::good;
     for (unsigned number = 1; number <= pages; ++number) {
-        const TiffPage page = source.page(number);
-        page.requireSupported(source.name());
-        requirePixels("the page", page.size, options.maxInputPixels);
-        requireDrawable(source, page);
-        const PageReport report = verify(source, page, reference ? &*reference : nullptr);
-        good = good && report.damaged.empty() && report.different.empty();
-        if (!options.json) print(page, report);
-        json["pages"].push_back({{"page", number},
-                                 {"tiles", page.tiles},
-                                 {"emptyTiles", page.emptyTiles},
-                                 {"rows", report.rows},
-                                 {"damaged", toJson(report.damaged)},
-                                 {"different", toJson(report.different)}});
+        Json page = {{"page", number}};
+        worst = worse(worst, reportEntry(page, [&](Json& into) {
+                          return verifyPage(source, number, options, reference ? &*reference : nullptr, into);
+                      }));
+        entry["pages"].push_back(std::move(page));
     }
-    list.push_back(std::move(json));
-    if (!source.damageOfPageList().empty())
-        throw Failure(Exit::damaged,
-                      fmt::format("{}: the list of pages is damaged: {}", source.name(), source.damageOfPageList()));
-    return good;
+    source.requirePageList();
+    return worst;
 }
 
 }  // namespace
 
 int runVerify(const VerifyOptions& options) {
-    return reportFiles(options.files, options.json, [&](const std::string& path, Json& list) {
-        return verifyFile(path, options, list) ? Exit::good : Exit::damaged;
-    });
+    return reportFiles(options.files, options.json,
+                       [&](const std::string& path, Json& entry) { return verifyFile(path, options, entry); });
 }

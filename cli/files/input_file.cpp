@@ -19,7 +19,7 @@
 namespace {
 
 // What a classic TIFF can address.
-constexpr std::uint64_t kMostStandardInput = std::uint64_t{1} << 32;
+constexpr std::uint64_t kMostPiped = std::uint64_t{1} << 32;
 
 [[noreturn]] void fail(const std::string& what) {
     throw Failure(Exit::failed, fmt::format("{}: {}", what, std::strerror(errno)));
@@ -35,25 +35,42 @@ void writeAll(int file, const char* data, std::size_t bytes) {
     }
 }
 
-int copyOfStandardInput() {
+/// Ends a descriptor.
+class Descriptor {
+public:
+    explicit Descriptor(int file) : file_(file) {}
+    ~Descriptor() {
+        if (file_ >= 0) close(file_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return file_; }
+    int release() { return std::exchange(file_, -1); }
+
+private:
+    int file_;
+};
+
+/// What can be read from a pipe or the like, as a file without a name.
+int copyOf(int from, const std::string& name) {
     std::FILE* const unnamed = std::tmpfile();
     if (!unnamed) fail("temporary file");
-    const int file = dup(fileno(unnamed));
+    Descriptor file(dup(fileno(unnamed)));
     std::fclose(unnamed);
-    if (file < 0) fail("temporary file");
+    if (file.get() < 0) fail("temporary file");
     std::array<char, 65536> block;
     std::uint64_t total = 0;
     for (;;) {
-        const ssize_t got = read(STDIN_FILENO, block.data(), block.size());
+        const ssize_t got = read(from, block.data(), block.size());
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) fail("standard input");
+        if (got < 0) fail(name);
         if (got == 0) break;
         total += static_cast<std::uint64_t>(got);
-        if (total > kMostStandardInput) throw Failure(Exit::tooLarge, "standard input: more than 4 GiB");
-        writeAll(file, block.data(), static_cast<std::size_t>(got));
+        if (total > kMostPiped) throw Failure(Exit::tooLarge, name + ": more than 4 GiB");
+        writeAll(file.get(), block.data(), static_cast<std::size_t>(got));
     }
-    lseek(file, 0, SEEK_SET);
-    return file;
+    lseek(file.get(), 0, SEEK_SET);
+    return file.release();
 }
 
 bool startsWith(const unsigned char* bytes, std::string_view with) {
@@ -67,16 +84,29 @@ InputFile::InputFile(const std::string& path) : InputFile(path, path == "-" ? "s
 InputFile InputFile::again() const { return {fmt::format("/proc/self/fd/{}", file_), displayName_}; }
 
 InputFile::InputFile(const std::string& path, std::string name) : displayName_(std::move(name)) {
-    file_ = path == "-" ? copyOfStandardInput() : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file_ < 0) fail(path);
+    // Of a pipe without a writer the end is there at once: opening it must not wait for one.
+    Descriptor file(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status;
-    const bool regular = fstat(file_, &status) == 0 && S_ISREG(status.st_mode);
-    if (regular) {
-        fileBytes_ = static_cast<std::uint64_t>(status.st_size);
-        return;
+    if (file.get() < 0 || fstat(file.get(), &status) != 0) fail(displayName_);
+    if (S_ISREG(status.st_mode)) {
+        device_ = status.st_dev;
+        number_ = status.st_ino;
     }
-    close(file_);
-    throw Failure(Exit::failed, displayName_ + ": not a regular file");
+    if (path == "-" || S_ISFIFO(status.st_mode)) {
+        if (path != "-") fcntl(file.get(), F_SETFL, 0);
+        file_ = copyOf(file.get(), displayName_);
+        if (fstat(file_, &status) != 0) fail(displayName_);
+    } else if (S_ISREG(status.st_mode)) {
+        file_ = file.release();
+    } else {
+        throw Failure(Exit::failed, displayName_ + ": not a regular file");
+    }
+    fileBytes_ = static_cast<std::uint64_t>(status.st_size);
+}
+
+bool InputFile::isAt(const struct stat& other) const {
+    return number_ != 0 && other.st_dev == device_ && other.st_ino == number_;
 }
 
 InputFile::~InputFile() {
@@ -84,8 +114,8 @@ InputFile::~InputFile() {
 }
 
 InputFile::InputFile(InputFile&& other) noexcept
-    : displayName_(std::move(other.displayName_)), file_(std::exchange(other.file_, -1)), fileBytes_(other.fileBytes_) {
-}
+    : displayName_(std::move(other.displayName_)), file_(std::exchange(other.file_, -1)), fileBytes_(other.fileBytes_),
+      device_(other.device_), number_(other.number_) {}
 
 int InputFile::release() { return std::exchange(file_, -1); }
 

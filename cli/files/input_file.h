@@ -1,10 +1,14 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <string>
 
-/// A file to read, or, for "-", standard input, copied to a temporary file that has no name, so that readers can
-/// move in it. Operations throw Failure.
+struct stat;
+
+/// A file to read. Standard input, "-", and pipes with a name are copied to a temporary file that has none, so that
+/// readers can move in it. Operations throw Failure.
 class InputFile {
 public:
     enum class Kind { tiff, png, pnm, other };
@@ -16,6 +20,8 @@ public:
     /// The same file opened once more, with a place of its own.
     InputFile again() const;
 
+    /// Whether `other` is the file that was asked for.
+    bool isAt(const struct stat& other) const;
     /// How messages call it.
     const std::string& name() const { return displayName_; }
     std::uint64_t bytes() const { return fileBytes_; }
@@ -30,4 +36,6 @@ private:
     std::string displayName_;
     int file_ = -1;
     std::uint64_t fileBytes_ = 0;
+    dev_t device_ = 0;  ///< of the file that was asked for, with the number there; 0 and 0 when it is no file
+    ino_t number_ = 0;
 };

@@ -1,63 +1,101 @@
 #include "files/output_file.h"
 
-#include "base/failure.h"
+#include "base/console.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <utility>
 
 namespace {
 
-// What an interruption must not leave behind: a copy of the name that a signal handler may read.
-char pendingName[4096];
+constexpr mode_t kAnyoneWrites = 0222, kPermissions = 0777, kUsual = 0666;
 
-void removePending(int signal) {
-    if (pendingName[0]) unlink(pendingName);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
+/// The name at the end of symbolic links, whether there is a file or not.
+std::string followed(std::filesystem::path path) {
+    constexpr int mostLinks = 40;  // as in the kernel
+    for (int i = 0; i < mostLinks; ++i) {
+        std::error_code none;
+        const auto target = std::filesystem::read_symlink(path, none);
+        if (none) break;
+        path = path.parent_path() / target;
+    }
+    return path;
 }
 
-void setPending(const std::string& name) {
-    pendingName[0] = 0;
-    if (name.empty() || name.size() >= sizeof pendingName) return;
-    std::memcpy(pendingName + 1, name.c_str() + 1, name.size());
-    pendingName[0] = name[0];
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removePending);
+std::string folderOf(const std::string& path) {
+    const auto slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
-bool isOtherThanFile(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+/// Waits until the data are on the disk, where the file system can say so.
+bool synchronise(int descriptor) { return fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP; }
+
+bool synchroniseFolder(const std::string& path) {
+    const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    // Those that may only be written to cannot be opened.
+    if (folder < 0) return errno == EACCES;
+    const bool good = synchronise(folder);
+    const int reason = errno;
+    close(folder);
+    errno = reason;
+    return good;
 }
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& name) : path_(name) {
+bool OutputOptions::isDone() const {
+    struct stat status;
+    if (!keepExisting || path == "-" || lstat(path.c_str(), &status) != 0) return false;
+    complain(path + ": exists, and is left as it is");
+    return true;
+}
+
+void OutputOptions::requireApart(const InputFile& input) const {
+    struct stat status;
+    const bool exists = (path == "-" ? fstat(STDOUT_FILENO, &status) : stat(path.c_str(), &status)) == 0;
+    if (exists && input.isAt(status) && !force)
+        throw Failure(Exit::failed, fmt::format("{}: is the input; --force replaces it", path));
+}
+
+OutputFile::OutputFile(OutputOptions options) : options_(std::move(options)), path_(options_.path) {
+    struct stat status;
     if (path_ == "-") {
         if (isatty(STDOUT_FILENO)) throw Failure(Exit::failed, "a picture is not written to a terminal");
         file_ = stdout;
-    } else if (isOtherThanFile(path_)) {
-        file_ = std::fopen(path_.c_str(), "wb");
+    } else if (stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        file_ = std::fopen(path_.c_str(), "wbe");
     } else {
-        temporary_ = path_ + ".XXXXXX";
-        const int descriptor = mkstemp(temporary_.data());
-        if (descriptor < 0) {
-            temporary_.clear();
-            fail();
-        }
-        setPending(temporary_);
-        const mode_t mask = umask(0);
-        umask(mask);
-        fchmod(descriptor, 0666 & ~mask);
-        file_ = fdopen(descriptor, "wb");
+        path_ = followed(path_);
+        openTemporary();
     }
     if (!file_) fail();
+}
+
+void OutputFile::openTemporary() {
+    struct stat status;
+    const bool exists = stat(path_.c_str(), &status) == 0;
+    // A file that nobody may write is meant to stay, also where root could.
+    if (exists && ((status.st_mode & kAnyoneWrites) == 0 || access(path_.c_str(), W_OK) != 0))
+        throw Failure(Exit::failed, options_.path + ": is read-only");
+    temporary_.emplace(path_);
+    if (!temporary_->good()) fail();
+    const int descriptor = temporary_->descriptor();
+    file_ = fdopen(descriptor, "wb");
+    if (!file_) {
+        close(descriptor);
+        fail();
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    if (exists && fchown(descriptor, status.st_uid, status.st_gid) != 0) errno = 0;  // others' files become ours
+    if (fchmod(descriptor, exists ? status.st_mode & kPermissions : kUsual & ~mask) != 0) fail();
 }
 
 OutputFile::~OutputFile() { discard(); }
@@ -65,13 +103,12 @@ OutputFile::~OutputFile() { discard(); }
 void OutputFile::discard() {
     if (file_ && file_ != stdout) std::fclose(file_);
     file_ = nullptr;
-    if (!temporary_.empty()) unlink(temporary_.c_str());
-    temporary_.clear();
-    setPending({});
+    temporary_.reset();
 }
 
 void OutputFile::fail() const {
-    throw Failure(Exit::failed, fmt::format("{}: {}", path_ == "-" ? "standard output" : path_, std::strerror(errno)));
+    throw Failure(Exit::failed, fmt::format("{}: {}", options_.path == "-" ? "standard output" : options_.path,
+                                            std::strerror(errno)));
 }
 
 void OutputFile::write(const void* data, std::size_t bytes) {
@@ -85,10 +122,14 @@ void OutputFile::copyFrom(std::FILE* other) {
 }
 
 void OutputFile::commit() {
-    if (std::fflush(file_) != 0 || std::ferror(file_)) fail();
-    if (!temporary_.empty()) {
-        if (std::rename(temporary_.c_str(), path_.c_str()) != 0) fail();
-        temporary_.clear();
-    }
-    discard();
+    if (std::fflush(file_) != 0) fail();
+    if (temporary_ && !synchronise(temporary_->descriptor())) fail();
+    std::FILE* const file = std::exchange(file_, nullptr);
+    if (file != stdout && std::fclose(file) != 0) fail();
+    if (!temporary_) return;
+    // Before the old file goes its folder must be able to take the new one; after that, the new name must last.
+    const std::string folder = folderOf(path_);
+    if (!synchroniseFolder(folder) || !temporary_->rename(path_, !options_.keepExisting) || !synchroniseFolder(folder))
+        fail();
+    temporary_.reset();
 }

@@ -4,13 +4,11 @@
 // name, and copied when it is complete.
 
 #include "files/input_file.h"
+#include "files/libtiff.h"
 #include "files/output_file.h"
-
-#include <tiffio.h>
 
 #include <cstdio>
 #include <memory>
-#include <string>
 
 class UnnamedTiff {
 public:
@@ -25,15 +23,10 @@ public:
     void copyTo(OutputFile& output);
 
 private:
-    static int onError(TIFF*, void* message, const char*, const char* format, va_list arguments);
-
     struct FileCloser {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
-    struct TiffCloser {
-        void operator()(TIFF* tiff) const { TIFFCleanup(tiff); }
-    };
-    std::unique_ptr<std::string> message_;  ///< libtiff's first one
     std::unique_ptr<std::FILE, FileCloser> file_;
-    std::unique_ptr<TIFF, TiffCloser> tiff_;
+    LibtiffMessages messages_;
+    TiffHandle tiff_;
 };

@@ -75,7 +75,7 @@ std::unique_ptr<ColorMap> greyRamp() {
     return map;
 }
 
-void requirePixels(const char* what, Size size, std::uint64_t most) {
+void requirePixels(const std::string& what, Size size, std::uint64_t most) {
     if (size.pixels() <= most) return;
     throw Failure(Exit::tooLarge, fmt::format("{} has {} x {} = {} pixels; the limit is {}", what, size.width,
                                               size.height, size.pixels(), most));

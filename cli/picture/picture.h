@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 /// How a picture's pixels are written.
 enum class Pixels { bilevel, grey, palette, rgb };
@@ -45,4 +46,4 @@ Picture pictureOf(IImg* image, bool grey = false);
 std::unique_ptr<ColorMap> greyRamp();
 
 /// Throws Failure when a picture has more pixels than allowed; `what` names it.
-void requirePixels(const char* what, Size size, std::uint64_t most);
+void requirePixels(const std::string& what, Size size, std::uint64_t most);

@@ -40,9 +40,9 @@ void requireFormat(Format format, Pixels pixels) {
         throw Failure(Exit::failed, "PGM holds greys only; choose PPM or PNG");
 }
 
-void writePicture(const Picture& picture, const std::string& path, Format format, Progress& progress) {
+void writePicture(const Picture& picture, const OutputOptions& output, Format format, Progress& progress) {
     requireFormat(format, picture.pixels());
-    OutputFile file(path);
+    OutputFile file(output);
     if (format == Format::png) writePng(picture, file, progress);
     else if (format == Format::tiff) writeTiff(picture, file, progress);
     else writePnm(picture, file, format, progress);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/progress.h"
+#include "files/output_file.h"
 #include "picture/picture.h"
 
 #include <string>
@@ -15,4 +16,4 @@ Format chooseFormat(const std::string& name, const std::string& path);
 void requireFormat(Format format, Pixels pixels);
 
 /// Writes the picture; the file gets its name when it is complete. Throws Failure.
-void writePicture(const Picture& picture, const std::string& path, Format format, Progress& progress);
+void writePicture(const Picture& picture, const OutputOptions& output, Format format, Progress& progress);

@@ -8,8 +8,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <string_view>
 
 void ChangeList::addRun(std::int32_t from, std::int32_t to) {
     if (size_ > 1 && elements_[std::size_t(size_) - 1] == from + 1) {
@@ -140,11 +138,7 @@ private:
 class LibtiffRows : public RowSource {
 public:
     LibtiffRows(InputFile input, const TiffPage& which) : name_(input.name()), page_(which) {
-        TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-        TIFFOpenOptionsSetErrorHandlerExtR(options, onError, this);
-        TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, this);
-        tiff_.reset(TIFFFdOpenExt(input.release(), name_.c_str(), "rm", options));
-        TIFFOpenOptionsFree(options);
+        tiff_ = messages_.open(input.release(), name_, "rm", true);
         if (!tiff_ || !TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(page_.number - 1))) fail();
         rowBytes_ = (std::size_t{page_.size.width} + 7) / 8;
         packed_.resize(static_cast<std::size_t>(TIFFScanlineSize(tiff_.get())) + rowBytes_ + 1);
@@ -152,7 +146,7 @@ public:
     }
     void next(ChangeList& row) override {
         if (!page_.tiled) {
-            if (TIFFReadScanline(tiff_.get(), packed_.data(), y_) != 1 || !damage_.empty()) fail();
+            if (TIFFReadScanline(tiff_.get(), packed_.data(), y_) != 1 || !messages_.empty()) fail();
         } else {
             if (y_ % page_.tile.height == 0) readTileRow();
             std::copy_n(tileRow_.begin() + static_cast<std::ptrdiff_t>(y_ % page_.tile.height * rowBytes_), rowBytes_,
@@ -167,7 +161,7 @@ private:
         const std::size_t tileBytes = (std::size_t{page_.tile.width} + 7) / 8;
         std::vector<unsigned char> tile(static_cast<std::size_t>(TIFFTileSize(tiff_.get())));
         for (std::uint32_t x = 0; x < page_.size.width; x += page_.tile.width) {
-            if (TIFFReadTile(tiff_.get(), tile.data(), x, y_, 0, 0) < 0 || !damage_.empty()) fail();
+            if (TIFFReadTile(tiff_.get(), tile.data(), x, y_, 0, 0) < 0 || !messages_.empty()) fail();
             const std::size_t left = x / 8, bytes = std::min(tileBytes, rowBytes_ - left);
             for (std::size_t i = 0; i < page_.tile.height; ++i)
                 std::copy_n(tile.begin() + static_cast<std::ptrdiff_t>(i * tileBytes), bytes,
@@ -175,30 +169,14 @@ private:
         }
     }
     [[noreturn]] void fail() const {
-        throw Failure(Exit::damaged, fmt::format("{}: page {}: row {} cannot be decoded{}{}", name_, page_.number,
-                                                 y_ + 1, damage_.empty() ? "" : ": ", damage_));
+        throw Failure(messages_.code(Exit::damaged), fmt::format("{}: page {}: row {} cannot be decoded{}", name_,
+                                                                 page_.number, y_ + 1, messages_.reason()));
     }
-    static int onError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
-        char text[512];
-        std::vsnprintf(text, sizeof text, format, arguments);
-        auto& rows = *static_cast<LibtiffRows*>(self);
-        if (rows.damage_.empty()) rows.damage_ = text;
-        return 1;
-    }
-    /// libtiff only warns of a fax row that it had to cut or fill up, and delivers it.
-    static int onWarning(TIFF* file, void* self, const char* module, const char* format, va_list arguments) {
-        return std::string_view(module ? module : "").starts_with("Fax3")
-                   ? onError(file, self, module, format, arguments)
-                   : 1;
-    }
-    struct Closer {
-        void operator()(TIFF* file) const { TIFFClose(file); }
-    };
 
     const std::string name_;
     const TiffPage& page_;
-    std::string damage_;  ///< libtiff's first message; rows may arrive in spite of it
-    std::unique_ptr<TIFF, Closer> tiff_;
+    LibtiffMessages messages_;  ///< rows may arrive in spite of a complaint
+    TiffHandle tiff_;
     std::size_t rowBytes_ = 0;
     std::vector<unsigned char> packed_, tileRow_;
     std::vector<std::uint32_t> changes_;

@@ -3,17 +3,12 @@
 #include "base/failure.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <limits>
 #include <utility>
 
 namespace {
-
-// Directories of real files stay far below; a damaged one must not ask for gigabytes.
-constexpr tmsize_t kMostDirectoryBytes = 512 << 20;
 
 template <class Value>
 Value field(TIFF* tiff, std::uint32_t tag, Value otherwise) {
@@ -97,40 +92,31 @@ void TiffSource::copyTags(TIFF* to) const {
 
 TiffSource::TiffSource(InputFile input) : displayName_(input.name()), fileBytes_(input.bytes()) {
     if (input.kind() != InputFile::Kind::tiff) throw Failure(Exit::unsupported, displayName_ + ": not a TIFF file");
-    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostDirectoryBytes);
-    TIFFOpenOptionsSetErrorHandlerExtR(options, onError, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, this);
     // m: not mapped, so that a file that shrinks cannot kill us; O: tables of tiles are loaded when first asked for;
     // c: strips are reported as they are.
-    const int file = input.release();
-    tiff_.reset(TIFFFdOpenExt(file, displayName_.c_str(), "rmOc", options));
-    TIFFOpenOptionsFree(options);
-    if (tiff_) return;
-    close(file);
-    fail("the TIFF file cannot be read");
-}
-
-TiffSource::~TiffSource() = default;
-
-int TiffSource::onError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
-    char text[512];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    auto& source = *static_cast<TiffSource*>(self);
-    if (source.message_.empty()) source.message_ = text;
-    return 1;
+    tiff_ = messages_.open(input.release(), displayName_, "rmOc");
+    if (!tiff_) fail("the TIFF file cannot be read");
 }
 
 void TiffSource::fail(const std::string& otherwise) {
-    const std::string reason = message_.empty() ? "" : ": " + std::exchange(message_, {});
-    throw Failure(Exit::unsupported, fmt::format("{}: {}{}", displayName_, otherwise, reason));
+    throw Failure(messages_.code(Exit::unsupported),
+                  fmt::format("{}: {}{}", displayName_, otherwise, messages_.reason()));
 }
 
 unsigned TiffSource::countPages() {
-    message_.clear();
+    messages_.clear();
     const unsigned pages = TIFFNumberOfDirectories(tiff_.get());
-    pageListDamage_ = std::exchange(message_, {});
+    pageListDamage_ = messages_.reason();
     return pages;
+}
+
+std::string TiffSource::damageOfPageList() const {
+    return pageListDamage_.empty() ? ""
+                                   : fmt::format("{}: the list of pages is damaged{}", displayName_, pageListDamage_);
+}
+
+void TiffSource::requirePageList() const {
+    if (!pageListDamage_.empty()) throw Failure(Exit::damaged, damageOfPageList());
 }
 
 bool TiffSource::goTo(unsigned number) {
@@ -144,12 +130,16 @@ bool TiffSource::goTo(unsigned number) {
 
 TiffPage TiffSource::page(unsigned number) {
     TIFF* const file = tiff_.get();
-    message_.clear();
+    messages_.clear();
     if (!goTo(number)) {
+        const Failure unreadable(messages_.code(Exit::unsupported),
+                                 fmt::format("{}: page {} cannot be read{}", displayName_, number, messages_.reason()));
         const unsigned pages = countPages();
         if (number > pages)
-            throw Failure(Exit::failed, fmt::format("{}: no page {}: the file has {}", displayName_, number, pages));
-        fail(fmt::format("page {} cannot be read", number));
+            throw Failure(Exit::failed,
+                          fmt::format("{}: no page {}: the file has {}{}", displayName_, number, pages,
+                                      pageListDamage_.empty() ? "" : ", and the list of them is damaged"));
+        throw unreadable;
     }
     TiffPage page;
     page.number = number;
@@ -160,6 +150,8 @@ TiffPage TiffSource::page(unsigned number) {
     page.orientation = field<std::uint16_t>(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     TIFFGetField(file, TIFFTAG_PHOTOMETRIC, &page.photometric);
     if (page.size.width == 0 || page.size.height == 0) fail(fmt::format("page {} has no pixels", number));
+    // What libtiff has against tags that have nothing to do with the pixels is not our concern.
+    messages_.clear();
     addResolution(file, page);
     addUnsupported(file, page);
     addLayout(page);
@@ -194,11 +186,12 @@ void TiffSource::addLayout(TiffPage& page) {
 }
 
 void TiffSource::addSizes(TiffPage& page) {
+    messages_.clear();
     for (std::uint32_t k = 0; k < page.tiles; ++k) {
         int badOffset = 0, badCount = 0;
         TIFFGetStrileOffsetWithErr(tiff_.get(), k, &badOffset);
         const std::uint64_t given = TIFFGetStrileByteCountWithErr(tiff_.get(), k, &badCount);
-        if (badOffset || badCount || !message_.empty())
+        if (badOffset || badCount || !messages_.empty())
             fail(fmt::format("page {}: the place of {} {} cannot be read", page.number, page.tileName(), k + 1));
         const std::uint64_t bytes = tileBytes(k);
         page.compressedBytes += bytes;
@@ -220,7 +213,7 @@ void TiffSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t 
     const tmsize_t got = currentTiled_ ? TIFFReadRawTile(tiff_.get(), k, buffer, asked)
                                        : TIFFReadRawStrip(tiff_.get(), k, buffer, asked);
     if (got != asked)
-        throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes: {}", displayName_, bytes, message_));
+        throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes{}", displayName_, bytes, messages_.reason()));
     if (bytes % 2 != 0) buffer[bytes] = 0;
     if (reversed_)
         for (std::uint64_t i = 0; i < bytes; ++i) buffer[i] = reversedBits(buffer[i]);

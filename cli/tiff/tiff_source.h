@@ -2,8 +2,7 @@
 
 #include "base/geometry.h"
 #include "files/input_file.h"
-
-#include <tiffio.h>
+#include "files/libtiff.h"
 
 #include <cstdint>
 #include <memory>
@@ -42,13 +41,15 @@ struct TiffPage {
 class TiffSource {
 public:
     explicit TiffSource(InputFile input);
-    ~TiffSource();
 
     const std::string& name() const { return displayName_; }
     std::uint64_t bytes() const { return fileBytes_; }
     unsigned countPages();
-    /// What countPages met at the end of a broken list of pages, else empty.
-    const std::string& damageOfPageList() const { return pageListDamage_; }
+    /// What is wrong with the list that countPages went through, for a message; the pages before that can be used.
+    /// Empty for a good one.
+    std::string damageOfPageList() const;
+    /// Throws Failure when it is broken.
+    void requirePageList() const;
     TiffPage page(unsigned number);
     /// Whether the file leaves the tile out: it is as if coded all white.
     bool isEmpty(std::uint32_t k) const;
@@ -63,20 +64,15 @@ public:
     static std::uint64_t paddedBytes(std::uint64_t bytes) { return (bytes + 1) & ~std::uint64_t{1}; }
 
 private:
-    static int onError(TIFF*, void* self, const char* module, const char* format, va_list arguments);
-    static int onWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
     [[noreturn]] void fail(const std::string& otherwise);
     bool goTo(unsigned number);
     void addLayout(TiffPage& page);
     void addSizes(TiffPage& page);
 
-    struct Closer {
-        void operator()(TIFF* file) const { TIFFClose(file); }
-    };
     std::string displayName_;
-    std::string message_;  ///< libtiff's first one
+    LibtiffMessages messages_;
     std::string pageListDamage_;
     std::uint64_t fileBytes_ = 0;
-    std::unique_ptr<TIFF, Closer> tiff_;
+    TiffHandle tiff_;
     bool currentTiled_ = false, reversed_ = false;
 };

@@ -44,7 +44,7 @@ TEST(Repack, ThereAndBackIsTheSameFile) {
     const std::string strip = folder / "strip.tif", tiles = folder / "tiles.tif";
     ASSERT_EQ(tool("repack --single-strip -o " + strip + " " + sample("text.tif")).code, 0);
     ASSERT_EQ(tool("repack -o " + tiles + " " + strip).code, 0);
-    EXPECT_EQ(tool("repack --single-strip - -o - <" + tiles).output, readFile(strip));
+    EXPECT_TRUE(tool("repack --single-strip - -o - <" + tiles).output == readFile(strip));
 }
 
 /// The page by libtiff, black as 0, in another compression; in strips of a row, or in tiles.
@@ -143,7 +143,7 @@ TEST(Verify, NamesWhatIsDamaged) {
     EXPECT_EQ(damaged[0]["tile"], 15);
     EXPECT_EQ(damaged[1]["tile"], 22);
     EXPECT_GT(damaged[0]["byte"], 0);
-    EXPECT_EQ(tool("verify --reference - <" + sample("text.tif")).code, 1);
+    EXPECT_EQ(tool("verify --reference - <" + sample("text.tif")).code, 0);
     EXPECT_EQ(tool("verify /no/such/file " + sample("text.tif")).code, 1);
 }
 

@@ -10,23 +10,6 @@ namespace {
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
-/// Overwrites the value of a tag of the first directory of a little-endian file.
-void setTag(std::string& file, unsigned tag, std::uint32_t value) {
-    const auto read = [&](std::size_t at, int bytes) {
-        std::uint32_t number = 0;
-        for (int i = bytes; i-- > 0;) number = number << 8 | static_cast<unsigned char>(file[at + std::size_t(i)]);
-        return number;
-    };
-    const std::size_t directory = read(4, 4);
-    for (std::size_t entry = directory + 2; entry < directory + 2 + 12 * read(directory, 2); entry += 12) {
-        if (read(entry, 2) != tag) continue;
-        file[entry + 2] = 4;  // LONG
-        for (int i = 0; i < 4; ++i) file[entry + 8 + std::size_t(i)] = static_cast<char>(value >> 8 * i);
-        return;
-    }
-    FAIL() << "no tag " << tag;
-}
-
 TEST(Info, TellsWhatThePagesAre) {
     const Outcome run = tool("info --json " + sample("pages.tif"));
     ASSERT_EQ(run.code, 0);
@@ -193,9 +176,9 @@ TEST(Streams, StandardInputAndOutput) {
     const Folder folder;
     const std::string file = folder / "x.png";
     ASSERT_EQ(tool("render " + sample("text.tif --scale 0.1 -o ") + file).code, 0);
-    EXPECT_EQ(tool("render --scale 0.1 - -o - <" + sample("text.tif")).output, readFile(file));
+    EXPECT_TRUE(tool("render --scale 0.1 - -o - <" + sample("text.tif")).output == readFile(file));
     ASSERT_EQ(tool("render " + sample("text.tif -o ") + (folder / "x.tif")).code, 0);
-    EXPECT_EQ(tool("render - -o - --format tif <" + sample("text.tif")).output, readFile(folder / "x.tif"));
+    EXPECT_TRUE(tool("render - -o - --format tif <" + sample("text.tif")).output == readFile(folder / "x.tif"));
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"x.png", "x.tif"}));
 }
 

@@ -1,5 +1,6 @@
 #include "support.h"
 
+#include <gtest/gtest.h>
 #include <png.h>
 #include <sys/wait.h>
 #include <tiffio.h>
@@ -26,11 +27,11 @@ std::vector<std::string> Folder::names() const {
     return all;
 }
 
-Outcome tool(const std::string& arguments) {
+Outcome tool(const std::string& arguments, const std::string& before) {
     const Folder folder;
     const std::string out = folder / "out", err = folder / "err";
-    const int status =
-        std::system(("{ '" TILEPRESS_TOOL "' " + arguments + "; } >" + out + " 2>" + err + " </dev/null").c_str());
+    const int status = std::system(
+        ("{ " + before + " '" TILEPRESS_TOOL "' " + arguments + "; } >" + out + " 2>" + err + " </dev/null").c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
 }
 
@@ -104,6 +105,22 @@ std::string readFile(const std::string& path) {
 
 void writeFile(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+void setTag(std::string& file, unsigned tag, std::uint32_t value) {
+    const auto read = [&](std::size_t at, int bytes) {
+        std::uint32_t number = 0;
+        for (int i = bytes; i-- > 0;) number = number << 8 | static_cast<unsigned char>(file[at + std::size_t(i)]);
+        return number;
+    };
+    const std::size_t directory = read(4, 4);
+    for (std::size_t entry = directory + 2; entry < directory + 2 + 12 * read(directory, 2); entry += 12) {
+        if (read(entry, 2) != tag) continue;
+        file[entry + 2] = 4;  // LONG
+        for (int i = 0; i < 4; ++i) file[entry + 8 + std::size_t(i)] = static_cast<char>(value >> 8 * i);
+        return;
+    }
+    ADD_FAILURE() << "no tag " << tag;
 }
 
 Raster rendered(const std::string& arguments) {

@@ -14,8 +14,9 @@ struct Outcome {
     std::string output, errors;
 };
 
-/// Runs the tool with the shell's words; standard input is empty unless they redirect it.
-Outcome tool(const std::string& arguments);
+/// Runs the tool with the shell's words; standard input is empty unless they redirect it. `before` are words or
+/// commands before it.
+Outcome tool(const std::string& arguments, const std::string& before = "");
 
 /// A picture in one grey byte a pixel; only the first component of colours.
 struct Raster {
@@ -39,6 +40,8 @@ Raster parsePnm(const std::string& bytes);
 std::string sample(const std::string& name);
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);
+/// Overwrites the value of a tag of the first directory of a little-endian TIFF file.
+void setTag(std::string& file, unsigned tag, std::uint32_t value);
 
 /// The page drawn by the tool, or an empty picture when it failed.
 Raster rendered(const std::string& arguments);

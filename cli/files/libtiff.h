@@ -1,0 +1,47 @@
+#pragma once
+
+// libtiff's files, and what it says about them.
+
+#include "base/failure.h"
+
+#include <tiffio.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <memory>
+#include <string>
+
+struct TiffCloser {
+    void operator()(TIFF* file) const { TIFFClose(file); }
+};
+using TiffHandle = std::unique_ptr<TIFF, TiffCloser>;
+
+/// Keeps the first complaint about a file; outlives it, and stays where it is.
+class LibtiffMessages {
+public:
+    LibtiffMessages() = default;
+    LibtiffMessages(const LibtiffMessages&) = delete;
+    LibtiffMessages& operator=(const LibtiffMessages&) = delete;
+
+    /// Opens a file, whose descriptor ends with it. With `faxWarnings` a row of fax codes that libtiff had to cut or
+    /// fill up is a complaint; other warnings never are. Null: it cannot be opened, and the descriptor is closed.
+    TiffHandle open(int descriptor, const std::string& name, const char* mode, bool faxWarnings = false);
+
+    /// Forgets; before calls whose complaints are wanted.
+    void clear();
+    bool empty() const { return first_.empty(); }
+    /// ": " and the complaint, or nothing.
+    std::string reason() const { return first_.empty() ? "" : ": " + first_; }
+    /// The failure's code: a limit where libtiff had no memory.
+    Exit code(Exit otherwise) const { return systemError_ == ENOMEM ? Exit::tooLarge : otherwise; }
+    /// What the system had against it, as errno has it; 0 for nothing.
+    int systemError() const { return systemError_; }
+
+private:
+    static int onError(TIFF*, void* self, const char*, const char* format, va_list arguments);
+    static int onWarning(TIFF* file, void* self, const char* module, const char* format, va_list arguments);
+
+    std::string first_;
+    int systemError_ = 0;
+    bool faxWarnings_ = false;
+};
