@@ -97,6 +97,10 @@ void addCommon(CLI::App& app, Options& options) {
     app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")
         ->capture_default_str()
         ->type_name("N");
+    app.add_flag("!--no-orient", options.show.orient,
+                 "Leave pixels as they are stored, whatever the orientation tag says");
+    app.add_flag("--square", options.show.square,
+                 "Make pixels square: where resolutions differ, the side of the lower one grows");
     app.add_flag("-q,--quiet", options.quiet, "No progress line");
     app.add_flag("--stats", options.stats, "Print time, peak memory and sizes on standard error");
 }
@@ -104,7 +108,8 @@ void addCommon(CLI::App& app, Options& options) {
 void addRender(CLI::App& app, RenderOptions& options) {
     CLI::App& render = *app.add_subcommand("render", "Draw a page or picture into a picture file");
     addCommon(render, options);
-    addParsed(render, "--rect", options.rect, parseRect, "Only this part of the page, in pixels")->type_name("X,Y,W,H");
+    addParsed(render, "--rect", options.rect, parseRect, "Only this part of the page as it is shown, in pixels")
+        ->type_name("X,Y,W,H");
     CLI::Option* const scale =
         addParsed(render, "--scale", options.factor, parseFactor, "Factor, such as 0.1, 1/10 or 10%")->type_name("F");
     CLI::Option* const size =
@@ -127,12 +132,13 @@ void addRender(CLI::App& app, RenderOptions& options) {
                           "Which colour is the page's ground, the other being foreground; auto (the default) counts "
                           "pixels. Corners that a turn uncovers are white, or black with black");
     addChoice<bool>(render, "--on-error", options.salvage, {{"fail", false}, {"salvage", true}},
-                    "Damaged data: end the picture there (the default), or decode every tile on its own and draw "
-                    "damaged ones white from the bad row on");
+                    "Damaged data: end the picture there (the default), or decode every tile on its own and leave "
+                    "damaged ones blank from the bad row on");
     render.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of the page")
         ->capture_default_str()
         ->type_name("N");
-    render.footer("The part is cut, scaled, mirrored and turned, in this order.\n" + std::string(kFooter));
+    render.footer("The page is set upright; the part is cut, scaled, mirrored and turned, in this order.\n" +
+                  std::string(kFooter));
 }
 
 void addConvert(CLI::App& app, ConvertOptions& options) {

@@ -2,7 +2,6 @@
 
 #include "base/failure.h"
 #include "input.h"
-#include "picture/picture.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
 
@@ -24,20 +23,21 @@ void usePage(TiffSource& source, unsigned number, bool salvage) {
     Drawing drawing;
     drawing.rect = {0, 0, page.size.width, page.size.height};
     drawing.target = {std::min(page.size.width, 50u), std::min(page.size.height, 50u)};
-    std::uint64_t bytes = 0;
     Progress progress(true);
-    std::vector<TileDamage> salvaged;
-    bool damaged = false;
-    {
-        const G4Image image = loadPage(source, page, drawing.rect, bytes, progress, salvage ? &salvaged : nullptr);
-        drawPage(*image, page, drawing, damaged);
+    G4Page codes(source, page, progress);
+    const auto damage = codes.damage();
+    drawPage(codes, drawing, !damage.empty(), salvage);
+    if (!damage.empty()) codes.describeFirst(damage);
+    // What is good for one is good for all.
+    const auto rows = g4Rows(codes);
+    Changes row;
+    bool read = true;
+    try {
+        for (std::uint32_t y = 0; y < page.size.height; ++y) rows->next(row);
+    } catch (const Failure&) {
+        read = false;
     }
-    PROMISE(!(salvage && damaged));
-    describeDamage(source, page, drawing.rect);
-    const DecoderTables tables;
-    const auto rows = g4Rows(source, page);
-    ChangeList row(page.size.width);
-    for (std::uint32_t y = 0; y < page.size.height; ++y) rows->next(row);
+    PROMISE(read || !damage.empty());
 }
 
 }  // namespace

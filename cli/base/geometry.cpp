@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <span>
+#include <utility>
 
 namespace {
 
@@ -67,6 +68,23 @@ void requireInside(const Rect& rect, Size page) {
         return;
     throw Failure(Exit::failed, fmt::format("the rectangle {},{},{},{} is not within the page of {} x {} pixels",
                                             rect.x, rect.y, rect.width, rect.height, page.width, page.height));
+}
+
+Size shownSize(Size stored, std::uint32_t orientation) {
+    return isTurned(orientation) ? Size{stored.height, stored.width} : stored;
+}
+
+Rect storedRect(const Rect& shown, Size stored, std::uint32_t orientation) {
+    Rect rect = shown;
+    if (isTurned(orientation)) {
+        std::swap(rect.x, rect.y);
+        std::swap(rect.width, rect.height);
+    }
+    const bool fromRight = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+    const bool fromBottom = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+    if (fromRight) rect.x = stored.width - rect.x - rect.width;
+    if (fromBottom) rect.y = stored.height - rect.y - rect.height;
+    return rect;
 }
 
 Size scaled(Size from, double factor) { return {pixelCount(from.width * factor), pixelCount(from.height * factor)}; }

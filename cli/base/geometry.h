@@ -26,5 +26,12 @@ double parseFactor(const std::string& text);  ///< 0.1, 1/10 or 10%
 /// Throws Failure when the rectangle is not within the page.
 void requireInside(const Rect& rect, Size page);
 
+/// Whether columns and rows change places, as TIFF's orientation tag has it.
+constexpr bool isTurned(std::uint32_t orientation) { return orientation > 4; }
+/// The size as it is shown.
+Size shownSize(Size stored, std::uint32_t orientation);
+/// Where a rectangle of the shown page is stored.
+Rect storedRect(const Rect& shown, Size stored, std::uint32_t orientation);
+
 Size scaled(Size from, double factor);  ///< rounded up
 Size fitted(Size from, Size box);       ///< the largest of the same shape in the box, at least 1 x 1

@@ -3,11 +3,10 @@
 #include "base/console.h"
 #include "base/failure.h"
 #include "base/stats.h"
-#include "picture/picture_reader.h"
 #include "picture/picture_writer.h"
-#include "tiff/g4_page.h"
+#include "tiff/drawable.h"
 
-#include <fmt/format.h>
+#include <utility>
 
 namespace {
 
@@ -38,36 +37,23 @@ int runConvert(const ConvertOptions& options) {
     requireFormat(format, options.to);
     InputFile input(options.input);
     options.output.requireApart(input);
-    bool damaged = false;
-    Picture picture;
-    std::string damage;
-    if (input.kind() == InputFile::Kind::png || input.kind() == InputFile::Kind::pnm) {
-        stats.compressedBytes = input.bytes();
-        const auto reader = openPicture(std::move(input));
-        requirePixels("the picture", reader->size, options.maxPixels);
-        picture = reader->read({0, 0, reader->size.width, reader->size.height});
-    } else {
-        TiffSource source(std::move(input));
-        const TiffPage page = source.page(options.page);
-        page.requireSupported(source.name());
-        requirePixels("the page", page.size, options.maxPixels);
-        Drawing whole;
-        whole.rect = {0, 0, page.size.width, page.size.height};
-        whole.target = page.size;
-        const G4Image image = loadPage(source, page, whole.rect, stats.compressedBytes, progress);
-        progress.show("decoding");
-        picture = drawPage(*image, page, whole, damaged);
-        picture.dpiX = page.dpiX;
-        picture.dpiY = page.dpiY;
-        if (damaged) damage = fmt::format("{}: {}", source.name(), describeDamage(source, page, whole.rect));
-    }
+    const auto source = openDrawable(std::move(input), options.page);
+    const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
+    Drawing whole;
+    whole.rect = {0, 0, source->size.width, source->size.height};
+    whole.orientation = shown.orientation;
+    whole.target = shown.stretched(shown.size);
+    requirePixels("the picture", whole.target, options.maxPixels);
+    Drawn drawn = source->draw(whole, false, progress);
+    drawn.picture.dpiX = shown.dpiX * shown.stretchX;
+    drawn.picture.dpiY = shown.dpiY * shown.stretchY;
     progress.show("converting");
-    picture = converted(std::move(picture), options.to);
+    const Picture picture = converted(std::move(drawn.picture), options.to);
+    stats.compressedBytes = drawn.compressedBytes;
     stats.expandedBytes = picture.rowBytes() * picture.size().height;
     writePicture(picture, options.output, format, progress);
     progress.clear();
     if (options.stats) stats.print(picture.size());
-    if (!damaged) return static_cast<int>(Exit::good);
-    complain(damage);
-    return static_cast<int>(Exit::damaged);
+    for (const std::string& remark : drawn.remarks) complain(remark);
+    return static_cast<int>(drawn.damaged ? Exit::damaged : Exit::good);
 }

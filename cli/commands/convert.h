@@ -1,13 +1,14 @@
 #pragma once
 
 #include "files/output_file.h"
-#include "picture/picture.h"
+#include "picture/drawing.h"
 
 #include <string>
 
 struct ConvertOptions {
     std::string input, format;
     OutputOptions output;
+    ShowOptions show;
     unsigned page = 1;
     Pixels to = Pixels::bilevel;
     std::uint64_t maxPixels = std::uint64_t{1} << 28;

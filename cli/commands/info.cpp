@@ -50,7 +50,7 @@ void printPage(const TiffPage& page) {
     if (page.unsupported.empty() && page.compressedBytes > 0)
         print(", 1 : {:.1f}", expandedBytes(page) / static_cast<double>(page.compressedBytes));
     print("\n    fill order {}, photometric {} ({})", page.fillOrder, page.photometric, photometricName(page));
-    if (page.orientation != 1) print(", orientation {} (not applied)", page.orientation);
+    if (page.orientation != 1) print(", orientation {}", page.orientation);
     print("\n");
     if (page.emptyTiles > 0) print("    {}s without data: {}\n", page.tileName(), page.emptyTiles);
     if (page.truncatedTiles > 0)

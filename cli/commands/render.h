@@ -11,6 +11,7 @@
 struct RenderOptions {
     std::string input, format;
     OutputOptions output;
+    ShowOptions show;
     unsigned page = 1;
     std::optional<Rect> rect;
     std::optional<double> factor;

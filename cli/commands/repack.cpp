@@ -3,7 +3,6 @@
 #include "base/failure.h"
 #include "base/progress.h"
 #include "files/unnamed_tiff.h"
-#include "tiff/g4_encoder.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
 
@@ -25,10 +24,12 @@ class PageWriter {
 public:
     PageWriter(const UnnamedTiff& to, Size pageSize, const G4Layout& layout)
         : file_(to), size_(pageSize), tiled_(layout.tiled()), part_(layout.part(pageSize)) {
-        for (std::uint32_t left = 0; left < size_.width; left += part_.width) {
-            encoders_.emplace_back(part_.width);
-            rows_.emplace_back(part_.width);
+        for (std::uint64_t left = 0; left < size_.width; left += part_.width) {
+            tp_encoder* opened = nullptr;
+            requireDone(tp_encoder_open(part_.width, 1, nullptr, &opened), kWhat);
+            encoders_.emplace_back(opened);
         }
+        rows_.resize(encoders_.size());
         TIFF* const tiff = file_.get();
         TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, size_.width);
         TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, size_.height);
@@ -46,38 +47,47 @@ public:
         }
     }
 
-    void add(const ChangeList& row) {
-        if (encoders_.size() == 1 && part_.width == size_.width) {
-            encoders_[0].add(row.data(), row.count());
+    void add(const Changes& row) {
+        if (part_.width == size_.width) {
+            addTo(encoders_[0], row);
         } else {
             cut(row);
-            for (std::size_t i = 0; i < encoders_.size(); ++i) encoders_[i].add(rows_[i].data(), rows_[i].count());
+            for (std::size_t i = 0; i < encoders_.size(); ++i) addTo(encoders_[i], rows_[i]);
         }
         if (++y_ % part_.height == 0 || y_ == size_.height) writeParts();
     }
     void finish() const { file_.require(TIFFWriteDirectory(file_.get()) == 1); }
 
 private:
+    static constexpr const char* kWhat = "coding";
+
+    static void addTo(const EncoderHandle& encoder, const Changes& row) {
+        requireDone(tp_encoder_add_changes(encoder.get(), row.data(), static_cast<std::uint32_t>(row.size())), kWhat);
+    }
     /// Distributes the black runs over the columns of tiles.
-    void cut(const ChangeList& row) {
-        for (ChangeList& list : rows_) list.begin();
-        const auto width = static_cast<std::int32_t>(part_.width);
-        row.forRuns([&](std::int32_t from, std::int32_t to) {
-            for (std::int32_t column = from / width; column <= (to - 1) / width; ++column) {
-                const std::int32_t left = column * width;
-                rows_[std::size_t(column)].addRun(std::max(from - left, 0), std::min(to - left, width));
+    void cut(const Changes& row) {
+        for (Changes& part : rows_) part.clear();
+        const std::uint32_t width = part_.width;
+        forRuns(row, size_.width, [&](std::uint32_t from, std::uint32_t to) {
+            for (std::uint32_t column = from / width; column <= (to - 1) / width; ++column) {
+                const std::uint32_t left = column * width;
+                rows_[column].push_back(std::max(from, left) - left);
+                if (to - left < width) rows_[column].push_back(to - left);
             }
         });
-        for (ChangeList& list : rows_) list.close();
     }
     void writeParts() {
-        for (G4Encoder& encoder : encoders_) {
+        for (const EncoderHandle& encoder : encoders_) {
             // Tiles are whole also where the page ends within them.
-            for (std::uint32_t row = y_; tiled_ && row % part_.height != 0; ++row) encoder.addWhite();
-            std::vector<unsigned char> code = encoder.finish();
-            const auto bytes = static_cast<tmsize_t>(code.size());
-            file_.require((tiled_ ? TIFFWriteRawTile(file_.get(), number_, code.data(), bytes)
-                                  : TIFFWriteRawStrip(file_.get(), number_, code.data(), bytes)) == bytes);
+            for (std::uint32_t row = y_; tiled_ && row % part_.height != 0; ++row) addTo(encoder, {});
+            const void* code = nullptr;
+            std::size_t size = 0;
+            requireDone(tp_encoder_finish(encoder.get(), &code, &size), kWhat);
+            // libtiff does not change raw data of this bit order.
+            void* const data = const_cast<void*>(code);
+            const auto bytes = static_cast<tmsize_t>(size);
+            file_.require((tiled_ ? TIFFWriteRawTile(file_.get(), number_, data, bytes)
+                                  : TIFFWriteRawStrip(file_.get(), number_, data, bytes)) == bytes);
             ++number_;
         }
     }
@@ -86,8 +96,8 @@ private:
     const Size size_;
     const bool tiled_;
     const Size part_;
-    std::vector<G4Encoder> encoders_;
-    std::vector<ChangeList> rows_;
+    std::vector<EncoderHandle> encoders_;
+    std::vector<Changes> rows_;
     std::uint32_t y_ = 0, number_ = 0;
 };
 
@@ -103,11 +113,10 @@ public:
     explicit Packer(const RepackOptions& chosen) : options_(chosen), progress_(chosen.quiet), output_(chosen.output) {}
 
     void add(const PageInput& page) {
-        requirePixels("the page", page.size, options_.maxInputPixels);
         PageWriter writer(file_, page.size, options_.layout);
         page.setTags(file_.get());
         const std::unique_ptr<RowSource> source = page.rows();
-        ChangeList row(page.size.width);
+        Changes row;
         for (std::uint32_t y = 0; y < page.size.height; ++y) {
             source->next(row);
             writer.add(row);
@@ -119,12 +128,13 @@ public:
     void check(const PageInput& page) {
         if (!written_) written_.emplace(file_.reopened());
         const TiffPage result = written_->page(++checked_);
-        const std::unique_ptr<RowSource> source = page.rows(), copy = g4Rows(*written_, result);
-        ChangeList wanted(page.size.width), found(page.size.width);
+        const G4Page decoded(*written_, result, progress_);
+        const std::unique_ptr<RowSource> source = page.rows(), copy = g4Rows(decoded);
+        Changes wanted, found;
         for (std::uint32_t y = 0; y < page.size.height; ++y) {
             source->next(wanted);
             copy->next(found);
-            if (!(wanted == found))
+            if (wanted != found)
                 throw Failure(
                     Exit::failed,
                     fmt::format("page {}: row {} has other pixels when decoded; nothing is written", checked_, y + 1));
@@ -137,6 +147,8 @@ public:
         progress_.clear();
     }
 
+    Progress& progress() { return progress_; }
+
 private:
     const RepackOptions& options_;
     Progress progress_;
@@ -144,12 +156,14 @@ private:
     UnnamedTiff file_;
     std::optional<TiffSource> written_;
     unsigned checked_ = 0;
-    const DecoderTables decoder_;
-    const EncoderTables encoder_;
     const DetectorTables detector_;
 };
 
-void addPages(Packer& packer, InputFile input, bool check) {
+void requireUndamaged(const G4Page& page) {
+    if (const auto damage = page.damage(); !damage.empty()) throw Failure(Exit::damaged, page.describeFirst(damage));
+}
+
+void addPages(Packer& packer, InputFile input, const RepackOptions& options) {
     const InputFile second = input.again();  // for pages that libtiff decodes
     TiffSource source(std::move(input));
     const unsigned pages = source.countPages();
@@ -157,20 +171,25 @@ void addPages(Packer& packer, InputFile input, bool check) {
         for (unsigned number = 1; number <= pages; ++number) {
             const TiffPage page = source.page(number);
             page.requireBilevel(source.name());
-            requireDrawable(source, page);
-            visit(PageInput{
-                page.size, [&]() { return page.isGroup4() ? g4Rows(source, page) : libtiffRows(second.again(), page); },
-                [&](TIFF* to) { source.copyTags(to); }});
+            requirePixels(fmt::format("{}: page {}", source.name(), number), page.size, options.maxInputPixels);
+            std::optional<G4Page> codes;
+            if (page.isGroup4()) codes.emplace(source, page, packer.progress());
+            const auto rows = [&]() { return codes ? g4Rows(*codes) : libtiffRows(second.again(), page); };
+            visit(PageInput{page.size, rows, [&](TIFF* to) { source.copyTags(to); }}, codes);
         }
     };
-    forPages([&](const PageInput& page) { packer.add(page); });
-    if (check) forPages([&](const PageInput& page) { packer.check(page); });
+    forPages([&](const PageInput& page, const std::optional<G4Page>& codes) {
+        if (codes) requireUndamaged(*codes);
+        packer.add(page);
+    });
+    if (options.check) forPages([&](const PageInput& page, const auto&) { packer.check(page); });
     packer.finish();
     source.requirePageList();
 }
 
-void addPicture(Packer& packer, const InputFile& input, bool check) {
+void addPicture(Packer& packer, const InputFile& input, const RepackOptions& options) {
     const std::unique_ptr<PictureReader> first = openPicture(input.again());
+    requirePixels("the picture", first->size, options.maxInputPixels);
     const PageInput page{first->size, [&]() { return pictureRows(openPicture(input.again())); },
                          [&](TIFF* to) {
                              if (!(first->dpiX > 0)) return;
@@ -179,7 +198,7 @@ void addPicture(Packer& packer, const InputFile& input, bool check) {
                              TIFFSetField(to, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
                          }};
     packer.add(page);
-    if (check) packer.check(page);
+    if (options.check) packer.check(page);
     packer.finish();
 }
 
@@ -188,9 +207,8 @@ int run(const RepackOptions& options, bool pictures) {
     InputFile input(options.input);
     options.output.requireApart(input);
     Packer packer(options);
-    if (pictures && (input.kind() == InputFile::Kind::png || input.kind() == InputFile::Kind::pnm))
-        addPicture(packer, input, options.check);
-    else addPages(packer, std::move(input), options.check);
+    if (pictures && input.isPicture()) addPicture(packer, input, options);
+    else addPages(packer, std::move(input), options);
     return static_cast<int>(Exit::good);
 }
 

@@ -6,7 +6,6 @@
 #include "picture/picture.h"
 #include "tiff/g4_page.h"
 #include "tiff/tiff_source.h"
-#include "tiff/tile_rows.h"
 
 #include <fmt/format.h>
 
@@ -27,78 +26,89 @@ public:
     bool decode(const TiffPage& page, std::uint32_t k) {
         if (!TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(page.number - 1))) return false;
         const tmsize_t bytes = page.tiled ? TIFFTileSize(tiff_.get()) : TIFFVStripSize(tiff_.get(), page.rowsOfTile(k));
-        rowBytes_ = (std::size_t{page.tile.width} + 7) / 8;
         pixels_.assign(static_cast<std::size_t>(bytes), 0);
         return (page.tiled ? TIFFReadEncodedTile(tiff_.get(), k, pixels_.data(), bytes)
                            : TIFFReadEncodedStrip(tiff_.get(), k, pixels_.data(), bytes)) == bytes;
     }
-    bool equals(std::uint32_t row, const std::vector<unsigned char>& packed) const {
-        return std::equal(packed.begin(), packed.end(), pixels_.begin() + static_cast<std::ptrdiff_t>(row * rowBytes_));
-    }
+    /// The tile's rows, each as wide as the tile in whole bytes; 1 is coded black.
+    const unsigned char* pixels() const { return pixels_.data(); }
 
 private:
     LibtiffMessages messages_;
     TiffHandle tiff_;
     std::vector<unsigned char> pixels_;
-    std::size_t rowBytes_ = 0;
 };
 
-/// A row's black runs as packed pixels.
-void pack(const TileRows& tile, std::uint32_t width, std::vector<unsigned char>& packed) {
-    packed.assign((std::size_t{width} + 7) / 8, 0);
-    const std::vector<std::int32_t>& list = tile.list();
-    for (std::int32_t i = 2; i < tile.count() - 2; i += 2)
-        for (std::int32_t x = list[std::size_t(i) - 1] - 1; x < list[std::size_t(i)] - 1; ++x)
-            packed[std::size_t(x) / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
-}
+/// A tile of which libtiff has other pixels, or none.
+struct Difference {
+    std::uint32_t tile = 0, row = 0;
+    const char* reason = "";
+};
 
 struct PageReport {
     std::uint64_t rows = 0;  ///< decoded
-    std::vector<TileDamage> damaged;
-    std::vector<TileDamage> different;  ///< from the reference, or without one
+    std::vector<tp_damage> damaged;
+    std::vector<Difference> different;
 };
 
-/// The tile against libtiff's decode of it: the first difference.
-std::optional<TileDamage> compare(Reference& reference, const TiffPage& page, std::uint32_t k,
-                                  std::vector<unsigned char>& words) {
-    if (!reference.decode(page, k)) return TileDamage{k, 0, 0, "libtiff cannot decode it"};
-    TileRows rows(words, page.tile.width);
-    std::vector<unsigned char> packed;
-    std::uint32_t row = 0;
-    std::optional<TileDamage> difference;
-    decodeRows(rows, k, page.rowsOfTile(k), [&](const TileRows& tile) {
-        pack(tile, page.tile.width, packed);
-        if (!difference && !reference.equals(row, packed))
-            difference = TileDamage{k, row, tile.bit() / 8, "libtiff has other pixels"};
-        ++row;
-    });
-    return difference;
+/// The tile's first row on the page in which the first `width` pixels are not those that libtiff has.
+std::optional<Difference> compare(const G4Page& codes, std::uint32_t k, Reference& reference) {
+    const TiffPage& page = codes.what();
+    if (!reference.decode(page, k)) return Difference{k, 0, "libtiff cannot decode it"};
+    auto view = sized<tp_view>();
+    view.left = k % page.tilesAcross * page.tile.width;
+    view.top = k / page.tilesAcross * page.tile.height;
+    view.width = view.out_width = std::min(page.tile.width, page.size.width - view.left);
+    view.height = view.out_height = page.rowsOfTile(k);
+    view.mode = TP_NEAREST;
+    view.format = TP_BITS;
+    // Ink is 1; as coded, black is.
+    view.flags = page.whiteIsZero() ? 0 : TP_INVERT;
+    const std::size_t stride = (std::size_t{view.width} + 7) / 8, tileStride = (std::size_t{page.tile.width} + 7) / 8;
+    std::vector<unsigned char> pixels(stride * view.height);
+    view.pixels = pixels.data();
+    view.stride = static_cast<std::ptrdiff_t>(stride);
+    requireDone(tp_page_render(codes.get(), &view, 1, nullptr), codes.name());
+    const unsigned char last = static_cast<unsigned char>(view.width % 8 ? 0xFF00 >> view.width % 8 : 0xFF);
+    for (std::uint32_t row = 0; row < view.height; ++row) {
+        const unsigned char *const ours = pixels.data() + row * stride, *const theirs =
+                                                                            reference.pixels() + row * tileStride;
+        if (!std::equal(ours, ours + stride - 1, theirs) || ((ours[stride - 1] ^ theirs[stride - 1]) & last) != 0)
+            return Difference{k, row, "libtiff has other pixels"};
+    }
+    return std::nullopt;
 }
 
 PageReport verify(TiffSource& source, const TiffPage& page, Reference* reference) {
+    Progress progress(true);
+    const G4Page codes(source, page, progress);
     PageReport report;
-    const DecoderTables tables;
-    std::vector<unsigned char> words;
+    report.damaged = codes.damage();
+    std::vector<bool> bad(page.tiles);
+    for (const tp_damage& damage : report.damaged) bad[damage.tile] = damage.kind != TP_LEFT_OVER;
     for (std::uint32_t k = 0; k < page.tiles; ++k) {
         if (source.isEmpty(k)) continue;  // as if coded all white
-        readWords(source, page, k, words);
-        TileRows rows(words, page.tile.width);
-        const std::uint32_t height = page.rowsOfTile(k);
-        const auto damage = decodeRows(rows, k, height);
-        report.rows += damage ? damage->row : height;
-        if (damage) {
-            report.damaged.push_back(*damage);
-        } else if (reference) {
-            if (const auto difference = compare(*reference, page, k, words)) report.different.push_back(*difference);
-        }
+        if (!bad[k]) report.rows += page.rowsOfTile(k);
+        if (reference && !bad[k])
+            if (const auto difference = compare(codes, k, *reference)) report.different.push_back(*difference);
     }
+    for (const tp_damage& damage : report.damaged)
+        if (bad[damage.tile]) report.rows += std::min(damage.row, page.rowsOfTile(damage.tile));
     return report;
 }
 
-Json toJson(const std::vector<TileDamage>& tiles) {
+Json toJson(const std::vector<tp_damage>& damaged) {
     Json list = Json::array();
-    for (const TileDamage& tile : tiles)
-        list.push_back({{"tile", tile.tile + 1}, {"row", tile.row + 1}, {"byte", tile.byte}, {"reason", tile.reason}});
+    for (const tp_damage& damage : damaged)
+        list.push_back(
+            {{"tile", damage.tile + 1}, {"row", damage.row + 1}, {"byte", damage.byte}, {"reason", reasonOf(damage)}});
+    return list;
+}
+
+Json toJson(const std::vector<Difference>& different) {
+    Json list = Json::array();
+    for (const Difference& tile : different)
+        list.push_back({{"tile", tile.tile + 1}, {"row", tile.row + 1}, {"reason", tile.reason}});
     return list;
 }
 
@@ -107,15 +117,16 @@ void printPage(const TiffPage& page, const PageReport& report) {
           report.rows);
     if (page.emptyTiles > 0) print(", {} without data", page.emptyTiles);
     print("{}\n", report.damaged.empty() && report.different.empty() ? ", good" : "");
-    for (const TileDamage& tile : report.damaged) print("    damaged: {}\n", describe(page, tile));
-    for (const TileDamage& tile : report.different) print("    different: {}\n", describe(page, tile));
+    for (const tp_damage& damage : report.damaged) print("    damaged: {}\n", describe(page, damage));
+    for (const Difference& tile : report.different)
+        print("    different: {} {} of {}, row {} of it: {}\n", page.tileName(), tile.tile + 1, page.tiles,
+              tile.row + 1, tile.reason);
 }
 
 Exit verifyPage(TiffSource& source, unsigned number, const VerifyOptions& options, Reference* reference, Json& entry) {
     const TiffPage page = source.page(number);
     page.requireSupported(source.name());
     requirePixels(fmt::format("{}: page {}", source.name(), number), page.size, options.maxInputPixels);
-    requireDrawable(source, page);
     const PageReport report = verify(source, page, reference);
     if (!options.json) printPage(page, report);
     entry.update({{"tiles", page.tiles},

@@ -27,6 +27,7 @@ public:
     std::uint64_t bytes() const { return fileBytes_; }
     /// By the file's first bytes.
     Kind kind() const;
+    bool isPicture() const { return kind() == Kind::png || kind() == Kind::pnm; }
     /// Hands the descriptor to the caller, who closes it.
     int release();
 

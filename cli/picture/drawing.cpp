@@ -1,7 +1,9 @@
 #include "picture/drawing.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -27,9 +29,28 @@ void setCorners(const Picture& picture, bool black) {
 
 }  // namespace
 
-Picture scaled(Picture picture, const Drawing& drawing, bool blackGround) {
+Shown::Shown(Size storedSize, double storedDpiX, double storedDpiY, std::uint32_t storedOrientation,
+             const ShowOptions& options)
+    : stored(storedSize),
+      orientation(options.orient && storedOrientation >= 1 && storedOrientation <= 8 ? storedOrientation : 1),
+      size(shownSize(stored, orientation)), dpiX(storedDpiX), dpiY(storedDpiY) {
+    if (isTurned(orientation)) std::swap(dpiX, dpiY);
+    if (!options.square || !(dpiX > 0 && dpiY > 0)) return;
+    stretchX = std::max(dpiY / dpiX, 1.0);
+    stretchY = std::max(dpiX / dpiY, 1.0);
+}
+
+Size Shown::stretched(Size from) const {
+    return {stretchX > 1 ? scaled(from, stretchX).width : from.width,
+            stretchY > 1 ? scaled(from, stretchY).height : from.height};
+}
+
+Picture scaled(Picture picture, const Drawing& drawing) {
     if (picture.size() == drawing.target) return picture;
     const bool bilevel = picture.pixels() == Pixels::bilevel;
+    const bool blackGround = drawing.background == Background::automatic
+                                 ? bilevel && picture.image->getBackgroundColor() == 1
+                                 : drawing.background == Background::black;
     if (bilevel) {
         // With the foreground as 1 and the ground known, nothing is left to the image's own estimate.
         if (blackGround) picture.invert();
@@ -43,13 +64,6 @@ Picture scaled(Picture picture, const Drawing& drawing, bool blackGround) {
     result.grey = result.image->getType() == ImageTypeRGB;
     if (blackGround) result.invert();
     return result;
-}
-
-Picture scaled(Picture picture, const Drawing& drawing) {
-    const bool blackGround = drawing.background == Background::automatic
-                                 ? picture.pixels() == Pixels::bilevel && picture.image->getBackgroundColor() == 1
-                                 : drawing.background == Background::black;
-    return scaled(std::move(picture), drawing, blackGround);
 }
 
 Picture turned(Picture picture, const Drawing& drawing) {

@@ -14,14 +14,12 @@ Pixels Picture::pixels() const {
     }
 }
 
-std::uint64_t Picture::rowBytes() const {
-    const std::uint64_t width = image->getWidth();
-    switch (pixels()) {
-    case Pixels::bilevel: return (width + 7) / 8;
-    case Pixels::rgb: return 3 * width;
-    default: return width;
-    }
+std::uint64_t expandedBytes(Size size, Pixels pixels) {
+    const std::uint64_t width = size.width;
+    return size.height * (pixels == Pixels::bilevel ? (width + 7) / 8 : pixels == Pixels::rgb ? 3 * width : width);
 }
+
+std::uint64_t Picture::rowBytes() const { return expandedBytes({image->getWidth(), 1}, pixels()); }
 
 void Picture::copyRow(std::uint32_t y, unsigned char* row) const {
     const std::size_t width = image->getWidth();

@@ -42,6 +42,8 @@ struct Picture {
 
 /// Throws Failure when `image` is null: memory ran out, or the last error says why.
 Picture pictureOf(IImg* image, bool grey = false);
+/// Bytes of so many uncompressed pixels, each row in whole ones.
+std::uint64_t expandedBytes(Size size, Pixels pixels);
 /// A map in which every value is its own grey.
 std::unique_ptr<ColorMap> greyRamp();
 

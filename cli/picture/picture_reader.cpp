@@ -19,10 +19,7 @@ void copyColours(ImgULong* to, const unsigned char* row, std::size_t width) {
 
 }  // namespace
 
-std::size_t PictureReader::rowBytes() const {
-    const std::size_t width = size.width;
-    return pixels == Pixels::bilevel ? (width + 7) / 8 : pixels == Pixels::rgb ? 3 * width : width;
-}
+std::size_t PictureReader::rowBytes() const { return static_cast<std::size_t>(expandedBytes({size.width, 1}, pixels)); }
 
 Picture PictureReader::read(const Rect& rect) {
     Picture picture;

@@ -1,25 +1,13 @@
 #include "tiff/g4_page.h"
 
-#include "base/failure.h"
-#include "tiff/g4_encoder.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <vector>
+#include <numeric>
 
 namespace {
 
-// Line buffers and column tables grow with a side, whatever the data.
-constexpr std::uint32_t kMostSide = 1 << 24;
-// Byte positions in a tile are 31-bit.
-constexpr std::uint64_t kMostTileBytes = 0x7FFFFFFE;
-
-ImgRect inclusive(const Rect& r) {
-    ImgRect rect;
-    rect.setRect(r.x, r.y, r.x + r.width - 1, r.y + r.height - 1);
-    return rect;
-}
+Rect wholeOf(const TiffPage& page) { return {0, 0, page.size.width, page.size.height}; }
 
 /// Calls visit(k) for every tile that touches the rectangle, row by row.
 template <class Visit>
@@ -30,177 +18,205 @@ void forTilesOf(const TiffPage& page, const Rect& rect, Visit visit) {
         for (std::uint32_t column = left; column <= right; ++column) visit(row * page.tilesAcross + column);
 }
 
-void requireTileBytes(const TiffSource& source, const TiffPage& page, std::uint32_t k, std::uint64_t bytes) {
-    if (bytes > kMostTileBytes)
-        throw Failure(Exit::tooLarge, fmt::format("{}: page {}: {} {} has {} bytes", source.name(), page.number,
-                                                  page.tileName(), k + 1, bytes));
-}
-
-/// The rectangle, pixel by pixel, in the colours of the code: 1 is a black run.
-Picture expanded(CImg1G4& image, const ImgRect& rect) {
-    Picture picture = pictureOf(CImg1::create(rect.getWidth(), rect.getHeight(), 0x00FFFFFF, 0xFF000000, ImgAlignNone));
-    // With any other ground the image may exchange the colours.
-    image.setBackgroundColor(0);
-    if (!image.uncompress(&picture.bilevel(), rect)) throw Failure(Exit::tooLarge, "not enough memory to decode");
-    return picture;
-}
-
-/// A reduction, in the colours of the page.
-Picture reduced(CImg1G4& image, const TiffPage& page, const Drawing& drawing) {
-    const bool grey = drawing.mode == Mode::grey;
-    // Left open, the ground is found in the same walk that draws.
-    if (drawing.background != Background::automatic)
-        image.setBackgroundColor((drawing.background == Background::black) == page.whiteIsZero());
-    ImgScaleAttr attr{grey ? 32u : 1u};
-    Picture picture =
-        pictureOf(image.scale(inclusive(drawing.rect), drawing.target.width, drawing.target.height, attr), grey);
-    // The ground comes out white whatever its code. Of a damaged page it is not found, and coded white is taken.
-    const bool codedBlackGround = image.isBackgroundKnown() && image.getBackgroundColor() == 1;
-    if (codedBlackGround == page.whiteIsZero()) picture.invert();
-    return picture;
+/// A tile or strip of paper.
+std::vector<unsigned char> codedBlank(const TiffPage& page) {
+    tp_encoder* opened = nullptr;
+    requireDone(tp_encoder_open(page.tile.width, page.fillOrder, nullptr, &opened), "a blank tile");
+    const EncoderHandle encoder(opened);
+    const std::uint32_t black = 0;
+    for (std::uint32_t row = 0; row < page.tile.height; ++row)
+        requireDone(tp_encoder_add_changes(opened, &black, page.whiteIsZero() ? 0 : 1), "a blank tile");
+    const void* data = nullptr;
+    std::size_t size = 0;
+    requireDone(tp_encoder_finish(opened, &data, &size), "a blank tile");
+    const auto* const bytes = static_cast<const unsigned char*>(data);
+    return {bytes, bytes + size};
 }
 
 }  // namespace
 
-Picture drawPage(CImg1G4& image, const TiffPage& page, const Drawing& drawing, bool& damaged) {
-    const Size from = drawing.rect.size(), to = drawing.target;
-    imgRaise(ImgErrNone);
-    Picture picture;
-    switch (CImg::ScaleHow(from.width, from.height, to.width, to.height)) {
-    case ImageScaleReduce: picture = reduced(image, page, drawing); break;
-    case ImageScaleEnlarge: {
-        ImgScaleAttr attr{1};
-        image.setBackgroundColor(0);
-        picture = pictureOf(image.scale(inclusive(drawing.rect), to.width, to.height, attr));
-        if (!page.whiteIsZero()) picture.invert();
-        break;
+const char* reasonOf(const tp_damage& damage) {
+    switch (damage.kind) {
+    case TP_BACKWARDS: return "the row goes back";
+    case TP_PAST_END: return "the row is longer than the tile is wide";
+    case TP_OUT_OF_DATA: return "the data end";
+    case TP_LEFT_OVER: return "coded data follow the last row";
+    default: return "no such code";
     }
-    default:
-        picture = expanded(image, inclusive(drawing.rect));
-        if (!page.whiteIsZero()) picture.invert();
-    }
-    damaged = CImgErr::get() == ImgErrDecode;
-    // What is left: one side grows and the other shrinks.
-    return scaled(std::move(picture), drawing);
 }
 
-void requireDrawable(const TiffSource& source, const TiffPage& page) {
-    if (page.size.width > kMostSide || page.size.height > kMostSide || page.tile.width > kMostSide)
-        throw Failure(Exit::tooLarge, fmt::format("{}: page {} or its tiles are more than {} pixels long or wide",
-                                                  source.name(), page.number, kMostSide));
+std::string describe(const TiffPage& page, const tp_damage& damage) {
+    const std::string tile = fmt::format("{} {} of {}", page.tileName(), damage.tile + 1, page.tiles);
+    const std::string row = damage.kind == TP_LEFT_OVER
+                                ? ""
+                                : fmt::format(", row {} of it (row {} of the page)", damage.row + 1, damage.top + 1);
+    return fmt::format("{}{}, byte {}: {}", tile, row, damage.byte, reasonOf(damage));
+}
+
+G4Page::G4Page(TiffSource& source, const TiffPage& page, Progress& progress)
+    : G4Page(source, page, wholeOf(page), progress) {}
+
+G4Page::G4Page(TiffSource& source, const TiffPage& page, const Rect& part, Progress& progress)
+    : what_(page), part_(part), name_(fmt::format("{}: page {}", source.name(), page.number)), tiles_(page.tiles) {
+    page.requireSupported(source.name());
     // Tiles may share data, but not so that a small file fills the memory.
     if (page.compressedBytes / 8 > source.bytes())
-        throw Failure(Exit::unsupported, fmt::format("{}: page {}: the {}s overlap in the file", source.name(),
-                                                     page.number, page.tileName()));
+        throw Failure(Exit::unsupported, fmt::format("{}: the {}s overlap in the file", name_, page.tileName()));
+    read(source, progress);
+    page_ = open(false, tiles_);
 }
 
-std::string describe(const TiffPage& page, const TileDamage& damage) {
-    const std::uint32_t top = damage.tile / page.tilesAcross * page.tile.height;
-    return fmt::format("{} {} of {}, row {} of it (row {} of the page), byte {}: {}", page.tileName(), damage.tile + 1,
-                       page.tiles, damage.row + 1, top + damage.row + 1, damage.byte, damage.reason);
-}
-
-std::string describeDamage(TiffSource& source, const TiffPage& page, const Rect& rect) {
-    std::vector<TileDamage> damaged;
-    std::vector<unsigned char> words;
-    const DecoderTables tables;
-    forTilesOf(page, rect, [&](std::uint32_t k) {
+void G4Page::read(TiffSource& source, Progress& progress) {
+    forTilesOf(what_, part_, [&](std::uint32_t k) { compressedBytes_ += source.tileBytes(k); });
+    bytes_ = std::make_unique_for_overwrite<unsigned char[]>(compressedBytes_ + 1);
+    unsigned char* to = bytes_.get();
+    forTilesOf(what_, part_, [&](std::uint32_t k) {
+        const std::uint64_t bytes = source.tileBytes(k);
+        // What the file has lost must not look like what it leaves out: data without a byte are damaged.
         if (source.isEmpty(k)) return;
-        readWords(source, page, k, words);
-        const std::uint32_t top = k / page.tilesAcross * page.tile.height;
-        TileRows rows(words, page.tile.width);
-        if (const auto damage = decodeRows(rows, k, std::min(page.rowsOfTile(k), rect.y + rect.height - top)))
-            damaged.push_back(*damage);
+        source.readTile(k, to, bytes);
+        tiles_[k] = {to, bytes};
+        to += bytes;
+        progress.show("reading", static_cast<std::uint64_t>(to - bytes_.get()), compressedBytes_ + 1);
     });
-    if (damaged.empty()) return fmt::format("page {}: damaged Group 4 data", page.number);
-    const auto rowOnPage = [&](const TileDamage& d) { return d.tile / page.tilesAcross * page.tile.height + d.row; };
-    const auto first = std::min_element(damaged.begin(), damaged.end(), [&](const TileDamage& a, const TileDamage& b) {
-        return rowOnPage(a) < rowOnPage(b);
-    });
-    return fmt::format("page {}: damaged Group 4 data: {}{}", page.number, describe(page, *first),
-                       damaged.size() > 1 ? fmt::format("; {} {}s are damaged", damaged.size(), page.tileName()) : "");
 }
 
-void readWords(TiffSource& source, const TiffPage& page, std::uint32_t k, std::vector<unsigned char>& words) {
-    const std::uint64_t bytes = source.tileBytes(k);
-    requireTileBytes(source, page, k, bytes);
-    words.resize(TiffSource::paddedBytes(bytes));
-    source.readTile(k, words.data(), bytes);
+PageHandle G4Page::open(bool negative, const std::vector<tp_coded>& tiles) const {
+    auto info = sized<tp_page_info>();
+    info.width = what_.size.width;
+    info.height = what_.size.height;
+    info.tile_width = what_.tile.width;
+    info.tile_height = what_.tile.height;
+    info.fill_order = what_.fillOrder;
+    info.photometric = what_.whiteIsZero() == negative ? TP_BLACK_IS_ZERO : TP_WHITE_IS_ZERO;
+    info.flags = TP_BORROW;
+    tp_page* opened = nullptr;
+    requireDone(tp_page_open(&info, tiles.data(), tiles.size(), &opened), name_);
+    return PageHandle(opened);
 }
 
-static void exchangePairs(std::vector<unsigned char>& bytes) {
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) std::swap(bytes[i], bytes[i + 1]);
-}
-
-/// The damaged tile as far as it is good, then white; as words for the decoder.
-static std::vector<unsigned char> salvagedWords(const std::vector<unsigned char>& words, const TileRows& good,
-                                                std::uint32_t width, std::uint32_t whiteRows) {
-    std::vector<unsigned char> bytes = words;
-    bytes.resize(TiffSource::paddedBytes(good.bit() / 8 + 1));
-    exchangePairs(bytes);
-    G4Encoder encoder(width);
-    encoder.resume(bytes.data(), good.bit(), good.list(), good.count());
-    for (std::uint32_t row = 0; row < whiteRows; ++row) encoder.addWhite();
-    bytes = encoder.finish();
-    bytes.resize(TiffSource::paddedBytes(bytes.size()));
-    exchangePairs(bytes);
-    return bytes;
-}
-
-/// Puts new data, which the result holds, in the place of damaged tiles.
-static std::vector<std::vector<unsigned char>> salvage(TiffSource& source, const TiffPage& page, const Rect& rect,
-                                                       std::vector<unsigned char*>& tiles,
-                                                       std::vector<ImgULong>& lengths,
-                                                       std::vector<TileDamage>& damaged) {
-    std::vector<std::vector<unsigned char>> replaced;
-    const DecoderTables decoder;
-    const EncoderTables encoder;
-    std::vector<unsigned char> words;
-    forTilesOf(page, rect, [&](std::uint32_t k) {
-        if (lengths[k] == 0) return;
-        words.assign(tiles[k], tiles[k] + TiffSource::paddedBytes(source.tileBytes(k)));
-        TileRows rows(words, page.tile.width);
-        const std::uint32_t height = page.rowsOfTile(k);
-        const auto damage = decodeRows(rows, k, height);
-        if (!damage) return;
-        damaged.push_back(*damage);
-        replaced.push_back(salvagedWords(words, rows, page.tile.width, height - damage->row));
-        tiles[k] = replaced.back().data();
-        lengths[k] = static_cast<ImgULong>(replaced.back().size());
+PageHandle G4Page::negative() {
+    // What is left out is white on the negative too.
+    std::vector<tp_coded> tiles = tiles_;
+    forTilesOf(what_, part_, [&](std::uint32_t k) {
+        if (tiles[k].data) return;
+        if (blank_.empty()) blank_ = codedBlank(what_);
+        tiles[k] = {blank_.data(), blank_.size()};
     });
-    return replaced;
+    return open(true, tiles);
 }
 
-G4Image loadPage(TiffSource& source, const TiffPage& page, const Rect& rect, std::uint64_t& bytes, Progress& progress,
-                 std::vector<TileDamage>* salvaged) {
-    requireDrawable(source, page);
-    std::vector<ImgULong> lengths(page.tiles);
-    std::uint64_t padded = 0;
-    bytes = 0;
-    forTilesOf(page, rect, [&](std::uint32_t k) {
-        const std::uint64_t length = source.tileBytes(k);
-        requireTileBytes(source, page, k, length);
-        // What the file has lost must not look like what it leaves out: zeros in its place are no code.
-        lengths[k] = static_cast<ImgULong>(TiffSource::paddedBytes(length > 0 || source.isEmpty(k) ? length : 2));
-        padded += lengths[k];
-        bytes += length;
-    });
+bool G4Page::reaches(const tp_damage& damage) const {
+    const std::uint64_t tileTop = std::uint64_t{damage.tile / what_.tilesAcross} * what_.tile.height;
+    const std::uint64_t tileEnd = std::min<std::uint64_t>(tileTop + what_.tile.height, what_.size.height);
+    const std::uint64_t end = std::uint64_t{part_.y} + part_.height;
+    return damage.top < end || end >= tileEnd;
+}
 
-    // One block beside the image's own copies; it goes before anything is decoded.
-    const auto block = std::make_unique_for_overwrite<unsigned char[]>(padded);
-    std::vector<unsigned char*> tiles(page.tiles);
-    std::uint64_t used = 0;
-    forTilesOf(page, rect, [&](std::uint32_t k) {
-        if (lengths[k] == 0) return;
-        tiles[k] = block.get() + used;
-        std::fill_n(tiles[k], 2, static_cast<unsigned char>(0));
-        source.readTile(k, tiles[k], source.tileBytes(k));
-        progress.show("reading", used += lengths[k], padded);
-    });
-    std::vector<std::vector<unsigned char>> replaced;
-    if (salvaged) replaced = salvage(source, page, rect, tiles, lengths, *salvaged);
-    G4Image image(CImg1G4::create(page.size.width, page.size.height, page.tile.width, page.tile.height, tiles.data(),
-                                  lengths.data(), 0x00FFFFFF, 0xFF000000, ImgAlignNone));
-    if (!image) throw Failure(Exit::tooLarge, source.name() + ": not enough memory for the page");
-    return image;
+std::vector<tp_damage> G4Page::damage() const {
+    std::vector<tp_damage> found(16);
+    auto options = sized<tp_options>();
+    for (;;) {
+        options.damage = found.data();
+        options.damage_capacity = static_cast<std::uint32_t>(found.size());
+        requireDone(tp_page_verify(page_.get(), &options), name_);
+        const bool all = options.damage_count <= found.size();
+        found.resize(options.damage_count);
+        if (all) break;
+    }
+    std::erase_if(found, [this](const tp_damage& damage) { return !reaches(damage); });
+    return found;
+}
+
+std::string G4Page::describeFirst(const std::vector<tp_damage>& damage) const {
+    const auto first = std::ranges::min_element(damage, {}, &tp_damage::top);
+    return fmt::format("{}: damaged Group 4 data: {}{}", name_, describe(what_, *first),
+                       damage.size() > 1 ? fmt::format("; {} {}s are damaged", damage.size(), what_.tileName()) : "");
+}
+
+namespace {
+
+constexpr ImgULong kWhite = 0x00FFFFFF;
+
+/// A picture to draw into, white where nothing is drawn.
+Picture blank(Size size, bool grey) {
+    Picture picture = grey ? pictureOf(CImg32::create(size.width, size.height, RGBOrderRGB), true)
+                           : pictureOf(CImg1::create(size.width, size.height, kWhite, 0xFF000000, ImgAlignNone));
+    if (grey) std::fill_n(picture.rgb().peekData(), size.pixels(), kWhite);
+    else std::fill_n(picture.bilevel().peekData(), std::size_t{picture.image->getBytesPerLine()} * size.height, 0);
+    return picture;
+}
+
+tp_view viewOf(const Drawing& drawing, const Picture& picture) {
+    auto view = sized<tp_view>();
+    view.left = drawing.rect.x;
+    view.top = drawing.rect.y;
+    view.width = drawing.rect.width;
+    view.height = drawing.rect.height;
+    view.out_width = picture.size().width;
+    view.out_height = picture.size().height;
+    view.mode = drawing.mode == Mode::grey ? TP_GREY : drawing.mode == Mode::ink ? TP_INK : TP_NEAREST;
+    view.format = picture.grey ? TP_BGRA : TP_BITS;
+    view.orientation = drawing.orientation;
+    view.paper = kWhite;
+    view.pixels =
+        picture.grey ? static_cast<void*>(picture.rgb().peekData()) : static_cast<void*>(picture.bilevel().peekData());
+    view.stride = picture.grey ? std::ptrdiff_t{4} * view.out_width
+                               : static_cast<std::ptrdiff_t>(picture.image->getBytesPerLine());
+    return view;
+}
+
+/// Cells of a page, to learn how dark it is while it is drawn.
+class Darkness {
+public:
+    explicit Darkness(const Rect& rect)
+        : width_(std::min(rect.width, kMostCells)), height_(std::min(rect.height, kMostCells)),
+          cells_(std::size_t{width_} * height_, 255) {}
+
+    tp_view view(tp_view of) {
+        of.out_width = width_;
+        of.out_height = height_;
+        of.mode = TP_COVERAGE;
+        of.format = TP_GREY8;
+        of.orientation = 1;
+        of.pixels = cells_.data();
+        of.stride = width_;
+        return of;
+    }
+    /// Whether black is the ground: by the same share as for the library's images.
+    bool isDark() const {
+        const auto white = std::accumulate(cells_.begin(), cells_.end(), std::uint64_t{0});
+        return static_cast<double>(white) < (1 - 0.55) * 255 * static_cast<double>(cells_.size());
+    }
+
+private:
+    static constexpr std::uint32_t kMostCells = 64;
+    std::uint32_t width_, height_;
+    std::vector<unsigned char> cells_;
+};
+
+}  // namespace
+
+Picture drawPage(G4Page& page, const Drawing& drawing, bool damaged, bool salvage) {
+    const Size from = drawing.shownRect(), to = drawing.target;
+    const bool reduces = to.width < from.width || to.height < from.height;
+    Picture picture = blank(to, reduces && drawing.mode == Mode::grey);
+    Darkness darkness(drawing.rect);
+    tp_view views[2] = {viewOf(drawing, picture)};
+    views[1] = darkness.view(views[0]);
+    auto options = sized<tp_options>();
+    options.on_damage = salvage ? TP_ON_DAMAGE_WHITE : TP_ON_DAMAGE_FAIL;
+    const auto draw = [&](const tp_page* what, std::size_t count) {
+        const tp_status status = tp_page_render(what, views, count, &options);
+        if (status != TP_E_DAMAGED) requireDone(status, page.name());
+    };
+    if (!reduces || drawing.background != Background::black)
+        draw(page.get(), reduces && drawing.background == Background::automatic ? 2 : 1);
+    // On a black ground what is white is what must not be lost. A damaged page's ground is not known.
+    if (reduces && (drawing.background == Background::black ||
+                    (drawing.background == Background::automatic && !damaged && darkness.isDark()))) {
+        views[0].flags = TP_INVERT;
+        draw(page.negative().get(), 1);
+    }
+    return picture;
 }

@@ -49,13 +49,6 @@ void addResolution(TIFF* tiff, TiffPage& page) {
     page.dpiY = double{y} * perInch;
 }
 
-unsigned char reversedBits(unsigned char byte) {
-    unsigned value = byte;
-    value = (value & 0x55) << 1 | (value >> 1 & 0x55);
-    value = (value & 0x33) << 2 | (value >> 2 & 0x33);
-    return static_cast<unsigned char>(value << 4 | value >> 4);
-}
-
 }  // namespace
 
 std::uint32_t TiffPage::rowsOfTile(std::uint32_t k) const {
@@ -157,7 +150,6 @@ TiffPage TiffSource::page(unsigned number) {
     addLayout(page);
     addSizes(page);
     currentTiled_ = page.tiled;
-    reversed_ = page.fillOrder == FILLORDER_LSB2MSB;
     return page;
 }
 
@@ -195,12 +187,14 @@ void TiffSource::addSizes(TiffPage& page) {
             fail(fmt::format("page {}: the place of {} {} cannot be read", page.number, page.tileName(), k + 1));
         const std::uint64_t bytes = tileBytes(k);
         page.compressedBytes += bytes;
-        page.emptyTiles += given == 0;
+        page.emptyTiles += isEmpty(k);
         page.truncatedTiles += given > bytes;
     }
 }
 
-bool TiffSource::isEmpty(std::uint32_t k) const { return TIFFGetStrileByteCount(tiff_.get(), k) == 0; }
+bool TiffSource::isEmpty(std::uint32_t k) const {
+    return TIFFGetStrileByteCount(tiff_.get(), k) == 0 && TIFFGetStrileOffset(tiff_.get(), k) == 0;
+}
 
 std::uint64_t TiffSource::tileBytes(std::uint32_t k) {
     const std::uint64_t offset = TIFFGetStrileOffset(tiff_.get(), k);
@@ -214,8 +208,4 @@ void TiffSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t 
                                        : TIFFReadRawStrip(tiff_.get(), k, buffer, asked);
     if (got != asked)
         throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes{}", displayName_, bytes, messages_.reason()));
-    if (bytes % 2 != 0) buffer[bytes] = 0;
-    if (reversed_)
-        for (std::uint64_t i = 0; i < bytes; ++i) buffer[i] = reversedBits(buffer[i]);
-    for (std::uint64_t i = 0; i < bytes; i += 2) std::swap(buffer[i], buffer[i + 1]);
 }

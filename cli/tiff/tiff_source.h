@@ -55,13 +55,10 @@ public:
     bool isEmpty(std::uint32_t k) const;
     /// The tile's bytes in the file, clipped to the file; 0 also for a tile that is wholly past its end.
     std::uint64_t tileBytes(std::uint32_t k);
-    /// Reads the first `bytes` of a tile of the page asked for last into `buffer`, as words for the decoder:
-    /// first bit highest, the bytes of each pair exchanged, an odd last byte followed by 0. `buffer` has room for
-    /// paddedBytes(bytes).
+    /// Reads the first `bytes` of a tile of the page asked for last, as they are in the file.
     void readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes);
     /// Sets the tags of the page asked for last that say how to show it and what it is, not how it is stored.
     void copyTags(TIFF* to) const;
-    static std::uint64_t paddedBytes(std::uint64_t bytes) { return (bytes + 1) & ~std::uint64_t{1}; }
 
 private:
     [[noreturn]] void fail(const std::string& otherwise);
@@ -74,5 +71,5 @@ private:
     std::string pageListDamage_;
     std::uint64_t fileBytes_ = 0;
     TiffHandle tiff_;
-    bool currentTiled_ = false, reversed_ = false;
+    bool currentTiled_ = false;
 };
