@@ -15,7 +15,8 @@ constexpr std::int64_t kMostFill = 2;
 std::int64_t leftOver(const RowCursor& cursor) {
     const CodedData& codes = cursor.codes();
     std::int64_t bit = cursor.position();
-    if (codes.peek(bit, 24) == 0x001001) bit += 24;
+    // Some coders end with more than the two ends of line of an end-of-block.
+    while (codes.peek(bit, 12) == 0x001) bit += 12;
     const std::int64_t byte = (bit + 7) >> 3;
     return codes.length - byte > kMostFill ? byte : -1;
 }
