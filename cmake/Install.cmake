@@ -4,12 +4,18 @@
 include(CMakePackageConfigHelpers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Tilepress)
 
-install(TARGETS tilepress EXPORT TilepressTargets
+set(libraries tilepress)
+if(TARGET tilepress_static)
+  list(APPEND libraries tilepress_static)
+endif()
+install(TARGETS ${libraries} EXPORT TilepressTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/tilepress DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples bindings DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  PATTERN CMakeLists.txt EXCLUDE PATTERN __pycache__ EXCLUDE PATTERN Doxyfile EXCLUDE PATTERN *.in EXCLUDE)
 if(WIN32)
   install(FILES ${PROJECT_BINARY_DIR}/tilepress.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
@@ -27,10 +33,17 @@ file(RELATIVE_PATH pc_to_prefix ${CMAKE_CURRENT_BINARY_DIR}/${pc_folder} ${CMAKE
 string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 configure_file(cmake/tilepress.pc.in tilepress.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tilepress.pc DESTINATION ${pc_folder})
+if(TARGET tilepress_static)
+  configure_file(cmake/tilepress-static.pc.in tilepress-static.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/tilepress-static.pc DESTINATION ${pc_folder})
+endif()
 
 if(TARGET tilepress_tool)
   file(RELATIVE_PATH to_library /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-  set_target_properties(tilepress_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${to_library}")
+  # The second folder is that of other projects' libraries, in a package that brings them. As RPATH, not RUNPATH: it
+  # holds for what those need, too.
+  set_target_properties(tilepress_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${to_library}:$ORIGIN/../lib/tilepress")
+  target_link_options(tilepress_tool PRIVATE LINKER:--disable-new-dtags)
   add_custom_command(OUTPUT tilepress.1 DEPENDS tilepress_tool tools/make-man docs/tilepress.1.in
     COMMAND tools/make-man $<TARGET_FILE:tilepress_tool> docs/tilepress.1.in ${PROJECT_VERSION}
       >${PROJECT_BINARY_DIR}/tilepress.1

@@ -1,0 +1,10 @@
+# Run by cpack after packing: takes the scripts out that call ldconfig, which the package's trigger does.
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+  if(package MATCHES "\\.deb$")
+    set(tree ${CPACK_TEMPORARY_DIRECTORY}-again)
+    foreach(step "-R;${package};${tree}" "--root-owner-group;-b;${tree};${package}")
+      execute_process(COMMAND dpkg-deb ${step} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+      file(REMOVE ${tree}/DEBIAN/postinst ${tree}/DEBIAN/postrm)
+    endforeach()
+  endif()
+endforeach()
