@@ -32,8 +32,8 @@ void tilepress::fillGreyMap(unsigned char* map, std::uint32_t levels) {
     map[levels - 1] = 0;
 }
 
-bool GreyMaps::prepare(std::uint32_t srcWidth, std::uint32_t srcHeight, std::uint32_t dstWidth,
-                       std::uint32_t dstHeight, void (*fill)(unsigned char* map, std::uint32_t levels)) {
+bool GreyMaps::prepare(std::uint32_t srcWidth, std::uint32_t srcHeight, std::uint32_t dstWidth, std::uint32_t dstHeight,
+                       void (*fill)(unsigned char* map, std::uint32_t levels)) {
     lowWidth_ = srcWidth / dstWidth;
     lowHeight_ = srcHeight / dstHeight;
     for (unsigned tall = 0; tall < 2; ++tall)
