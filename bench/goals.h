@@ -25,6 +25,11 @@ inline constexpr Goal kGoals[] = {
     {"enlarge by 2", "our decode, output", 1 / 1.2},
     {"encode", "libtiff", 3.2},
 
+    {"screen, prepared", "not prepared", 30},
+    {"prepare", "our decode", 1 / 5.0},
+    {"three views", "the dearest one", 1 / 1.25},
+    {"8 x 8 of a white page", "the class's part", 1},
+
     {"turn left, 1 bit", "pixRotate90", 6, 1},
     {"turn right, 1 bit", "pixRotate90", 6, 1},
     {"turn by 180, 1 bit", "pixRotate180", 3},

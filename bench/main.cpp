@@ -56,7 +56,11 @@ bool printTimes(const std::vector<bench::PagePtr>& pages, bool named) {
     // Pictures of 32 bits a pixel must fit.
     for (const auto& page : pages)
         if (page->pixels() <= 4e7 && (named || page == pages.front())) bench::addTransformPairs(page);
-    return bench::runPairs();
+    for (const auto& page : pages) bench::addPagePairs(page);
+    bench::addCallPairs();
+    const bool same = bench::runPairs();
+    bench::printThreads(pages);
+    return same;
 }
 
 }  // namespace

@@ -35,7 +35,9 @@ struct PageSource {
         info.tile_width = tileWidth;
         info.tile_height = tileHeight;
         info.photometric = photometric;
-        for (const Bytes& tile : tilesOf(picture, tileWidth, tileHeight)) tiles.push_back(exchanged(tile));
+        for (const Bytes& tile :
+             tilesOf(picture, tileWidth ? tileWidth : info.width, tileHeight ? tileHeight : info.height))
+            tiles.push_back(exchanged(tile));
     }
     tp_status open(Page& page) const {
         std::vector<tp_coded> coded;
