@@ -3,6 +3,7 @@
 #include "base/console.h"
 #include "base/failure.h"
 #include "base/stats.h"
+#include "commands/page_count.h"
 #include "picture/picture_writer.h"
 #include "tiff/drawable.h"
 
@@ -27,16 +28,11 @@ Picture converted(Picture picture, Pixels to) {
     return picture;
 }
 
-}  // namespace
-
-int runConvert(const ConvertOptions& options) {
-    if (options.output.isDone()) return static_cast<int>(Exit::good);
+int convertOne(const ConvertOptions& options, InputFile input) {
     Stats stats;
     Progress progress(options.quiet);
     const Format format = chooseFormat(options.format, options.output.path);
     requireFormat(format, options.to);
-    InputFile input(options.input);
-    options.output.requireApart(input);
     const auto source = openDrawable(std::move(input), options.page);
     const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
     Drawing whole;
@@ -56,4 +52,16 @@ int runConvert(const ConvertOptions& options) {
     if (options.stats) stats.print(picture.size());
     for (const std::string& remark : drawn.remarks) complain(remark);
     return static_cast<int>(drawn.damaged ? Exit::damaged : Exit::good);
+}
+
+}  // namespace
+
+int runConvert(const ConvertOptions& options) {
+    return forEachPage(options.input, options.pages, options.output,
+                       [&](InputFile input, unsigned page, const OutputOptions& output) {
+                           ConvertOptions one = options;
+                           one.page = page;
+                           one.output = output;
+                           return convertOne(one, std::move(input));
+                       });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/page_list.h"
 #include "files/output_file.h"
 #include "picture/drawing.h"
 
@@ -9,7 +10,8 @@ struct ConvertOptions {
     std::string input, format;
     OutputOptions output;
     ShowOptions show;
-    unsigned page = 1;
+    PageList pages{"1"};
+    unsigned page = 1;  ///< of them, the one at hand
     Pixels to = Pixels::bilevel;
     std::uint64_t maxPixels = std::uint64_t{1} << 28;
     bool quiet = false, stats = false;

@@ -65,9 +65,8 @@ Exit report(const std::string& path, const InfoOptions& options, Json& entry) {
     entry["pageCount"] = pages;
     entry["pages"] = Json::array();
     if (!options.json) print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
-    const unsigned first = options.page ? options.page : 1, last = options.page ? options.page : pages;
     Exit worst = Exit::good;
-    for (unsigned number = first; number <= last; ++number) {
+    for (const unsigned number : options.pages.of(pages)) {
         Json json = {{"page", number}};
         worst = worse(worst, reportEntry(json, [&](Json& into) {
                           const TiffPage page = source.page(number);

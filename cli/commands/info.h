@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/page_list.h"
+
 #include <string>
 #include <vector>
 
 struct InfoOptions {
     std::vector<std::string> files;
-    unsigned page = 0;  ///< 0: all
+    PageList pages{"all"};
     bool json = false;
 };
 

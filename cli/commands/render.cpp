@@ -3,6 +3,7 @@
 #include "base/console.h"
 #include "base/failure.h"
 #include "base/stats.h"
+#include "commands/page_count.h"
 #include "picture/picture_writer.h"
 #include "tiff/drawable.h"
 
@@ -47,15 +48,10 @@ void setResolution(Picture& picture, const Shown& shown, const Drawing& drawing)
     picture.dpiY = shown.dpiY * drawing.target.height / from.height;
 }
 
-}  // namespace
-
-int runRender(const RenderOptions& options) {
-    if (options.output.isDone()) return static_cast<int>(Exit::good);
+int renderOne(const RenderOptions& options, InputFile input) {
     const Format format = chooseFormat(options.format, options.output.path);
     Stats stats;
     Progress progress(options.quiet);
-    InputFile input(options.input);
-    options.output.requireApart(input);
     const auto source = openDrawable(std::move(input), options.page);
     const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
     const Drawing drawing = plan(options, shown, source->pixels, format);
@@ -71,4 +67,16 @@ int runRender(const RenderOptions& options) {
     if (options.stats) stats.print(picture.size());
     for (const std::string& remark : drawn.remarks) complain(remark);
     return static_cast<int>(drawn.damaged ? Exit::damaged : Exit::good);
+}
+
+}  // namespace
+
+int runRender(const RenderOptions& options) {
+    return forEachPage(options.input, options.pages, options.output,
+                       [&](InputFile input, unsigned page, const OutputOptions& output) {
+                           RenderOptions one = options;
+                           one.page = page;
+                           one.output = output;
+                           return renderOne(one, std::move(input));
+                       });
 }

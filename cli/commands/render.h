@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/geometry.h"
+#include "base/page_list.h"
 #include "files/output_file.h"
 #include "picture/drawing.h"
 
@@ -12,7 +13,8 @@ struct RenderOptions {
     std::string input, format;
     OutputOptions output;
     ShowOptions show;
-    unsigned page = 1;
+    PageList pages{"1"};
+    unsigned page = 1;  ///< of them, the one at hand
     std::optional<Rect> rect;
     std::optional<double> factor;
     std::optional<Size> size, fit;

@@ -166,9 +166,9 @@ void requireUndamaged(const G4Page& page) {
 void addPages(Packer& packer, InputFile input, const RepackOptions& options) {
     const InputFile second = input.again();  // for pages that libtiff decodes
     TiffSource source(std::move(input));
-    const unsigned pages = source.countPages();
+    const std::vector<unsigned> pages = options.pages.of(source.countPages());
     const auto forPages = [&](const auto& visit) {
-        for (unsigned number = 1; number <= pages; ++number) {
+        for (const unsigned number : pages) {
             const TiffPage page = source.page(number);
             page.requireBilevel(source.name());
             requirePixels(fmt::format("{}: page {}", source.name(), number), page.size, options.maxInputPixels);

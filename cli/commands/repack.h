@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/geometry.h"
+#include "base/page_list.h"
 #include "files/output_file.h"
 
 #include <cstdint>
@@ -20,6 +21,7 @@ struct G4Layout {
 struct RepackOptions {
     std::string input;
     OutputOptions output;
+    PageList pages{"all"};
     G4Layout layout;
     std::uint64_t maxInputPixels = std::uint64_t{1} << 32;
     bool check = true, quiet = false;

@@ -146,7 +146,7 @@ Exit verifyFile(const std::string& path, const VerifyOptions& options, Json& ent
     if (!options.json) print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
     entry["pages"] = Json::array();
     Exit worst = Exit::good;
-    for (unsigned number = 1; number <= pages; ++number) {
+    for (const unsigned number : options.pages.of(pages)) {
         Json page = {{"page", number}};
         worst = worse(worst, reportEntry(page, [&](Json& into) {
                           return verifyPage(source, number, options, reference ? &*reference : nullptr, into);

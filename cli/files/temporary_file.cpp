@@ -1,6 +1,10 @@
 #include "files/temporary_file.h"
 
+#include "base/stable_hash.h"
+
 #include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -77,10 +81,21 @@ void forget(const char* name) {
 
 }  // namespace
 
+static bool s_oneWriter = false;
+
+void TemporaryFile::setOneWriterAName() { s_oneWriter = true; }
+
+// Not the name itself, which may be as long as names can be.
+std::string TemporaryFile::nameFor(const std::string& path) {
+    const std::size_t file = path.find_last_of('/') + 1;
+    return fmt::format("{}.tilepress-{:016x}", path.substr(0, file), stableHash(path.substr(file)));
+}
+
 TemporaryFile::TemporaryFile(const std::string& path)
-    : name_(path.substr(0, path.find_last_of('/') + 1) + ".tilepress-XXXXXX") {
+    : name_(s_oneWriter ? nameFor(path) : path.substr(0, path.find_last_of('/') + 1) + ".tilepress-XXXXXX") {
     const SignalsHeld held;
-    descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
+    constexpr int mode = O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
+    descriptor_ = s_oneWriter ? open(name_.c_str(), mode, S_IRUSR | S_IWUSR) : mkostemp(name_.data(), O_CLOEXEC);
     if (descriptor_ < 0) name_.clear();
     else if (!watch(name_.c_str())) {
         close(descriptor_);

@@ -6,6 +6,11 @@
 /// with every signal that ends the program.
 class TemporaryFile {
 public:
+    /// From now on the name for a path is the one that nameFor gives, for programs that never write an output twice at
+    /// once: what a killed run leaves, the next one writes over.
+    static void setOneWriterAName();
+    static std::string nameFor(const std::string& path);
+
     /// For `path`. Not good() when it cannot be made; errno says why.
     explicit TemporaryFile(const std::string& path);
     ~TemporaryFile();
