@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace tilepress::g4 {
 
@@ -34,14 +33,10 @@ struct CodedData {
 /// Bytes of coded data as a word, the next bit highest; `unit` is 8 for plain order, 16 for word order.
 template <class Word, unsigned unit>
 inline Word codedWord(const unsigned char* p) {
-    Word v;
-    std::memcpy(&v, p, sizeof v);
-    if constexpr (std::endian::native == std::endian::little) {
-        v = swapBytes(v);
-        if constexpr (unit == 16) {
-            constexpr Word low = static_cast<Word>(0x00FF00FF00FF00FF);
-            v = (v & low) << 8 | (v >> 8 & low);
-        }
+    Word v = loadWord<Word>(p);
+    if constexpr (unit == 16) {
+        constexpr Word low = static_cast<Word>(0x00FF00FF00FF00FF);
+        v = (v & low) << 8 | (v >> 8 & low);
     }
     return v;
 }
@@ -50,7 +45,7 @@ inline Word codedWord(const unsigned char* p) {
 /// are there after a refill. Bits of the accumulator past the counted ones are those that the next refill brings again.
 template <class Word, unsigned unit>
 struct CodedBits {
-    static constexpr unsigned kWordBits = 8 * sizeof(Word), kRefilled = kWordBits - unit;
+    static constexpr unsigned kWordBits = kBitsOf<Word>, kRefilled = kWordBits - unit;
     const unsigned char* p;
     Word acc = 0;
     unsigned count = 0;
@@ -74,8 +69,7 @@ struct CodedBits {
     std::int64_t position(const unsigned char* data) const { return 8 * std::int64_t{p - data} - count; }
 };
 
-/// The machine's own words: a larger accumulator takes two registers and twice the shifts.
-using PlainBits = CodedBits<std::size_t, 8>;
-using WordBits = CodedBits<std::size_t, 16>;
+using PlainBits = CodedBits<MachineWord, 8>;
+using WordBits = CodedBits<MachineWord, 16>;
 
 }  // namespace tilepress::g4

@@ -9,18 +9,24 @@
 
 namespace tilepress::g4 {
 
-/// A plain byte stream. Each flush stores eight bytes, so as many must follow the
-/// last one that is coded; after it there is room for kFree bits.
-struct PlainWriter {
-    static constexpr unsigned kFree = 56;
-    unsigned char* p;
-    std::uint64_t acc = 0;  // the first bit not yet passed by p is the highest
-    unsigned count = 0;     // bits in it
+/// Accumulator whose highest bit is the first one that is not yet stored.
+struct CodeAccumulator {
+    MachineWord acc = 0;
+    unsigned count = 0;  // bits in it
 
     void put(CodeWord code) {
-        acc |= (std::uint64_t{code.bits} << 48) >> count;
+        acc |= (MachineWord{code.bits} << (kBitsOf<MachineWord> - 16)) >> count;
         count += code.length;
     }
+};
+
+/// A plain byte stream. Each flush stores a word, so as many bytes must follow the
+/// last one that is coded; after it there is room for kFree bits.
+struct PlainWriter : CodeAccumulator {
+    static constexpr unsigned kFree = kBitsOf<MachineWord> - 8;
+    unsigned char* p;
+
+    explicit PlainWriter(unsigned char* to) : p(to) {}
     void flush() {
         storeWord(p, acc);
         p += count >> 3;
@@ -30,24 +36,22 @@ struct PlainWriter {
 };
 
 /// Sixteen-bit words, first bit highest. Stores no word that holds no coded bit.
-struct WordWriter {
-    static constexpr unsigned kFree = 48;
+struct WordWriter : CodeAccumulator {
+    static constexpr unsigned kFree = kBitsOf<MachineWord> - 16;
     std::uint16_t* p;
-    std::uint64_t acc = 0;
-    unsigned count = 0;
 
-    void put(CodeWord code) {
-        acc |= (std::uint64_t{code.bits} << 48) >> count;
-        count += code.length;
-    }
+    explicit WordWriter(std::uint16_t* to) : p(to) {}
     void flush() {
-        for (; count >= 16; count -= 16, acc <<= 16) *p++ = static_cast<std::uint16_t>(acc >> 48);
+        for (; count >= 16; count -= 16, acc <<= 16) *p++ = first();
     }
     /// After a flush: stores the last word, its low bits 0.
     void finish() {
-        if (count != 0) *p = static_cast<std::uint16_t>(acc >> 48);
+        if (count != 0) *p = first();
     }
     std::int64_t bitsSince(const std::uint16_t* start) const { return 16 * std::int64_t{p - start} + count; }
+
+private:
+    std::uint16_t first() const { return static_cast<std::uint16_t>(acc >> (kBitsOf<MachineWord> - 16)); }
 };
 
 }  // namespace tilepress::g4

@@ -31,7 +31,7 @@ bool decodeWords(const CodedRow& row) {
         return isRow(row.reference, row.width + 1) && decodeFast<WordBits>(row, lists);
     }
     if (!isRow(row.reference, row.width + 1)) return false;
-    unsigned char words[kFew + sizeof(std::size_t)] = {};
+    unsigned char words[kFew + sizeof(MachineWord)] = {};
     std::memcpy(words, in.bytes + begin, static_cast<std::size_t>(left));
     std::int64_t bit = row.bit - 8 * begin;
     const CodedData copied{words, kFew, true};

@@ -9,6 +9,16 @@ constexpr CodeWord kVerticalCodes[7] = {{0b0000010u << 9, 7}, {0b000010u << 10, 
                                         {0b1u << 15, 1},      {0b011u << 13, 3},    {0b000011u << 10, 6},
                                         {0b0000011u << 9, 7}};
 
+// Bits of a run's make-up code and its terminating code, below 2560, and of a horizontal code with two of them.
+constexpr unsigned kRunCodesBits = 13 + 12, kHorizontalBits = 3 + (12 + 8) + kRunCodesBits;
+
+/// Flushes between codes of `needed` bits in all where the writer has no room for all of them.
+template <unsigned needed, class Writer>
+inline void flushFor(Writer& out) {
+    static_assert(Writer::kFree >= 13);
+    if constexpr (Writer::kFree < needed) out.flush();
+}
+
 template <class Writer>
 inline void putRun(int colour, Writer& out, std::int32_t run) {
     for (; run >= kLongestMakeUp; run -= kLongestMakeUp) {
@@ -17,6 +27,7 @@ inline void putRun(int colour, Writer& out, std::int32_t run) {
     }
     const auto length = static_cast<std::uint32_t>(run);
     out.put(kEncodeTables.makeUp[colour][length / 64]);
+    flushFor<kRunCodesBits>(out);
     out.put(kEncodeTables.terminating[colour][length % 64]);
 }
 
@@ -28,7 +39,6 @@ inline void putRun(int colour, Writer& out, std::int32_t run) {
 // a1 stops at the end, i never passes the first of the list's two closing elements.
 template <class Writer>
 void encodeRow(Writer& writer, RowList reference, RowList coding) {
-    static_assert(Writer::kFree >= 3 + (12 + 8) + (13 + 12), "horizontal mode with two runs, below 2560 each");
     const std::int32_t* const ref = reference.elements;
     const std::int32_t* const cur = coding.elements;
     const std::int32_t end = coding.elements[coding.count - 1];
@@ -50,7 +60,9 @@ void encodeRow(Writer& writer, RowList reference, RowList coding) {
             const std::int32_t a2 = cur[n + 1];
             const int black = ~n & 1;
             out.put(kHorizontalCode);
+            flushFor<kHorizontalBits>(out);
             putRun(black, out, a1 - a0 - (a0 == 0));  // columns count from 1
+            flushFor<kHorizontalBits>(out);
             putRun(!black, out, a2 - a1);
             if (a2 == end) break;
             a0 = a2;

@@ -54,7 +54,7 @@ public:
         : begin_(row.reference.elements), end_(begin_ + row.reference.count),
           lastRead_(begin_ + std::max(row.reference.count - kReadAhead, 0)),
           lastWritten_(row.coding + std::max(row.width + 4 - kWrittenAhead, 0)),
-          lastWord_(wordsEnd - sizeof(std::size_t)), copy_(copy.data()), first_(readable(begin_ + 1)) {}
+          lastWord_(wordsEnd - sizeof(MachineWord)), copy_(copy.data()), first_(readable(begin_ + 1)) {}
 
     const std::int32_t* first() const { return first_; }
 

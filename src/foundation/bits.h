@@ -19,27 +19,41 @@ inline Word swapBytes(Word v) {
     else return __builtin_bswap32(v);
 }
 
-/// Eight bytes as a word, first byte highest.
-inline std::uint64_t loadWord(const unsigned char* p) {
-    std::uint64_t v;
+/// What the machine computes with at once. In 32-bit builds for Intel's processors wider words take two registers, and
+/// several instructions for each shift and addition.
+#if defined(__i386__)
+using MachineWord = std::uint32_t;
+#else
+using MachineWord = std::uint64_t;
+#endif
+template <class Word>
+inline constexpr unsigned kBitsOf = 8 * sizeof(Word);
+
+/// Eight bytes, or four, as a word, first byte highest.
+template <class Word = std::uint64_t>
+inline Word loadWord(const unsigned char* p) {
+    Word v;
     std::memcpy(&v, p, sizeof v);
     return std::endian::native == std::endian::little ? swapBytes(v) : v;
 }
 
-inline void storeWord(unsigned char* p, std::uint64_t v) {
+template <class Word>
+inline void storeWord(unsigned char* p, Word v) {
     if (std::endian::native == std::endian::little) v = swapBytes(v);
     std::memcpy(p, &v, sizeof v);
 }
 
-/// As loadWord for the `count` < 8 bytes that are there; the rest reads as 0.
-inline std::uint64_t loadPartialWord(const unsigned char* p, std::size_t count) {
-    std::uint64_t v = 0;
-    for (std::size_t i = 0; i < count; ++i) v |= std::uint64_t{p[i]} << (56 - 8 * i);
+/// As loadWord for the bytes that are there, fewer than a word's; the rest reads as 0.
+template <class Word = std::uint64_t>
+inline Word loadPartialWord(const unsigned char* p, std::size_t count) {
+    Word v = 0;
+    for (std::size_t i = 0; i < count; ++i) v |= Word{p[i]} << (kBitsOf<Word> - 8 - 8 * i);
     return v;
 }
 
-inline void storePartialWord(unsigned char* p, std::uint64_t v, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) p[i] = static_cast<unsigned char>(v >> (56 - 8 * i));
+template <class Word>
+inline void storePartialWord(unsigned char* p, Word v, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) p[i] = static_cast<unsigned char>(v >> (kBitsOf<Word> - 8 - 8 * i));
 }
 
 /// Copies bytes with those of each 16-bit pair exchanged; the missing partner of an odd last byte is 0, so
@@ -59,11 +73,17 @@ inline void exchangePairs(unsigned char* dst, const unsigned char* src, std::siz
     }
 }
 
-/// The first n bits of a word, 0 <= n <= 64.
-inline std::uint64_t firstBits(unsigned n) { return n == 0 ? 0 : ~std::uint64_t{0} << (64 - n); }
+/// The first n bits of a word, 0 <= n <= its bits.
+template <class Word = std::uint64_t>
+inline Word firstBits(unsigned n) {
+    return n == 0 ? 0 : ~Word{0} << (kBitsOf<Word> - n);
+}
 
-/// The bits from n on, 0 <= n < 64.
-inline std::uint64_t bitsFrom(unsigned n) { return ~std::uint64_t{0} >> n; }
+/// The bits from n on, 0 <= n < its bits.
+template <class Word = std::uint64_t>
+inline Word bitsFrom(std::size_t n) {
+    return ~Word{0} >> n;
+}
 
 /// Bytes and words that hold `width` packed pixels.
 inline std::size_t packedBytes(std::uint64_t width) { return static_cast<std::size_t>((width + 7) / 8); }

@@ -16,7 +16,7 @@ namespace tilepress::g4 {
 class ToggledRow {
 public:
     /// A clear row; false when memory runs out.
-    bool prepare(std::uint64_t width) { return words_.reserve(std::uint64_t{packedWords(width)} + 1); }
+    bool prepare(std::uint64_t width) { return words_.reserve(width / kBits + 2); }
 
     /// Paints the columns [from, to). Runs may overlap, but neither end may lie left of that of the run before.
     void add(std::size_t from, std::size_t to) {
@@ -31,7 +31,7 @@ public:
     std::uint64_t addRuns(const std::int32_t* list, std::int32_t count, std::int32_t k, std::ptrdiff_t offset,
                           Onto onto) {
         Painting painting(*this);
-        std::int64_t pixels = 0;
+        std::ptrdiff_t pixels = 0;
         const std::int32_t* const end = list + count - 2;
         for (const std::int32_t* change = list + k; change < end; change += 2) {
             const std::ptrdiff_t from = offset + change[-1], to = offset + change[0];
@@ -44,18 +44,18 @@ public:
 
     /// ORs the row into `bytes` packed bytes, and clears it.
     void orInto(unsigned char* dst, std::size_t bytes) {
-        std::uint64_t carried = 0;
+        Word carried = 0;
         std::size_t w = first_;
-        for (const std::size_t end = std::min(end_ / 64 + 1, bytes / 8); w < end; ++w) {
-            const std::uint64_t word = words_[w] ^ carried;
+        for (const std::size_t end = std::min(end_ / kBits + 1, bytes / kBytes); w < end; ++w) {
+            const Word word = words_[w] ^ carried;
             words_[w] = 0;
             carried = 0 - (word & 1);
-            storeWord(dst + 8 * w, loadWord(dst + 8 * w) | word);
+            storeWord(dst + kBytes * w, loadWord<Word>(dst + kBytes * w) | word);
         }
-        if (w <= end_ / 64) {
-            const std::size_t rest = bytes - 8 * w;
-            if (rest > 0)
-                storePartialWord(dst + 8 * w, loadPartialWord(dst + 8 * w, rest) | (words_[w] ^ carried), rest);
+        if (w <= end_ / kBits) {
+            unsigned char* const last = dst + kBytes * w;
+            const std::size_t rest = bytes - kBytes * w;
+            if (rest > 0) storePartialWord(last, loadPartialWord<Word>(last, rest) | (words_[w] ^ carried), rest);
             words_[w] = 0;
         }
         first_ = kNone;
@@ -63,12 +63,13 @@ public:
     }
 
 private:
-    static constexpr std::size_t kNone = ~std::size_t{0};
+    using Word = MachineWord;
+    static constexpr std::size_t kBits = kBitsOf<Word>, kBytes = sizeof(Word), kNone = ~std::size_t{0};
 
     /// What changes with every run, where the compiler can keep it in registers.
     struct Painting {
         ToggledRow& row;
-        std::uint64_t* const words;
+        Word* const words;
         std::size_t first, end;
 
         explicit Painting(ToggledRow& r) : row(r), words(r.words_.get()), first(r.first_), end(r.end_) {}
@@ -81,14 +82,14 @@ private:
 
         void add(std::size_t from, std::size_t to) {
             from = std::max(from, end);  // overlapping runs are one
-            words[from / 64] ^= bitsFrom(from % 64);
-            words[to / 64] ^= bitsFrom(to % 64);
-            first = std::min(first, from / 64);
+            words[from / kBits] ^= bitsFrom<Word>(from % kBits);
+            words[to / kBits] ^= bitsFrom<Word>(to % kBits);
+            first = std::min(first, from / kBits);
             end = to;
         }
     };
 
-    Heap<std::uint64_t> words_;
+    Heap<Word> words_;
     std::size_t first_ = kNone;  // word of the first run
     std::size_t end_ = 0;        // column after the last run
 };
