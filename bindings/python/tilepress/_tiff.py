@@ -10,7 +10,7 @@ from typing import Any, overload
 
 import tifffile
 
-from tilepress._errors import ArgumentError, FormatError
+from tilepress._errors import ArgumentError, Error, FormatError
 from tilepress._pages import Page
 
 _GROUP_4 = 4
@@ -76,25 +76,27 @@ class Document(Sequence[Page]):
         number = range(count)[index]
         try:
             with self._reading:
-                return self._page(number)
-        except ArgumentError as error:
+                return self._page(self._file.pages[number])
+        except (FormatError, ArgumentError) as error:
             raise FormatError(f"page {number}: {error}") from error
+        except (Error, OSError):
+            raise
+        except Exception as error:  # what a broken directory causes in tifffile, or among its values
+            raise FormatError(f"page {number}: its directory is broken: {error}") from error
 
     def __iter__(self) -> Iterator[Page]:
         return (self[number] for number in range(len(self)))
 
-    def _page(self, number: int) -> Page:
-        try:
-            page: Any = self._file.pages[number]
-            group_4 = (page.compression, page.bitspersample, page.samplesperpixel) == (_GROUP_4, 1, 1)
-        except Exception as error:
-            raise FormatError(f"page {number}: {error}") from error
-        if not group_4 or page.photometric not in (0, 1):
-            raise FormatError(f"page {number}: {page.compression!s}, not one bit a pixel in Group 4 codes")
+    def _page(self, page: Any) -> Page:
+        if (page.compression, page.bitspersample, page.samplesperpixel) != (_GROUP_4, 1, 1) or (
+                page.photometric not in (0, 1)):
+            raise FormatError(f"compression {int(page.compression)}, {page.samplesperpixel} samples of "
+                              f"{page.bitspersample} bits, not one bit a pixel in Group 4 codes")
         tiled = page.is_tiled
         height = page.tilelength if tiled else min(page.rowsperstrip or page.imagelength, page.imagelength)
         return Page(page.imagewidth, page.imagelength, self._tiles(page, height),
-                    tile_width=page.tilewidth if tiled else 0, tile_height=height, fill_order=int(page.fillorder),
+                    tile_width=page.tilewidth if tiled else 0, tile_height=height,
+                    fill_order=2 if page.fillorder == 2 else 1,  # others stand in broken files
                     photometric=int(page.photometric), orientation=_orientation(page), resolution=_resolution(page),
                     **self._limits)
 
