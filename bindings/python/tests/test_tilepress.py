@@ -107,7 +107,7 @@ def test_damage_has_a_place():
     assert error.value.damage == found[0] and f"tile 1, row {found[0].row}" in str(error.value)
     filled = page.render(format="bits", on_damage="white")
     good, expected = found[0].top, ink_of(TEXT, 0)
-    assert filled.damage == tuple(found)
+    assert filled.damage == tuple(found) and not page.prepare()
     assert numpy.array_equal(bits(filled)[:good], expected[:good]) and not bits(filled)[good:].any()
 
 
