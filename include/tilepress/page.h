@@ -158,13 +158,16 @@ TILEPRESS_API tp_status TILEPRESS_CALL tp_page_describe(const tp_page* page, tp_
 /** Bytes that the page holds: its copies of tiles and what preparing it added. */
 TILEPRESS_API uint64_t TILEPRESS_CALL tp_page_memory(const tp_page* page);
 
-/** Lays the page out anew in memory, in tiles and without pixels, so that every view costs what it shows and not what
- * lies above it. Pages in small tiles need nothing and get nothing: TP_OK at once. At most 1.5 times the coded bytes
- * are added. TP_DAMAGED: the page is damaged and stays as it is. Other threads may use the page meanwhile, and prepare
- * it, too. Drawings and reports of damage are the same before and after. */
+/** Lays the page out anew in memory, in tiles of 512 by 512 and without pixels, so that every view costs what it shows
+ * and not what lies above it. Pages in tiles of up to a million pixels need nothing and get nothing: TP_OK at once. At
+ * most 1.5 times the coded bytes are added, and pages for which that does not suffice, because they have so few codes
+ * that they are decoded soon enough, get nothing either. TP_DAMAGED: the page is damaged and stays as it is; the first
+ * damage is told. Other threads may use the page meanwhile, and prepare it, too. Drawings and reports of damage are the
+ * same before and after; on_damage is not looked at. */
 TILEPRESS_API tp_status TILEPRESS_CALL tp_page_prepare(tp_page* page, tp_options* options);
 
-/** Decodes every row, and says what is wrong with each tile: TP_OK or TP_DAMAGED. on_damage is not looked at. */
+/** Decodes every row, and says what is wrong with each tile: TP_OK or TP_DAMAGED. Behind the rows an end-of-block and
+ * two bytes are no damage. on_damage is not looked at; memory is that of one tile's row. */
 TILEPRESS_API tp_status TILEPRESS_CALL tp_page_verify(const tp_page* page, tp_options* options);
 
 /* --- pictures of a page --------------------------------------------------------------------------------------- */
@@ -212,9 +215,13 @@ typedef struct tp_view {
     ptrdiff_t stride;     /**< bytes from a row to the next; negative for pictures from the bottom up */
 } tp_view;
 
-/** Draws `count` pictures of a page in one walk: each tile row under any of them is decoded once. Every pixel of every
- *  picture is written, whatever was there; nothing else in their rows is. TP_DAMAGED: finished by the policy. Views may
- *  overlap on the page; their pixels must not. */
+/** Draws `count` pictures of a page in one walk: each tile row under any of them is decoded once, and no tile that is
+ *  under none. Every pixel of every picture is written, whatever was there; nothing else in their rows is. TP_DAMAGED:
+ *  finished by the policy. Views may overlap on the page; their pixels must not.
+ *
+ *  Memory does not grow with the height of page or pictures: for each tile column two lists of a row's changes (8 bytes
+ *  a pixel of its width at most; more where the tiles are borrowed, which are copied while they are decoded), for each
+ *  picture up to 8 bytes a column of its rectangle and 30 bytes of its own, and 64 of its rows where it is turned. */
 TILEPRESS_API tp_status TILEPRESS_CALL tp_page_render(const tp_page* page, const tp_view* views, size_t count,
                                                       tp_options* options);
 

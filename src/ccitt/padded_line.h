@@ -23,8 +23,9 @@ constexpr std::uint64_t lineElements(std::uint32_t width) { return std::uint64_t
 
 /// Such a line, or null.
 inline std::int32_t* allocateLine(std::uint32_t width) {
-    std::int32_t* block = allocate<std::int32_t>(lineElements(width));
+    std::int32_t* block = allocateUnset<std::int32_t>(lineElements(width));
     if (!block) return nullptr;
+    block[0] = 0;
     std::fill_n(block + 1, kLineFront - 1, INT32_MIN);
     return block + kLineFront;
 }

@@ -32,7 +32,7 @@ bool isColour(const ViewPlan& plan) { return plan.format == TP_RGBA || plan.form
 }  // namespace
 
 PictureRows::PictureRows(const ViewPlan& plan) : plan_(plan), quads_(colourOf(plan, 255), colourOf(plan, 0)) {
-    for (unsigned tone = 0; tone < 256; ++tone) colours_[tone] = isColour(plan) ? colourOf(plan, tone) : 0;
+    for (unsigned tone = 0; isColour(plan) && tone < 256; ++tone) colours_[tone] = colourOf(plan, tone);
     bandStride_ = plan.format == TP_BITS ? packedBytes(plan.width) : plan.width;
 }
 

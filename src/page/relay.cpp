@@ -81,7 +81,7 @@ private:
     void split(const TileRow& row);
     tp_status endRow(std::uint32_t row);
     tp_status store(std::uint32_t tileRow);
-    void finish();
+    bool finish();
 
     const PageTiles& from_;
     const TileLayout layout_;
@@ -154,11 +154,11 @@ tp_status Relayer::store(std::uint32_t tileRow) {
     return TP_OK;
 }
 
-/// Gives back the room that was not needed, and says where the tiles have come to lie.
-void Relayer::finish() {
-    unsigned char* bytes = made_->bytes.release();
-    if (void* const fitting = std::realloc(bytes, static_cast<std::size_t>(used_ ? used_ : 1)))
-        bytes = static_cast<unsigned char*>(fitting);
+/// Gives back the room that was not needed, and says where the tiles have come to lie; false when memory runs out.
+bool Relayer::finish() {
+    void* const fitting = std::realloc(made_->bytes.get(), static_cast<std::size_t>(used_ ? used_ : 1));
+    if (!fitting) return false;
+    auto* bytes = static_cast<unsigned char*>(fitting);
     *made_->bytes.out() = bytes;
     const std::uint64_t count = std::uint64_t{layout_.across()} * layout_.down();
     for (std::size_t k = 0; k < count; ++k) {
@@ -169,6 +169,7 @@ void Relayer::finish() {
     }
     made_->memory += used_;
     made_->grid = {layout_, made_->tiles.get(), CodeOrder::ready, 0};
+    return true;
 }
 
 tp_status Relayer::run() {
@@ -184,12 +185,9 @@ tp_status Relayer::run() {
         if (const tp_status status = endRow(row); status != TP_OK) return status;
         if (!call_.rowDone()) return TP_E_CANCELLED;
     }
-    if (fits_) {
-        finish();
-    } else {
-        delete made_;
-        made_ = nullptr;
-    }
+    if (fits_) return finish() ? TP_OK : TP_E_MEMORY;
+    delete made_;
+    made_ = nullptr;
     return TP_OK;
 }
 

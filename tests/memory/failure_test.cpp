@@ -2,6 +2,7 @@
 
 #include "memory/injector.h"
 #include "support/coded.h"
+#include "tilepress/page.h"
 #include "tilepress/tilepress.h"
 
 #include <gtest/gtest.h>
@@ -289,6 +290,73 @@ TEST(AllocationFailure, CompressedHandles) {
         return block != nullptr && size > 0;
     });
     image->free(&image, tiles);
+}
+
+// --- pages -------------------------------------------------------------------------------------
+
+bool isDone(tp_status status) {
+    EXPECT_TRUE(status == TP_OK || status == TP_E_MEMORY) << status;
+    return status == TP_OK;
+}
+
+/// Rows with a few marks, enough of them to be laid out anew, as one strip that the encoder keeps.
+tp_status code(tp_encoder* encoder, const void*& strip, std::size_t& size) {
+    for (std::uint32_t y = 0; y < 1100; ++y) {
+        const std::uint32_t changes[] = {y % 7, 30 + y % 40, 700 + y / 50, 1100, 1590};
+        if (const tp_status status = tp_encoder_add_changes(encoder, changes, 5); status != TP_OK) return status;
+    }
+    return tp_encoder_finish(encoder, &strip, &size);
+}
+
+TEST(AllocationFailure, Pages) {
+    tp_encoder* encoder = nullptr;
+    ASSERT_EQ(tp_encoder_open(1600, 1, nullptr, &encoder), TP_OK);
+    tp_coded strip{};
+    ASSERT_EQ(code(encoder, strip.data, strip.size), TP_OK);
+    failEach("encode", [] {
+        tp_encoder* other = nullptr;
+        const void* data = nullptr;
+        std::size_t size = 0;
+        const bool done = isDone(tp_encoder_open(1600, 1, nullptr, &other)) && isDone(code(other, data, size));
+        tp_encoder_close(other);
+        return done;
+    });
+    tp_page_info info{};
+    info.size = sizeof info;
+    info.width = 1600;
+    info.height = 1100;
+    tp_page* page = nullptr;
+    const auto open = [&](std::uint32_t flags) {
+        tp_page_release(page);
+        info.flags = flags;
+        return isDone(tp_page_open(&info, &strip, 1, &page));
+    };
+    failEach("open borrowed", [&] { return open(TP_BORROW); });
+    std::vector<unsigned char> pixels(9000000);
+    tp_view views[3]{};
+    for (std::uint32_t k = 0; k < 3; ++k) {
+        views[k].size = sizeof views[k];
+        views[k].out_width = k == 1 ? 1700 : 150;
+        views[k].out_height = k == 1 ? 1200 : 100 + k;
+        views[k].orientation = k + 4;
+        views[k].mode = k;
+        views[k].format = k == 0 ? TP_RGBA : k == 1 ? TP_BITS : TP_GREY8;
+        views[k].pixels = pixels.data() + 3000000 * k;
+        views[k].stride = 1700;
+        failEach("render", [&] { return isDone(tp_page_render(page, views + k, 1, nullptr)); });
+    }
+    failEach("render several", [&] { return isDone(tp_page_render(page, views, 3, nullptr)); });
+    failEach("open", [&] { return open(0); });
+    failEach("verify", [&] { return isDone(tp_page_verify(page, nullptr)); });
+    failEach("read", [&] {
+        tp_reader* reader = nullptr;
+        const bool done = isDone(tp_reader_open(page, 0, 0, 0, 0, nullptr, &reader));
+        tp_reader_close(reader);
+        return done;
+    });
+    failEach("prepare", [&] { return isDone(tp_page_prepare(page, nullptr)); });
+    tp_page_release(page);
+    tp_encoder_close(encoder);
 }
 
 }  // namespace
