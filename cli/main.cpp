@@ -49,7 +49,9 @@ int printParseResult(const CLI::App& app, const CLI::ParseError& error) {
 
 int runHelp(const CLI::App& app, const std::string& command) {
     if (complainOfCommand(app, command)) return static_cast<int>(Exit::failed);
-    printText(command.empty() ? app.help() : app.get_subcommand(command)->help());
+    // The program's own help() would be that of the command that was given, which is this one.
+    printText(command.empty() ? app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal)
+                              : app.get_subcommand(command)->help(app.get_name()));
     return static_cast<int>(Exit::good);
 }
 

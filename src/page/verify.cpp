@@ -11,13 +11,23 @@ namespace {
 /// Bytes behind the rows that are no end-of-block and yet no fault: fill up to a whole word.
 constexpr std::int64_t kMostFill = 2;
 
+/// Behind the end-of-block: some coders end with more than its two ends of line, and fill them up to whole bytes.
+std::int64_t pastEndsOfLine(const CodedData& codes, std::int64_t bit) {
+    for (unsigned length = 12; length < 12 + 8;) {
+        if (codes.peek(bit, length) == 1) {
+            bit += length;
+            length = 12;
+        } else {
+            ++length;
+        }
+    }
+    return bit;
+}
+
 /// Where the bytes begin that nothing explains, or -1.
 std::int64_t leftOver(const RowCursor& cursor) {
     const CodedData& codes = cursor.codes();
-    std::int64_t bit = cursor.position();
-    // Some coders end with more than the two ends of line of an end-of-block.
-    while (codes.peek(bit, 12) == 0x001) bit += 12;
-    const std::int64_t byte = (bit + 7) >> 3;
+    const std::int64_t byte = (pastEndsOfLine(codes, cursor.position()) + 7) >> 3;
     return codes.length - byte > kMostFill ? byte : -1;
 }
 

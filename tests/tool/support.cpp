@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <ostream>
 #include <sstream>
 
@@ -121,6 +122,44 @@ void setTag(std::string& file, unsigned tag, std::uint32_t value) {
         return;
     }
     ADD_FAILURE() << "no tag " << tag;
+}
+
+std::string codes(const std::string& bits) {
+    std::string bytes;
+    std::size_t count = 0;
+    for (const char bit : bits) {
+        if (bit == ' ') continue;
+        if (count % 8 == 0) bytes += '\0';
+        if (bit == '1') bytes.back() = static_cast<char>(bytes.back() | 0x80 >> count % 8);
+        ++count;
+    }
+    return bytes;
+}
+
+std::string tinyTiff(std::uint32_t width, std::uint32_t height, const std::string& strip,
+                     const std::vector<Tag>& more) {
+    const auto number = [](std::uint32_t value, int bytes) {
+        std::string text;
+        for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> 8 * i);
+        return text;
+    };
+    const std::string padded = strip + std::string(strip.size() % 2, '\0');
+    std::map<unsigned, std::uint32_t> tags = {
+        {256, width}, {257, height}, {258, 1},      {259, 4},
+        {262, 0},     {273, 8},      {278, height}, {279, std::uint32_t(strip.size())}};
+    for (const Tag& tag : more) tags[tag.number] = tag.value;
+    std::string file = "II*" + std::string(1, '\0') + number(std::uint32_t(8 + padded.size()), 4) + padded +
+                       number(std::uint32_t(tags.size()), 2);
+    // Resolutions are fractions, which stand behind the directory.
+    const auto behind = std::uint32_t(file.size() + 12 * tags.size() + 4);
+    std::string fractions;
+    for (const auto& [tag, value] : tags) {
+        const bool isFraction = tag == 282 || tag == 283;
+        file += number(tag, 2) + number(isFraction ? 5 : tag == 34665 ? 13 : 4, 2) + number(1, 4);
+        file += number(isFraction ? behind + std::uint32_t(fractions.size()) : value, 4);
+        if (isFraction) fractions += number(value, 4) + number(1, 4);
+    }
+    return file + number(0, 4) + fractions;
 }
 
 Raster rendered(const std::string& arguments) {

@@ -40,6 +40,15 @@ Raster parsePnm(const std::string& bytes);
 std::string sample(const std::string& name);
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);
+/// Codes of Group 4 as bits: "001 00110101"; blanks do not count.
+std::string codes(const std::string& bits);
+struct Tag {
+    unsigned number;
+    std::uint32_t value;
+};
+/// A little-endian TIFF file of one page with one strip; more tags may take the place of the usual ones.
+std::string tinyTiff(std::uint32_t width, std::uint32_t height, const std::string& strip,
+                     const std::vector<Tag>& more = {});
 /// Overwrites the value of a tag of the first directory of a little-endian TIFF file.
 void setTag(std::string& file, unsigned tag, std::uint32_t value);
 
