@@ -1,5 +1,6 @@
 // However a coder chose among the modes that Group 4 permits, libtiff and this library decode its stream to its pixels.
-// (Streams that no coder writes need not come out the same: a pass that reaches the end of a row ends it for libtiff.)
+// (Odd streams need not come out the same by the classic decoding: a pass that reaches the end of a row ends it for
+// libtiff.)
 
 #include "input.h"
 #include "peer/memory_tiff.h"

@@ -243,7 +243,7 @@ TEST(Usage, SaysWhatWasMeant) {
     const std::string file = sample("text.tif");
     EXPECT_NE(tool("rendr " + file).errors.find("did you mean 'render'"), std::string::npos);
     EXPECT_EQ(tool("rendr").code, 1);
-    EXPECT_NE(tool("info --page 0 " + file).errors.find("pages are counted from 1"), std::string::npos);
+    EXPECT_NE(tool("info --page 0 " + file).errors.find("numbered from 1"), std::string::npos);
     EXPECT_EQ(tool("-V").output, tool("--version").output);
     EXPECT_EQ(tool("help").output, tool("--help").output);
     EXPECT_EQ(tool("help verify").output, tool("verify --help").output);
