@@ -63,7 +63,7 @@ TEST(Interface, BareObjectsReadAsUnset) {
     const auto marked = layout::read<layout::Bilevel>(*bilevel);
     for (uint32_t field :
          {marked.bitsPerSample, marked.bytesPerLine, marked.totalBytes, marked.left, marked.bottom, marked.tileWidth,
-          marked.numberOfTiles, marked.padBits, marked.foreground, bilevel->getTop()})
+          marked.numberOfTiles, marked.padBits, marked.foreground, static_cast<uint32_t>(bilevel->getTop())})
         EXPECT_EQ(field, 0xDEADBEEFu);
     EXPECT_EQ(marked.alignment, 0u);
     EXPECT_EQ(bilevel->peekData(), nullptr);
