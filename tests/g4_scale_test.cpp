@@ -100,7 +100,7 @@ TEST(ScaleWhileDecoding, RefusalsAndCorruptTiles) {
     const G4Image corrupt = makeG4(8, 8, 4, 4, tiles);
     for (const auto& [size, depth] : {std::pair(4u, 1u), {16u, 1u}, {4u, 32u}}) {
         Owned<> result;
-        EXPECT_EQ(raisedBy([&] { result = scaled(*corrupt, corrupt->getRect(), size, size, depth); }),
+        EXPECT_EQ(raisedBy([&, s = size, d = depth] { result = scaled(*corrupt, corrupt->getRect(), s, s, d); }),
                   (Raised{1, ImgErrDecode}));
         // The row that failed holds no count either.
         EXPECT_EQ(pictureOf(result), Picture(size, size, depth == 32 ? 0x00FFFFFF : 0));

@@ -266,4 +266,4 @@ if (address) {
 }
 
 // For the console, and for tests.
-Object.assign(globalThis, {tilepress: {stage, open}});
+Object.assign(globalThis, {tilepress: {stage, open, page: () => current?.page}});
