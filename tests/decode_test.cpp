@@ -1,7 +1,5 @@
-#include "ccitt/coded_bytes.h"
-#include "ccitt/decode_row.h"
-#include "ccitt/padded_line.h"
 #include "support/coded.h"
+#include "support/decoders.h"
 #include "tilepress/ccitt.h"
 
 #include <gtest/gtest.h>
@@ -228,8 +226,6 @@ TEST_F(G4Decode, HoldsEndlessMakeUpCodes) {
     EXPECT_EQ(decode(8, bits(text + "00000000000000")).status, 2);
 }
 
-// Rows of random codes: the fast decoder, between padded lines and between a caller's
-// arrays, must give what the exact one gives, or leave the row to it.
 TEST_F(G4Decode, FastAndExactAgreeOnRandomCodes) {
     std::mt19937 random(7);
     const char* const modes[] = {"1", "1", "1", "1", "011", "010", "000011", "000010", "0000011", "0000010", "0001"};
@@ -247,50 +243,9 @@ TEST_F(G4Decode, FastAndExactAgreeOnRandomCodes) {
                         runText(static_cast<int>(random() % longest), true);
             else text += random() % 4 ? kEndOfBlockText : "0000001";
         }
-        Bytes plain = bits(text);
-        const auto length = static_cast<std::int64_t>(plain.size());
-        Bytes words = exchanged(plain);
-        plain.resize(plain.size() + kCodedBack);
-        std::int32_t* lines[4];
-        for (auto& line : lines) line = allocateLine(static_cast<std::uint32_t>(width));
-        std::int32_t count = whiteLine(lines[0], width), exactCount = whiteLine(lines[2], width);
-        List reference = whiteRow(width), coding(static_cast<std::size_t>(width) + 4);
-        std::int64_t bit = 0, exactBit = 0, wordBit = 0;
-        for (int row = 0; row < 60; ++row) {
-            std::int32_t nextCount = 0, nextExact = 0, nextWord = 0;
-            lines[2][kLineIrregular] = 1;
-            const int exact = decodeLine({plain.data(), length, false}, exactBit, {lines[2], exactCount}, width,
-                                         lines[3], nextExact, how);
-            const int fast =
-                decodeLine({plain.data(), length, false}, bit, {lines[0], count}, width, lines[1], nextCount, how);
-            const int word = how == Decoding::standard
-                                 ? exact
-                                 : decodeRow({words.data(), length, true}, wordBit,
-                                             {reference.data(), static_cast<std::int32_t>(reference.size())}, width,
-                                             coding.data(), nextWord);
-            ASSERT_EQ(fast, exact);
-            ASSERT_EQ(word, exact);
-            if (exact != 0) {  // go on from a bit further
-                bit = exactBit = wordBit = exactBit + 1 + static_cast<int>(random() % 40);
-                continue;
-            }
-            ++decodedRows;
-            ASSERT_EQ(bit, exactBit);
-            const List list(lines[3], lines[3] + nextExact);
-            ASSERT_EQ(List(lines[1], lines[1] + nextCount), list);
-            if (how == Decoding::standard) {
-                ASSERT_TRUE(isRow({list.data(), nextExact}, width + 1));
-            } else {
-                ASSERT_EQ(wordBit, exactBit);
-                ASSERT_EQ(List(coding.begin(), coding.begin() + nextWord), list);
-            }
-            reference = list;
-            std::swap(lines[0], lines[1]);
-            std::swap(lines[2], lines[3]);
-            count = nextCount;
-            exactCount = nextExact;
-        }
-        for (auto* line : lines) freeLine(line);
+        const int rows = rowsDecodedAlike(width, exchanged(bits(text)), 60, how);
+        ASSERT_GE(rows, 0) << round;
+        decodedRows += rows;
     }
     EXPECT_GT(decodedRows, 5000);
 }

@@ -5,11 +5,7 @@
 
 namespace support {
 
-struct Reduce1G4 {
-    using Type = CImg1* (CImg1G4::*)(ImgULong, ImgULong, const ImgRect&);
-    friend Type workerOf(Reduce1G4);
-};
-template struct Expose<Reduce1G4, &CImg1G4::Reduce>;
+EXPOSE(Reduce1G4, CImg1G4, Reduce, CImg1* (CImg1G4::*)(ImgULong, ImgULong, const ImgRect&));
 
 }  // namespace support
 

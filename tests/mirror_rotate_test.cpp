@@ -85,12 +85,9 @@ TYPED_TEST(RightAngles, PositiveAnglesTurnCounterClockwise) {
 TYPED_TEST(RightAngles, NearlyRightAnglesAreRight) {
     const auto image = imageOf<TypeParam>(randomPicture<TypeParam>(9, 5));
     const auto turned = [&](double angle) { return result<TypeParam>(image->rotate(angle)); };
-    for (double off : {0.0005, -0.0005}) {
-        EXPECT_EQ(turned(90 + off), turned(90));
-        EXPECT_EQ(turned(180 + off), turned(180));
-        EXPECT_EQ(turned(270 + off), turned(270));
-    }
-    EXPECT_EQ(turned(90.002).width, 9u);  // sheared
+    for (double right : {90, 180, 270})
+        for (double off : {0.00099, -0.00099}) EXPECT_EQ(turned(right + off), turned(right)) << right + off;
+    for (double off : {0.00101, -0.00101}) EXPECT_EQ(turned(90 + off).width, 9u) << "sheared";
 }
 
 TYPED_TEST(RightAngles, NoTurnIsAClone) {
@@ -155,27 +152,26 @@ struct Snapping : CImg {
 };
 
 TEST(Snap90, BringsAnglesNearRightOnesOntoThem) {
-    EXPECT_EQ(Snapping::snap(0.0004), 0);
-    EXPECT_EQ(Snapping::snap(0.001), 0.001);
-    EXPECT_EQ(Snapping::snap(90.0005), 90);
-    EXPECT_EQ(Snapping::snap(89.9995), 90);
-    EXPECT_EQ(Snapping::snap(90.002), 90.002);
-    EXPECT_EQ(Snapping::snap(359.9995), 0);
-    EXPECT_EQ(Snapping::snap(359.999), 359.999);
-    EXPECT_EQ(Snapping::snap(360.0005), 0);
-    EXPECT_EQ(Snapping::snap(450), 90);
-    EXPECT_EQ(Snapping::snap(809.9999), 90);
-    EXPECT_EQ(Snapping::snap(720), 0);
-    EXPECT_EQ(Snapping::snap(-720), 0);
+    for (auto [angle, snapped] : {std::pair(0.0004, 0.),
+                                  {0.001, 0.001},
+                                  {90.0005, 90.},
+                                  {89.9995, 90.},
+                                  {90.002, 90.002},
+                                  {359.9995, 0.},
+                                  {359.999, 359.999},
+                                  {360.0005, 0.},
+                                  {450., 90.},
+                                  {809.9999, 90.},
+                                  {720., 0.},
+                                  {-720., 0.}})
+        EXPECT_EQ(Snapping::snap(angle), snapped) << angle;
 }
 
 TEST(Snap90, KeptNegativeAnglesAnd360Stay) {
-    EXPECT_EQ(Snapping::snap(-90), -90);
-    EXPECT_EQ(Snapping::snap(-450), -90);
-    EXPECT_EQ(Snapping::snap(-0.0005), -0.0005);
+    for (auto [angle, snapped] :
+         {std::pair(-90., -90.), {-450., -90.}, {-0.0005, -0.0005}, {-360., -360.}, {360., 360.}})
+        EXPECT_EQ(Snapping::snap(angle), snapped) << angle;
     EXPECT_NEAR(Snapping::snap(-360.0005), -0.0005, 1e-9);
-    EXPECT_EQ(Snapping::snap(-360), -360);
-    EXPECT_EQ(Snapping::snap(360), 360);
 }
 
 }  // namespace

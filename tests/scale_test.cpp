@@ -9,35 +9,12 @@
 
 namespace support {
 
-template <class Image, int which>
-struct Worker {
-    using Type = Image* (Image::*)(ImgULong, ImgULong, const ImgRect&);
-};
-struct Enlarge1 : Worker<CImg1, 0> {
-    friend Type workerOf(Enlarge1);
-};
-struct Reduce1 : Worker<CImg1, 1> {
-    friend Type workerOf(Reduce1);
-};
-struct ReduceInk1 : Worker<CImg1, 2> {
-    friend Type workerOf(ReduceInk1);
-};
-struct ReduceInk8 : Worker<CImg8, 0> {
-    friend Type workerOf(ReduceInk8);
-};
-struct ReduceInk32 : Worker<CImg32, 0> {
-    friend Type workerOf(ReduceInk32);
-};
-struct QuickReduce1 {
-    using Type = CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong);
-    friend Type workerOf(QuickReduce1);
-};
-template struct Expose<Enlarge1, &CImg1::Enlarge>;
-template struct Expose<Reduce1, &CImg1::Reduce>;
-template struct Expose<ReduceInk1, &CImg1::Reduce_bkg>;
-template struct Expose<ReduceInk8, &CImg8::Reduce_bkg>;
-template struct Expose<ReduceInk32, &CImg32::Reduce_bkg>;
-template struct Expose<QuickReduce1, &CImg1::QuickReduce_bkg>;
+EXPOSE(Enlarge1, CImg1, Enlarge, CImg1* (CImg1::*)(ImgULong, ImgULong, const ImgRect&));
+EXPOSE(Reduce1, CImg1, Reduce, CImg1* (CImg1::*)(ImgULong, ImgULong, const ImgRect&));
+EXPOSE(ReduceInk1, CImg1, Reduce_bkg, CImg1* (CImg1::*)(ImgULong, ImgULong, const ImgRect&));
+EXPOSE(ReduceInk8, CImg8, Reduce_bkg, CImg8* (CImg8::*)(ImgULong, ImgULong, const ImgRect&));
+EXPOSE(ReduceInk32, CImg32, Reduce_bkg, CImg32* (CImg32::*)(ImgULong, ImgULong, const ImgRect&));
+EXPOSE(QuickReduce1, CImg1, QuickReduce_bkg, CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong));
 
 }  // namespace support
 
@@ -126,36 +103,39 @@ const std::vector<Case>& cases() {
     return all;
 }
 
-/// Scales the case's rectangle and compares: `shown` is what the picture counts as.
-template <class Result, class Image>
-void expectScaled(Image& image, const Case& c, std::size_t width, std::size_t height, ImgScaleAttr& attr,
-                  const Picture& expected) {
-    const auto result =
-        owned<Result>(image.scale(c.r, static_cast<ImgULong>(width), static_cast<ImgULong>(height), attr));
-    ASSERT_TRUE(result);
-    ASSERT_EQ(pictureOf(result), expected)
-        << c.r.getWidth() << " x " << c.r.getHeight() << " at " << c.r.getLeft() << " to " << width << " x " << height;
-}
-
 template <class Image>
 class ScalePixels : public ::testing::Test {};
 TYPED_TEST_SUITE(ScalePixels, ColourKinds);
 
+/// Scales a rectangle to a size and compares, the bits that pad the result's rows included.
+void expectScaled(IImg& image, const ImgRect& r, std::size_t width, std::size_t height, ImgScaleAttr& attr,
+                  const Picture& expected) {
+    const Owned<> result(image.scale(r, static_cast<ImgULong>(width), static_cast<ImgULong>(height), attr));
+    ASSERT_EQ(pictureOf(result), expected)
+        << r.getWidth() << " x " << r.getHeight() << " at " << r.getLeft() << " to " << width << " x " << height;
+    if (result->getType() == ImageTypeBilevel) {
+        ASSERT_EQ(bytesOf(static_cast<CImg1&>(*result)), bytesOf(*imageOf<CImg1>(expected)));
+    }
+}
+
+/// A case's sizes in all combinations: what grows grows first, then the rest is merged.
+void expectScalings(IImg& image, const Case& c, const Picture& source, ImgScaleAttr& attr,
+                    const std::function<std::uint32_t(const Cell&)>& merge) {
+    for (const std::size_t width : {c.smallWidth, source.width, c.largeWidth})
+        for (const std::size_t height : {c.smallHeight, source.height, c.largeHeight}) {
+            const bool same = width == source.width && height == source.height;
+            if (same && image.getType() == ImageTypeBilevel) continue;  // a sub-image, of which some are refused
+            const Picture grown = enlarged(source, std::max(width, source.width), std::max(height, source.height));
+            const bool merges = width < source.width || height < source.height;
+            expectScaled(image, c.r, width, height, attr, merges ? reduced(grown, width, height, merge) : grown);
+            if (::testing::Test::HasFatalFailure()) return;
+        }
+}
+
 TYPED_TEST(ScalePixels, CellsAreRepeatedAndPicked) {
     for (const Case& c : cases()) {
-        const Picture whole = randomPicture<TypeParam>(c.width, c.height), source = cut(whole, c.r);
-        const auto image = imageOf<TypeParam>(whole, kAlignments[c.width % 3]);
-        const auto expect = [&](std::size_t w, std::size_t h, const Picture& expected) {
-            expectScaled<TypeParam>(*image, c, w, h, bilevel, expected);
-        };
-        const std::size_t w = source.width, h = source.height;
-        expect(w, h, source);
-        expect(c.largeWidth, c.largeHeight, enlarged(source, c.largeWidth, c.largeHeight));
-        expect(c.smallWidth, c.smallHeight, reduced(source, c.smallWidth, c.smallHeight, firstOf));
-        expect(c.smallWidth, c.largeHeight,
-               reduced(enlarged(source, w, c.largeHeight), c.smallWidth, c.largeHeight, firstOf));
-        expect(c.largeWidth, c.smallHeight,
-               reduced(enlarged(source, c.largeWidth, h), c.largeWidth, c.smallHeight, firstOf));
+        const Picture whole = randomPicture<TypeParam>(c.width, c.height);
+        expectScalings(*imageOf<TypeParam>(whole, kAlignments[c.width % 3]), c, cut(whole, c.r), bilevel, firstOf);
         if (this->HasFatalFailure()) return;
     }
 }
@@ -165,11 +145,9 @@ TYPED_TEST(ScalePixels, EveryFactorRepeatsInPlace) {
         for (std::size_t factor = 1; factor <= 20; ++factor) {
             const Picture source = randomPicture<TypeParam>(w, 2);
             const auto image = imageOf<TypeParam>(source);
-            for (std::size_t wide : {w * factor, w * factor + w / 2}) {
-                const Case c{ImgRect(w, 2), w, 2, 1, 1, wide, 3};
-                expectScaled<TypeParam>(*image, c, wide, 3, bilevel, enlarged(source, wide, 3));
-                if (this->HasFatalFailure()) return;
-            }
+            for (std::size_t wide : {w * factor, w * factor + w / 2})
+                expectScaled(*image, image->getRect(), wide, 3, bilevel, enlarged(source, wide, 3));
+            if (this->HasFatalFailure()) return;
         }
 }
 
@@ -185,51 +163,22 @@ TEST(ScalePixels, ResultsHaveTheColoursOfTheirSource) {
     }
 }
 
-/// The bilevel kinds of scaling, with the picture as ink and with its complement on background 1.
-template <class Result>
-void compareBilevel(ImgScaleAttr& attr, const std::function<std::uint32_t(const Cell&)>& merge) {
+// The picture as ink, and its complement on background 1.
+TEST(ScaleBilevel, KeepsInkOrShowsItsShare) {
     for (const Case& c : cases())
-        for (bool inverted : {false, true}) {
-            const Picture whole = sparse<CImg1>(c.width, c.height, from(1, 12)), source = cut(whole, c.r);
-            const auto image = imageOf<CImg1>(inverted ? complement(whole) : whole, kAlignments[c.width % 3]);
-            image->setBackgroundColor(inverted);
-            const std::size_t w = source.width, h = source.height;
-            const auto expect = [&](std::size_t sw, std::size_t sh, const Picture& expected) {
-                if (sw != w || sh != h) expectScaled<Result>(*image, c, sw, sh, attr, expected);
-            };
-            expect(c.smallWidth, c.smallHeight, reduced(source, c.smallWidth, c.smallHeight, merge));
-            expect(c.smallWidth, h, reduced(source, c.smallWidth, h, merge));
-            if (c.smallWidth < w && c.largeHeight > h)
-                expect(c.smallWidth, c.largeHeight,
-                       reduced(enlarged(source, w, c.largeHeight), c.smallWidth, c.largeHeight, merge));
-            if (c.largeWidth > w && c.smallHeight < h)
-                expect(c.largeWidth, c.smallHeight,
-                       reduced(enlarged(source, c.largeWidth, h), c.largeWidth, c.smallHeight, merge));
-            if (::testing::Test::HasFatalFailure()) return;
-        }
-}
-
-TEST(ScaleBilevel, ReductionsKeepInk) { compareBilevel<CImg1>(bilevel, inkOf); }
-TEST(ScaleBilevel, GreyReductionsShowTheShareOfInk) { compareBilevel<CImg32>(grey, greyOf); }
-
-TEST(ScaleBilevel, EnlargementsRepeatInk) {
-    for (const Case& c : cases())
-        for (bool inverted : {false, true}) {
-            const Picture whole = sparse<CImg1>(c.width, c.height, from(1, 4)), source = cut(whole, c.r);
-            const auto image = imageOf<CImg1>(inverted ? complement(whole) : whole, kAlignments[c.width % 3]);
-            image->setBackgroundColor(inverted);
-            const auto result = owned<CImg1>(image->scale(c.r, c.largeWidth + 1, c.largeHeight, bilevel));
-            ASSERT_EQ(pictureOf(result), enlarged(source, c.largeWidth + 1, c.largeHeight))
-                << source.width << " at " << c.r.getLeft() << " to " << c.largeWidth + 1;
-            const unsigned pad = 8 * result->getBytesPerLine() - (c.largeWidth + 1);
-            for (std::size_t y = 0; y < c.largeHeight; ++y)
-                ASSERT_EQ(result->peekData()[(y + 1) * result->getBytesPerLine() - 1] & ((1u << pad) - 1), 0u);
-        }
+        for (const bool inverted : {false, true})
+            for (const auto& [attr, merge] : {std::pair(&bilevel, &inkOf), {&grey, &greyOf}}) {
+                const Picture whole = sparse<CImg1>(c.width, c.height, from(1, 12));
+                const auto image = imageOf<CImg1>(inverted ? complement(whole) : whole, kAlignments[c.width % 3]);
+                image->setBackgroundColor(inverted);
+                expectScalings(*image, c, cut(whole, c.r), *attr, merge);
+                if (::testing::Test::HasFatalFailure()) return;
+            }
 }
 
 TEST(ScaleBilevel, ResultsHaveBackground0) {
-    for (bool inverted : {false, true}) {
-        const Picture picture = sparse<CImg1>(24, 16, 3);
+    const Picture picture = sparse<CImg1>(24, 16, 3);
+    for (const bool inverted : {false, true}) {
         const auto image = imageOf<CImg1>(inverted ? complement(picture) : picture);
         image->setBackgroundColor(inverted);
         for (ImgULong size : {8, 24, 30}) {

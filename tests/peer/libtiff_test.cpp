@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 
 using namespace support;
 
@@ -83,25 +82,4 @@ TEST_F(Libtiff, CodesRandomImagesAsWeDo) {
         ASSERT_EQ(decodedByUs(theirs, image), image.pixels);
         ASSERT_EQ(peer::MemoryTiff(image.width, image.height).pixelsFrom(ours, image.pixels.size()), image.pixels);
     }
-}
-
-TEST_F(Libtiff, ReadsTheSamplesAsWeDo) {
-    int segments = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(TILEPRESS_TEST_DIR "/../../samples")) {
-        if (entry.path().extension() != ".tif") continue;
-        TIFF* file = TIFFOpen(entry.path().c_str(), "r");
-        ASSERT_TRUE(file) << entry.path();
-        do
-            for (std::uint32_t k = 0; k < TIFFNumberOfStrips(file); ++k, ++segments) {
-                const peer::Segment segment = peer::segmentOf(file, k);
-                const Image image{segment.width, segment.height, segment.pixels};
-                EXPECT_EQ(decodedByUs(segment.coded, image), image.pixels) << entry.path() << " segment " << k;
-                const Bytes ours = codedByUs(image);
-                EXPECT_EQ(peer::MemoryTiff(image.width, image.height).pixelsFrom(ours, image.pixels.size()),
-                          image.pixels);
-            }
-        while (TIFFReadDirectory(file));
-        TIFFClose(file);
-    }
-    EXPECT_GT(segments, 0);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// TIFF files through libtiff: in memory, and segments of files on disk.
+// TIFF files of one strip in memory, through libtiff.
 
 #include <tiffio.h>
 
@@ -88,29 +88,5 @@ private:
     TIFF* tiff_ = nullptr;
     static inline int notes_ = 0;
 };
-
-/// A strip or tile: its codes, first bit highest, and its pixels.
-struct Segment {
-    std::int32_t width, height;
-    Bytes coded, pixels;
-};
-
-inline Segment segmentOf(TIFF* file, std::uint32_t k) {
-    std::uint32_t width = 0, height = 0, imageHeight = 0;
-    std::uint16_t order = 0;
-    const bool tiled = TIFFIsTiled(file);
-    TIFFGetField(file, tiled ? TIFFTAG_TILEWIDTH : TIFFTAG_IMAGEWIDTH, &width);
-    TIFFGetFieldDefaulted(file, tiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, &height);
-    TIFFGetField(file, TIFFTAG_IMAGELENGTH, &imageHeight);
-    TIFFGetFieldDefaulted(file, TIFFTAG_FILLORDER, &order);
-    if (!tiled) height = std::min(height, imageHeight - k * height);
-    Segment s{static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), Bytes(TIFFRawStripSize64(file, k)),
-              Bytes((width + 7) / 8 * height)};
-    (tiled ? TIFFReadRawTile : TIFFReadRawStrip)(file, k, s.coded.data(), s.coded.size());
-    if (order == FILLORDER_LSB2MSB) TIFFReverseBits(s.coded.data(), s.coded.size());
-    if (tiled) TIFFReadEncodedTile(file, k, s.pixels.data(), s.pixels.size());
-    else TIFFReadEncodedStrip(file, k, s.pixels.data(), s.pixels.size());
-    return s;
-}
 
 }  // namespace peer

@@ -1,4 +1,4 @@
-// Two processes share a compressed image: `revive write FILE` stores it as a block, `revive read FILE` maps the block
+// Two processes share a compressed image: `revive write FILE` stores it as a block, `revive read FILE` loads the block
 // wherever there is room and works on it there.
 
 #include "tilepress/ImgHandle.h"
@@ -8,12 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <vector>
-#ifdef _WIN32
-#  include <windows.h>
-#else
-#  include <fcntl.h>
-#  include <sys/mman.h>
-#endif
 
 /// What follows the block in the file.
 struct Trailer {
@@ -67,20 +61,6 @@ static int write(const char* path) {
     return good ? 0 : 1;
 }
 
-/// The file's bytes, private to this process, at an address other than `not_here`.
-static void* mapFile(const char* path, std::size_t bytes, std::uint64_t not_here) {
-#ifdef _WIN32
-    const HANDLE file = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-    const HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_WRITECOPY, 0, 0, nullptr);
-    const auto map = [&] { return MapViewOfFile(mapping, FILE_MAP_COPY, 0, 0, bytes); };
-#else
-    const int file = open(path, O_RDONLY);
-    const auto map = [&] { return mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE, file, 0); };
-#endif
-    void* const first = map();
-    return reinterpret_cast<std::uintptr_t>(first) == not_here ? map() : first;
-}
-
 static int read(const char* path) {
     std::FILE* file = std::fopen(path, "rb");
     Trailer trailer;
@@ -88,8 +68,12 @@ static int read(const char* path) {
         std::fread(&trailer, sizeof trailer, 1, file) != 1)
         return 1;
     const auto bytes = static_cast<std::size_t>(std::ftell(file));
+    std::rewind(file);
+    std::vector<std::uint64_t> one(bytes / 8 + 1), two(one.size());
+    void* const block = reinterpret_cast<std::uintptr_t>(one.data()) == trailer.address ? two.data() : one.data();
+    const bool loaded = std::fread(block, bytes, 1, file) == 1;
     std::fclose(file);
-    void* const block = mapFile(path, bytes, trailer.address);
+    if (!loaded) return 1;
     ImgHandle* image = nullptr;
     TiffG4Deserialize(&image, block);
     if (!image) return 1;

@@ -9,4 +9,12 @@ struct Expose {
     friend typename Name::Type workerOf(Name) { return worker; }
 };
 
+/// `Name` for the worker of a class; to be used in this namespace.
+#define EXPOSE(Name, Class, worker, Signature) \
+  struct Name {                                \
+    using Type = Signature;                    \
+    friend Type workerOf(Name);                \
+  };                                           \
+  template struct Expose<Name, &Class::worker>
+
 }  // namespace support
