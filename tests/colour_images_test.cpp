@@ -150,6 +150,7 @@ TEST(Palette, SettersChangeTheirFieldOnly) {
 TEST(Rgb, LongerDataAreAcceptedAndCutKept) {
     ImgULong pixels[] = {1, 2, 3, 4, 5, 6}, *data = pixels;
     const Owned<CImg32> image(CImg32::create(2, 2, pixels, 24, RGBOrderRGB));
+    EXPECT_EQ(CImg32::create(0x40000000, 1, RGBOrderRGB), nullptr) << "rows of 2^32 bytes";
     EXPECT_EQ(image->getBytesPerLine(), 8u);
     EXPECT_EQ(image->peekDataArray()[1], image->peekData() + 2);
     EXPECT_EQ(pictureOf(image), Picture(2, {1, 2, 3, 4}));
@@ -197,6 +198,7 @@ TEST(Rgb, WideningSkipsThePaddingOfRows) {
               Picture(3, {0x030201, 0x060504, 0x090807, 0x0F0E0D, 0x121110, 0x151413}));
     EXPECT_EQ(pictureOf(widened(4, 2, numbered(24), ImgAlignDword)).at(0, 1), 0x0F0E0Du);
     EXPECT_EQ(widened(3, 2, numbered(20), ImgAlignDword), nullptr);
+    EXPECT_TRUE(widened(3, 2, numbered(18), ImgAlignByte)) << "rows without padding";
     EXPECT_EQ(widened(3, 2, numbered(17), ImgAlignNone), nullptr);
     EXPECT_EQ(widened(1, 1, numbered(2), ImgAlignNone), nullptr);
     EXPECT_EQ(CImg32::createFrom24(1, 1, nullptr, 3, ImgAlignNone, RGBOrderRGB, RGBOrderRGB), nullptr);

@@ -41,6 +41,7 @@ TEST(ErrorCell, StepsOfTheOperations) {
         {"pixels copied", [&] { rgb->dupData(words, 16); }, good},
         {"too few pixels copied", [&] { rgb->dupData(words, 15); }, failed},
         {"too few pixels handed over", [&] { rgb->transferData(&(wordData = words), 15); }, failed},
+        {"no pixels handed over", [&] { rgb->transferData(&(wordData = nullptr), 16); }, failed},
         {"pixels handed over", [&] { rgb->transferData(&(wordData = words), 16); }, good},
         {"clone", [&] { Owned<>(bilevel->clone()); }, good},
         {"clone whose conversion is refused", [&] { Owned<>(aligned->clone()); }, good},

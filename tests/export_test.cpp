@@ -89,6 +89,7 @@ TEST(Export, PalettePixelsBecomeRgb) {
     map.count = 3;  // 3 is past the entries in use
     auto from = palette(4, 1, &map);
     std::memcpy(from->peekData(), "\1\2\3\0", 4);
+    from->getColorMap()->entries[3] = map.entries[3];
     auto red = rgb(4, 1), blue = rgb(4, 1, RGBOrderBGR);
     std::fill_n(blue->peekData(), 4, 0xFFFFFFFF);
     EXPECT_TRUE(Export::xfm(*red, *from));
@@ -99,7 +100,7 @@ TEST(Export, PalettePixelsBecomeRgb) {
     ColorMap& own = *from->getColorMap();
     own.count = 300;
     EXPECT_TRUE(Export::xfm(*blue, *from));
-    EXPECT_EQ(pictureOf(blue), Picture(4, {0x112233, 0x00FFFF, 0, 0}));
+    EXPECT_EQ(pictureOf(blue), Picture(4, {0x112233, 0x00FFFF, 0x777777, 0}));
     own.count = -1;
     EXPECT_FALSE(Export::xfm(*blue, *from));
     own.count = 3;

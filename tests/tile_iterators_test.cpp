@@ -79,7 +79,7 @@ TEST(TileIterator, BackgroundTilesAreReportedEmpty) {
     Owned<CImg32> image(CImg32::create(4, 2, RGBOrderRGB));
     image->setBackgroundColor(5);
     std::fill_n(image->peekData(), 8, 5u);
-    image->peekDataArray()[1][3] = 6;
+    image->peekDataArray()[0][3] = 6;
     const Iterator it(image->getTileIterator(2, 2, CImg32::UNCOMPRESSED_NULL));
     Tile tile;
     image->setBackgroundColor(9);  // Kept: compared with the one at creation, reported as it is now

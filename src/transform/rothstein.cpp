@@ -103,6 +103,5 @@ void CreateGreyMapping(ImgULong levels, unsigned char** out, ImgULong inverted) 
         for (ImgULong k = 0; k < levels; ++k) map[k] = static_cast<unsigned char>(255 - map[k]);
     } else {
         for (ImgULong k = 0; k < levels; ++k) map[k] = static_cast<unsigned char>(std::uint64_t{k} * 256 / levels);
-        map[levels - 1] = 255;
     }
 }

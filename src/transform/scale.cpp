@@ -30,15 +30,11 @@ namespace {
 
 /// The request's result from the kind's own same(), enlarge(width, height) and reduce().
 template <class Image, class Same, class Enlarge, class Reduce>
-IImg* dispatch(const Image& image, const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr, Same same,
+IImg* dispatch(const Image&, const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr, Same same,
                Enlarge enlarge, Reduce reduce) {
     if (width == 0 || height == 0) return nullptr;
     const ImageScaleType how = CImg::ScaleHow(src.getWidth(), src.getHeight(), width, height);
     if (how == ImageScaleSame) return same();
-    if (!tilepress::hasPixels(image) || !tilepress::inside(image, src)) {
-        imgRaise(ImgErrBadArgument);
-        return nullptr;
-    }
     if (how == ImageScaleEnlarge) return enlarge(width, height);
     if (how == ImageScaleReduce) return reduce();
     // One dimension grows first; the other is a pure reduction of what comes of that.
