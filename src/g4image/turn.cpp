@@ -3,6 +3,7 @@
 
 #include "foundation/refuse.h"
 #include "model/image_kinds.h"
+#include "model/temporary.h"
 
 #include <cmath>
 
@@ -23,12 +24,10 @@ static CImg1* turned(CImg1* source, Turn turn) {
 
 /// The rectangle as a bilevel image with the image's colours and alignment, or null.
 static CImg1* expanded(CImg1G4& image, const ImgRect& r) {
-    CImg1* result = CImg1::create(r.getWidth(), r.getHeight(), image.getBackgroundInterpretation(),
-                                  image.getForegroundInterpretation(), image.getAlignment());
+    CImg1* const result = CImg1::create(r.getWidth(), r.getHeight(), image.getBackgroundInterpretation(),
+                                        image.getForegroundInterpretation(), image.getAlignment());
     if (!result) return refuse(ImgErrCreate);
-    if (image.uncompress(result, r)) return result;
-    delete result;
-    return nullptr;
+    return finished(result, [&](CImg1&) { return image.uncompress(result, r); });
 }
 
 IImg* CImg1G4::getSubImage(const ImgRect& r) {

@@ -13,7 +13,7 @@ namespace {
 bool isSet(const unsigned char* row, std::size_t x) { return row[x / 8] >> (7 - x % 8) & 1; }
 
 /// Darker than the middle of the scale.
-bool isDark(const Rgb24& c) { return 77u * c.bytes[0] + 150u * c.bytes[1] + 29u * c.bytes[2] < 128u * 256u; }
+bool isDarkColour(const Rgb24& c) { return 77u * c.bytes[0] + 150u * c.bytes[1] + 29u * c.bytes[2] < 128u * 256u; }
 
 // --- a row's colours ---------------------------------------------------------------------
 
@@ -54,7 +54,7 @@ void writeRow(const ImgHandle& image, std::size_t y, const Rgb24* colours) {
     case ImgTypeBilevel: {
         unsigned char* const row = areaOf<Bilevel>(image).rows[y];
         for (std::size_t x = 0; x < width; ++x)
-            row[x / 8] = static_cast<unsigned char>(row[x / 8] | isDark(colours[x]) << (7 - x % 8));
+            row[x / 8] = static_cast<unsigned char>(row[x / 8] | isDarkColour(colours[x]) << (7 - x % 8));
         break;
     }
     case ImgTypeRGB24: std::memcpy(Colour24::rows(image)[y], colours, width * sizeof *colours); break;

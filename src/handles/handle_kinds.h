@@ -110,9 +110,9 @@ template <class Kind>
 ImgHandle* createLike(const ImgHandle& source, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits);
 
 /// Ends a handle that no caller has seen, and with it the colour table that `free` leaves behind.
-struct Discard {
+struct EndUnseen {
     void operator()(ImgHandle* image) const;
 };
-using Temporary = std::unique_ptr<ImgHandle, Discard>;
+using Temporary = std::unique_ptr<ImgHandle, EndUnseen>;
 
 }  // namespace tilepress::handles

@@ -171,7 +171,7 @@ void* ImgRowsFree(ImgHandle** where, void* keep) {
     return kept;
 }
 
-void Discard::operator()(ImgHandle* image) const {
+void EndUnseen::operator()(ImgHandle* image) const {
     if (!image) return;
     if (image->header && Palette8::is(image->type)) {
         if (ColorTable* const table = headerOf<Palette8>(*image).colorTable) MemFree(0, table->entries);

@@ -1,10 +1,9 @@
 // Handles mirrored, turned, cut and scaled: by the kernels that image classes use.
 
 #include "handles/operations.h"
-#include "kernels/mirror_turn.h"
+#include "kernels/recipes.h"
 #include "kernels/scale_bits.h"
 #include "kernels/scale_pixels.h"
-#include "kernels/shear.h"
 
 #include <cmath>
 #include <cstring>
@@ -12,34 +11,16 @@
 namespace tilepress::handles {
 namespace {
 
+/// How pictures of a kind are made, for kernels/recipes.h.
 template <class Kind>
-ImgHandle* placed(Places places, const ImgHandle& image) {
-    const std::uint32_t width = widthOf(image), height = heightOf(image);
-    ImgHandle* const result = createLike<Kind>(image, places.turned ? height : width, places.turned ? width : height,
-                                               alignmentOf<Kind>(image));
-    if (result) place(places, areaOf<Kind>(*result), areaOf<Kind>(image));
-    return result;
-}
-
-template <class Kind>
-Temporary blankLike(const ImgHandle& image) {
-    return Temporary(createLike<Kind>(image, widthOf(image), heightOf(image), alignmentOf<Kind>(image)));
-}
-
-template <class Kind>
-ImgHandle* rotatedByShears(const ImgHandle& image, double degrees) {
-    const Shears shears(degrees, widthOf(image), heightOf(image));
-    if (!shears) return nullptr;
-    const Temporary turned(shears.halfTurn ? placed<Kind>(kRotate180, image) : nullptr);
-    if (shears.halfTurn && !turned) return nullptr;
-    Temporary first = blankLike<Kind>(image), second = blankLike<Kind>(image);
-    if (!first || !second) return nullptr;
-    moveRows(areaOf<Kind>(*first), areaOf<Kind>(turned ? *turned : image), shears.alongRows.get());
-    if (!moveColumns(areaOf<Kind>(*second), areaOf<Kind>(*first), shears.alongColumns.get())) return nullptr;
-    first = blankLike<Kind>(image);
-    if (first) moveRows(areaOf<Kind>(*first), areaOf<Kind>(*second), shears.alongRows.get());
-    return first.release();
-}
+struct Making {
+    static Temporary like(const ImgHandle& image, std::uint32_t width, std::uint32_t height) {
+        return Temporary(createLike<Kind>(image, width, height, alignmentOf<Kind>(image)));
+    }
+    static Temporary blank(const ImgHandle& image) { return like(image, widthOf(image), heightOf(image)); }
+    static Temporary turned(const ImgHandle& image) { return placed(Making(), kRotate180, image); }
+    static auto area(const ImgHandle& image) { return areaOf<Kind>(image); }
+};
 
 // --- scaling --------------------------------------------------------------------------
 
@@ -55,20 +36,23 @@ bool reduce(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
 }
 
 template <class Kind>
-ImgHandle* scaled(const ImgHandle& image, const RenderSize& size) {
-    const std::uint32_t width = widthOf(image), height = heightOf(image);
-    const bool wider = size.width > width, taller = size.height > height;
-    if ((wider && size.height < height) || (taller && size.width < width)) {
-        // One dimension grows first; the other is a pure reduction of what comes of that.
-        const Temporary grown(createLike<Kind>(image, std::max(width, size.width), std::max(height, size.height),
-                                               alignmentOf<Kind>(image)));
-        if (!grown || !enlarge(areaOf<Kind>(*grown), areaOf<Kind>(image))) return nullptr;
-        return scaled<Kind>(*grown, size);
-    }
-    Temporary result(createLike<Kind>(image, size.width, size.height, size.alignBits));
-    if (!hasRows<Kind>(result.get())) return nullptr;
-    const auto to = areaOf<Kind>(*result), from = areaOf<Kind>(image);
-    return (wider || taller ? enlarge(to, from) : reduce(to, from)) ? result.release() : nullptr;
+Temporary scaled(const ImgHandle& image, const RenderSize& size) {
+    const auto made = [&](std::uint32_t width, std::uint32_t height, bool grows) {
+        const bool last = width == size.width && height == size.height;
+        Temporary result(createLike<Kind>(image, width, height, last ? size.alignBits : alignmentOf<Kind>(image)));
+        if (!hasRows<Kind>(result.get())) return Temporary();
+        const auto to = areaOf<Kind>(*result), from = areaOf<Kind>(image);
+        if (!(grows ? enlarge(to, from) : reduce(to, from))) result.reset();
+        return result;
+    };
+    return resized(
+        widthOf(image), heightOf(image), size.width, size.height,
+        [&](std::uint32_t width, std::uint32_t height) { return made(width, height, true); },
+        [&] { return made(size.width, size.height, false); },
+        [&](std::uint32_t width, std::uint32_t height) {
+            const Temporary grown = made(width, height, true);
+            return grown ? scaled<Kind>(*grown, size) : Temporary();
+        });
 }
 
 // --- regions --------------------------------------------------------------------------
@@ -115,17 +99,17 @@ ImgHandle* rotate(ImgHandle* image, double degrees) {
     if (!hasRows<Kind>(image) || !std::isfinite(degrees)) return nullptr;
     if (degrees > 360 || degrees < -360) degrees -= 360 * std::trunc(degrees / 360);
     if (degrees == 0) return clone<Kind>(image);
-    if (degrees == 90) return placed<Kind>(kRotate90, *image);
-    if (degrees == 180) return placed<Kind>(kRotate180, *image);
-    if (degrees == 270) return placed<Kind>(kRotateMinus90, *image);
-    return rotatedByShears<Kind>(*image, degrees);
+    if (degrees == 90) return placed(Making<Kind>(), kRotate90, *image).release();
+    if (degrees == 180) return placed(Making<Kind>(), kRotate180, *image).release();
+    if (degrees == 270) return placed(Making<Kind>(), kRotateMinus90, *image).release();
+    return turnedByShears(Making<Kind>(), *image, degrees).release();
 }
 
 template <class Kind>
 ImgHandle* mirror(ImgHandle* image, int direction) {
     if (direction != 1 && direction != 2) return image;  // Kept: not a copy; callers compare before they free
     if (!hasRows<Kind>(image)) return nullptr;
-    return placed<Kind>(direction == 1 ? kMirrorX : kMirrorY, *image);
+    return placed(Making<Kind>(), direction == 1 ? kMirrorX : kMirrorY, *image).release();
 }
 
 template <class Kind>
@@ -160,7 +144,7 @@ ImgHandle* rendered(ImgHandle& image, std::int32_t mirrorFlag, std::int32_t degr
         if (!(now = turned.get())) return nullptr;
         mirrored.reset();
     }
-    return scaled<Kind>(*now, size);
+    return scaled<Kind>(*now, size).release();
 }
 
 template <class Kind>

@@ -67,10 +67,6 @@ void convertHeader(ImgG4Header& header) {
         tra_swap_4(word);
 }
 
-void convertCoded(unsigned char* bytes, std::uint32_t count) {
-    for (std::uint32_t i = 0; i + 1 < count; i += 2) tra_swap_2(bytes + i);
-}
-
 }  // namespace
 
 std::uint32_t ImgTIFFG4Serialize(ImgHandle* image, void** buffer, std::uint32_t* size) {
@@ -141,7 +137,7 @@ ImgHandle* ImgTIFFG4Deserialize(void* buffer) {
     if (sum > header.totalBytes) return nullptr;
     unsigned char* coded = area(at.coded);
     for (std::size_t n = 0; n < grid.tiles(); ++n) {
-        if (foreign) convertCoded(coded, header.byteCounts[n]);
+        if (foreign) exchangePairs(coded, coded, header.byteCounts[n] & ~1u);
         tiles[n] = coded;
         coded += header.byteCounts[n];
     }

@@ -3,6 +3,7 @@
 #include "foundation/bits.h"
 #include "foundation/heap.h"
 #include "model/bilevel_row.h"
+#include "model/temporary.h"
 #include "tilepress/Export.h"
 
 #include <algorithm>
@@ -64,22 +65,17 @@ CImg1* CImg1::create() { return new (std::nothrow) CImg1; }
 
 CImg1* CImg1::create(ImgULong width, ImgULong height, ImgULong background, ImgULong foreground,
                      ImgAlignmentEnum rowAlignment) {
-    CImg1* image = create();
-    if (image && image->initHeader(width, height, width, height, background, foreground, rowAlignment) &&
-        image->initData())
-        return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg1& image) {
+        return image.initHeader(width, height, width, height, background, foreground, rowAlignment) && image.initData();
+    });
 }
 
 CImg1* CImg1::create(ImgULong width, ImgULong height, unsigned char* data, ImgULong length, ImgULong background,
                      ImgULong foreground, ImgAlignmentEnum rowAlignment) {
-    CImg1* image = create();
-    if (image && image->initHeader(width, height, width, height, background, foreground, rowAlignment) &&
-        image->initData(data, length))
-        return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg1& image) {
+        return image.initHeader(width, height, width, height, background, foreground, rowAlignment) &&
+               image.initData(data, length);
+    });
 }
 
 CImg1* CImg1::create(const IImg& source, ImgULong background, ImgULong foreground, ImgAlignmentEnum rowAlignment) {

@@ -62,17 +62,15 @@ bool CImg32::initDataFrom24(unsigned char* data, ImgULong length, ImgAlignmentEn
 CImg32* CImg32::create() { return new (std::nothrow) CImg32; }
 
 CImg32* CImg32::create(ImgULong width, ImgULong height, RGBOrder order) {
-    CImg32* image = create();
-    if (image && image->initHeader(width, height, width, height, order) && image->initData()) return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg32& image) {
+        return image.initHeader(width, height, width, height, order) && image.initData();
+    });
 }
 
 CImg32* CImg32::create(ImgULong width, ImgULong height, ImgULong* data, ImgULong length, RGBOrder order) {
-    CImg32* image = create();
-    if (image && image->initHeader(width, height, width, height, order) && image->initData(data, length)) return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg32& image) {
+        return image.initHeader(width, height, width, height, order) && image.initData(data, length);
+    });
 }
 
 CImg32* CImg32::create(const IImg& source, RGBOrder order) {
@@ -84,12 +82,10 @@ CImg32* CImg32::create(const IImg& source, RGBOrder order) {
 
 CImg32* CImg32::createFrom24(ImgULong width, ImgULong height, unsigned char* data, ImgULong length,
                              ImgAlignmentEnum rowAlignment, RGBOrder sourceOrder, RGBOrder imageOrder) {
-    CImg32* image = create();
-    if (image && image->initHeader(width, height, width, height, imageOrder) &&
-        image->initDataFrom24(data, length, rowAlignment, sourceOrder))
-        return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg32& image) {
+        return image.initHeader(width, height, width, height, imageOrder) &&
+               image.initDataFrom24(data, length, rowAlignment, sourceOrder);
+    });
 }
 
 CImg32::~CImg32() {

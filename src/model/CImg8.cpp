@@ -75,22 +75,18 @@ bool CImg8::initColorMap(ColorMap* map) {
 CImg8* CImg8::create() { return new (std::nothrow) CImg8; }
 
 CImg8* CImg8::create(ImgULong width, ImgULong height, ColorMap* map, ImgAlignmentEnum rowAlignment) {
-    CImg8* image = create();
-    if (image && image->initHeader(width, height, width, height, rowAlignment) && image->initData() &&
-        image->initColorMap(map))
-        return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg8& image) {
+        return image.initHeader(width, height, width, height, rowAlignment) && image.initData() &&
+               image.initColorMap(map);
+    });
 }
 
 CImg8* CImg8::create(ImgULong width, ImgULong height, unsigned char* data, ImgULong length, ColorMap* map,
                      ImgAlignmentEnum rowAlignment) {
-    CImg8* image = create();
-    if (image && image->initHeader(width, height, width, height, rowAlignment) && image->initData(data, length) &&
-        image->initColorMap(map))
-        return image;
-    delete image;
-    return nullptr;
+    return finished(create(), [&](CImg8& image) {
+        return image.initHeader(width, height, width, height, rowAlignment) && image.initData(data, length) &&
+               image.initColorMap(map);
+    });
 }
 
 CImg8* CImg8::create(const IImg& source, ColorMap* map, ImgAlignmentEnum rowAlignment) {

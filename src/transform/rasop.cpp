@@ -1,5 +1,6 @@
 // Raster operations: a second image combined into an image, or pixels set to a colour.
 
+#include "foundation/refuse.h"
 #include "kernels/paste_rows.h"
 #include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
@@ -16,8 +17,7 @@ bool isCode(RasOpT op) { return op >= RasOpAnd && op <= RasOpFill; }
 
 bool isOfKind(const IImg& other, ImageType kind) {
     if (const_cast<IImg&>(other).getType() == kind) return true;  // not const, though it changes nothing
-    imgRaise(ImgErrBadArgument);
-    return false;
+    return refuse(ImgErrBadArgument);
 }
 
 /// The copy that a copying form works on, or null with the error recorded.

@@ -1,7 +1,9 @@
 // Mirrors and right angles of whole pictures, and the angles that count as such.
 
-#include "kernels/mirror_turn.h"
+#include "foundation/refuse.h"
+#include "kernels/recipes.h"
 #include "model/image_areas.h"
+#include "model/temporary.h"
 
 #include <cmath>
 
@@ -10,16 +12,19 @@ namespace {
 
 constexpr double kSnapTolerance = 0.001;  // degrees
 
+/// How turned pictures of a kind are made, for kernels/recipes.h.
+template <class Image>
+struct Making {
+    static Temporary<Image> like(const Image& image, ImgULong width, ImgULong height) {
+        return Temporary<Image>(createLike(image, width, height));
+    }
+    static auto area(const Image& image) { return areaOf(image); }
+};
+
 template <class Image>
 Image* placed(Places places, Image& image) {
-    if (!hasPixels(image)) {
-        imgRaise(ImgErrBadArgument);
-        return nullptr;
-    }
-    const ImgULong width = image.getWidth(), height = image.getHeight();
-    Image* result = createLike(image, places.turned ? height : width, places.turned ? width : height);
-    if (result) place(places, areaOf(*result), areaOf(image));
-    return result;
+    if (!hasPixels(image)) return refuse(ImgErrBadArgument);
+    return placed(Making<Image>(), places, image).release();
 }
 
 template <class Image>

@@ -1,7 +1,8 @@
 // Rotation by any angle as three shears: along the rows, along the columns and along
 // the rows again, each moving whole rows or columns by whole pixels.
 
-#include "kernels/shear.h"
+#include "foundation/refuse.h"
+#include "kernels/recipes.h"
 #include "model/image_areas.h"
 #include "model/temporary.h"
 
@@ -20,58 +21,42 @@ Image* createResult(Image& image) {
     return createLike(image, image.getWidth(), image.getHeight());
 }
 
-/// Whether the image has its pixels; raises when not.
+/// How sheared pictures of a kind are made, for kernels/recipes.h.
 template <class Image>
-bool canTurn(const Image& image) {
-    if (hasPixels(image)) return true;
-    imgRaise(ImgErrBadArgument);
-    return false;
-}
+struct Making {
+    /// Uncovered places are in the background colour.
+    static Temporary<Image> blank(Image& image) {
+        if (!hasPixels(image)) return refuse(ImgErrBadArgument);
+        Temporary<Image> result(createResult(image));
+        if (!result) return nullptr;
+        const ImgULong background = image.getBackgroundColor();
+        // Kept: bilevel images ignore the fill, so what they do not cover is 0 also on a background of 1.
+        result->doRasOpInPlace(RasOpFill, false, 0, background);
+        result->setBackgroundColor(background);
+        return result;
+    }
+    static Temporary<Image> turned(Image& image) {
+        Temporary<Image> result(static_cast<Image*>(image.rotate(180)));
+        if (result) result->setBackgroundColor(image.getBackgroundColor());
+        return result;
+    }
+    static auto area(const Image& image) { return areaOf(image); }
+};
 
-/// The picture that a shear fills, its uncovered places in the background colour.
 template <class Image>
-Temporary<Image> startShear(Image& image) {
-    if (!canTurn(image)) return nullptr;
-    Temporary<Image> result(createResult(image));
-    if (!result) return nullptr;
-    const ImgULong background = image.getBackgroundColor();
-    // Kept: bilevel images ignore the fill, so what they do not cover is 0 also on a background of 1.
-    result->doRasOpInPlace(RasOpFill, false, 0, background);
-    result->setBackgroundColor(background);
-    return result;
+Image* rotatedByShears(Image& image, double degrees) {
+    if (!hasPixels(image)) return refuse(ImgErrBadArgument);  // before tables are made for extents that may be any
+    return turnedByShears(Making<Image>(), image, degrees).release();
 }
 
 template <class Image>
 Image* shearedX(Image& image, const int* table) {
-    Temporary<Image> result = startShear(image);
-    if (!result) return nullptr;
-    moveRows(areaOf(*result), areaOf(image), table);
-    return result.release();
+    return shearedAlongRows(Making<Image>(), image, table).release();
 }
 
 template <class Image>
 Image* shearedY(Image& image, const int* table) {
-    Temporary<Image> result = startShear(image);
-    if (!result || !moveColumns(areaOf(*result), areaOf(image), table)) return nullptr;
-    return result.release();
-}
-
-template <class Image>
-Image* rotatedByShears(Image& image, double degrees) {
-    if (!canTurn(image)) return nullptr;  // before tables are made for extents that may be any
-    const Shears shears(degrees, image.getWidth(), image.getHeight());
-    if (!shears) return nullptr;
-    Temporary<Image> halfTurned;
-    if (shears.halfTurn) {
-        halfTurned.reset(static_cast<Image*>(image.rotate(180)));
-        if (!halfTurned) return nullptr;
-        halfTurned->setBackgroundColor(image.getBackgroundColor());
-    }
-    const Temporary<Image> first(shearedX(halfTurned ? *halfTurned : image, shears.alongRows.get()));
-    halfTurned.reset();
-    if (!first) return nullptr;
-    const Temporary<Image> second(shearedY(*first, shears.alongColumns.get()));
-    return second ? shearedX(*second, shears.alongRows.get()) : nullptr;
+    return shearedAlongColumns(Making<Image>(), image, table).release();
 }
 
 }  // namespace

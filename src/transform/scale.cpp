@@ -1,5 +1,6 @@
 // What a scaling request is, and which worker answers it.
 
+#include "kernels/recipes.h"
 #include "model/image_kinds.h"
 #include "model/temporary.h"
 #include "tilepress/CImg1.h"
@@ -7,6 +8,8 @@
 #include "tilepress/CImg8.h"
 
 #include <cmath>
+
+using namespace tilepress;
 
 ImageScaleType CImg::ScaleHow(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight) {
     if (dstWidth == srcWidth && dstHeight == srcHeight) return ImageScaleSame;
@@ -33,14 +36,11 @@ template <class Image, class Same, class Enlarge, class Reduce>
 IImg* dispatch(const Image&, const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr, Same same,
                Enlarge enlarge, Reduce reduce) {
     if (width == 0 || height == 0) return nullptr;
-    const ImageScaleType how = CImg::ScaleHow(src.getWidth(), src.getHeight(), width, height);
-    if (how == ImageScaleSame) return same();
-    if (how == ImageScaleEnlarge) return enlarge(width, height);
-    if (how == ImageScaleReduce) return reduce();
-    // One dimension grows first; the other is a pure reduction of what comes of that.
-    const tilepress::Temporary<Image> grown(how == ImageScaleReduceXEnlargeY ? enlarge(src.getWidth(), height)
-                                                                             : enlarge(width, src.getHeight()));
-    return grown ? grown->scale(grown->getRect(), width, height, attr) : nullptr;
+    if (width == src.getWidth() && height == src.getHeight()) return same();
+    return resized(src.getWidth(), src.getHeight(), width, height, enlarge, reduce, [&](ImgULong w, ImgULong h) {
+        const Temporary<Image> grown(enlarge(w, h));
+        return grown ? grown->scale(grown->getRect(), width, height, attr) : nullptr;
+    });
 }
 
 }  // namespace
@@ -65,11 +65,13 @@ IImg* CImg1::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScale
 IImg* CImg8::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr) {
     return dispatch(
         *this, src, width, height, attr, [&] { return getSubImage(src); },
-        [&](ImgULong w, ImgULong h) { return Enlarge(w, h, src); }, [&] { return Reduce(width, height, src); });
+        [&](ImgULong w, ImgULong h) { return Enlarge(w, h, src); },
+        [&]() -> IImg* { return Reduce(width, height, src); });
 }
 
 IImg* CImg32::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr) {
     return dispatch(
         *this, src, width, height, attr, [&] { return getSubImage(src); },
-        [&](ImgULong w, ImgULong h) { return Enlarge(w, h, src); }, [&] { return Reduce(width, height, src); });
+        [&](ImgULong w, ImgULong h) { return Enlarge(w, h, src); },
+        [&]() -> IImg* { return Reduce(width, height, src); });
 }

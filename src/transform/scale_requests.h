@@ -2,6 +2,7 @@
 
 // What every scaling worker tests first.
 
+#include "foundation/refuse.h"
 #include "model/image_kinds.h"
 #include "model/temporary.h"
 
@@ -10,9 +11,7 @@ namespace tilepress {
 /// Whether `part` can be read; raises when not.
 template <class Image>
 bool hasPart(const Image& image, const ImgRect& part) {
-    if (hasPixels(image) && inside(image, part)) return true;
-    imgRaise(ImgErrBadArgument);
-    return false;
+    return (hasPixels(image) && inside(image, part)) || refuse(ImgErrBadArgument);
 }
 
 /// Whether `part` enlarges to that size. A size that is smaller raises nothing.

@@ -1,5 +1,6 @@
 // Rectangles cut out into images of their own.
 
+#include "foundation/refuse.h"
 #include "kernels/bit_rows.h"
 #include "model/image_kinds.h"
 #include "tilepress/CImg1.h"
@@ -11,11 +12,6 @@
 
 namespace tilepress {
 namespace {
-
-IImg* refuse(ImgErr code) {
-    imgRaise(code);
-    return nullptr;
-}
 
 bool isNoLarger(const CImg& image, const ImgRect& rect) {
     return rect.getWidth() != 0 && rect.getHeight() != 0 && rect.getWidth() <= image.getWidth() &&
