@@ -26,8 +26,8 @@ template <class Image>
 struct Making {
     /// Uncovered places are in the background colour.
     static Temporary<Image> blank(Image& image) {
-        if (!hasPixels(image)) return refuse(ImgErrBadArgument);
-        Temporary<Image> result(createResult(image));
+        Image* const made = hasPixels(image) ? createResult(image) : refuse(ImgErrBadArgument);
+        Temporary<Image> result(made);
         if (!result) return nullptr;
         const ImgULong background = image.getBackgroundColor();
         // Kept: bilevel images ignore the fill, so what they do not cover is 0 also on a background of 1.

@@ -1,0 +1,246 @@
+// Every operation in four threads at once, each on images of its own: the results of one thread alone. Under
+// ThreadSanitizer, which sees what no result shows.
+
+#include "support/g4_images.h"
+#include "support/handles.h"
+#include "support/pages.h"
+#include "tilepress/Rothstein.h"
+#include "tilepress/TileIterators.h"
+#include "tilepress/ccitt.h"
+
+#include <array>
+#include <barrier>
+#include <functional>
+#include <thread>
+
+using namespace support;
+
+namespace {
+
+constexpr unsigned kThreads = 4, kRounds = 4;
+constexpr std::uint32_t kWidth = 150, kHeight = 90;
+
+using Results = std::vector<Picture>;
+
+/// Runs the operations of four seeds one after another, and then at once and more than once.
+void expectTheSameInThreads(const std::function<Results(unsigned seed)>& operations) {
+    std::array<Results, kThreads> alone;
+    for (unsigned seed = 0; seed < kThreads; ++seed) alone[seed] = operations(seed);
+    std::array<std::vector<Results>, kThreads> together;
+    std::barrier start(kThreads);
+    std::vector<std::thread> threads;
+    for (unsigned seed = 0; seed < kThreads; ++seed)
+        threads.emplace_back([&, seed] {
+            start.arrive_and_wait();
+            for (unsigned round = 0; round < kRounds; ++round) together[seed].push_back(operations(seed));
+        });
+    for (std::thread& thread : threads) thread.join();
+    for (unsigned seed = 0; seed < kThreads; ++seed)
+        for (const Results& results : together[seed]) EXPECT_EQ(results, alone[seed]) << "thread " << seed;
+}
+
+Picture pageOf(unsigned seed) {
+    std::mt19937 random(seed);
+    return randomPicture(random, kWidth, kHeight, 20 + 20 * seed);  // one of them dark
+}
+const ImgRect kPart(10, 20, 109, 79);
+
+Picture taken(IImg* image) { return result<IImg>(image); }
+
+/// What images of any kind do; `image` is changed in the end.
+Results transforms(IImg& image, IImg& other) {
+    Results results;
+    ImgScaleAttr attr{32}, ink{1};
+    for (const auto& [w, h] : {std::pair(50u, 30u), {200u, 120u}, {50u, 120u}, {200u, 30u}, {100u, 60u}})
+        for (ImgScaleAttr* how : {&attr, &ink}) results.push_back(taken(image.scale(kPart, w, h, *how)));
+    for (const double angle : {90.0, 180.0, 270.0, 33.0}) results.push_back(taken(image.rotate(angle)));
+    results.push_back(taken(image.mirror(ImgMirX)));
+    results.push_back(taken(image.mirror(ImgMirY)));
+    results.push_back(taken(image.getSubImage(kPart)));
+    RasOpXfmAttr place{};
+    if (image.getType() != ImageTypeBilevelG4) {
+        results.push_back(taken(image.doRasOp(RasOpCopy, place, other)));
+        image.doRasOpInPlace(RasOpAnd, place, other);
+        image.invert();
+        IntPtT from{3, 4}, to{90, 50};
+        image.drawLines(&from, &to, false);
+        results.push_back(pictureOf(&image));
+    }
+    results.emplace_back(1, 1, image.getBackgroundColor());
+    return results;
+}
+
+/// Pixels of a kind; of bits the page's.
+template <class Image>
+Picture pixelsOf(unsigned seed) {
+    std::mt19937 random(seed);
+    Picture picture(kWidth, kHeight);
+    for (auto& pixel : picture.pixels) pixel = static_cast<std::uint32_t>(random()) & kWhole<Image>;
+    return picture;
+}
+template <>
+Picture pixelsOf<CImg1>(unsigned seed) {
+    return pageOf(seed);
+}
+
+template <class Image>
+Results transformsOf(unsigned seed) {
+    const auto image = imageOf<Image>(pixelsOf<Image>(seed)), other = imageOf<Image>(pixelsOf<Image>(3 - seed));
+    return transforms(*image, *other);
+}
+
+/// What handles of any type do.
+Results operationsOf(ImgHandle& image, ImgHandle& other) {
+    Results results;
+    const auto take = [&](ImgHandle* result) {
+        results.push_back(pictureOf(result == &image ? nullptr : result));
+        if (result != &image) Handle(result).reset();
+    };
+    for (const auto& [w, h] : {std::pair(50u, 30u), {300u, 200u}, {50u, 200u}})
+        take(image.render(&image, w, h, nullptr, 0, 0, 8));
+    for (const std::uint32_t type : {ImgTypeBilevel, ImgTypeRGB24}) {
+        const ImgConvertDesc target{type, 1, nullptr};
+        take(image.convert(&image, &target));
+    }
+    if (image.type == ImgTypeTiffG4) return results;
+    for (const double angle : {90.0, 33.0}) take(image.rotate(&image, angle));
+    take(image.mirror(&image, 1));
+    const ImgQuad part{10, 79, 10, 20, 109, 20, 109, 79};
+    take(image.subImage(&image, &part.x0));
+    take(image.clone(&image));
+    const ImgRasOp1Desc fill{ImgRasFill, 0, 0, 0, 0, 0};
+    take(image.rasOp1(&image, &fill, 1));
+    ImgRasOp2Desc add{};
+    add.op = ImgRasOr;
+    take(other.rasOp2(&other, &add, &image));
+    return results;
+}
+
+template <class Kind>
+Results handleOperationsOf(unsigned seed) {
+    const Handle image = handleOf<Kind>(pixelsOf<typename Kind::Image>(seed)),
+                 other = handleOf<Kind>(pixelsOf<typename Kind::Image>(3 - seed));
+    return operationsOf(*image, *other);
+}
+
+/// A compressed handle, and the array of its tiles, which it ends with.
+Handle compressedHandle(unsigned seed) {
+    const std::vector<Bytes> tiles = tilesOf(pageOf(seed), 64, 32);
+    void* array = nullptr;
+    MemAllocate(0, tiles.size() * sizeof(void*), 0, &array);
+    std::vector<std::uint32_t> counts;
+    for (std::size_t k = 0; k < tiles.size(); ++k) {
+        void*& block = static_cast<void**>(array)[k];
+        MemAllocate(0, tiles[k].size(), 0, &block);
+        std::memcpy(block, tiles[k].data(), tiles[k].size());
+        counts.push_back(static_cast<std::uint32_t>(tiles[k].size()));
+    }
+    Handle image(ImgNew(ImgTypeTiffG4));
+    EXPECT_TRUE(ImgCreateTiffG4(image.get(), kWidth, kHeight, 64, 32, counts.data(), static_cast<void**>(array)));
+    return image;
+}
+
+Picture asPicture(const Bytes& bytes) {
+    Picture picture(bytes.size(), 1);
+    std::copy(bytes.begin(), bytes.end(), picture.pixels.begin());
+    return picture;
+}
+
+}  // namespace
+
+TEST(Threads, ImagesOfEveryKind) {
+    expectTheSameInThreads(transformsOf<CImg1>);
+    expectTheSameInThreads(transformsOf<CImg8>);
+    expectTheSameInThreads(transformsOf<CImg32>);
+    expectTheSameInThreads([](unsigned seed) {
+        const auto image = imageOf<CImg1>(pageOf(seed));
+        return Results{taken(CImg8::create(*image, nullptr, ImgAlignNone)), taken(CImg32::create(*image, RGBOrderRGB)),
+                       taken(image->clone())};
+    });
+}
+
+TEST(Threads, WalksOverCompressedImagesAndTheirShallowCopies) {
+    expectTheSameInThreads([](unsigned seed) {
+        const Picture picture = pageOf(seed);
+        const G4Image image = compressed(picture, 64, 32), other = compressed(picture, kWidth, kHeight);
+        CImg1G4 copy(*other);  // its background is not known yet
+        Results results = transforms(*image, *other);
+        for (const Picture& result : transforms(copy, *image)) results.push_back(result);
+        results.push_back(taken(CImg1::create(*other, 0, 1, ImgAlignNone)));
+        return results;
+    });
+    const G4Image shared = compressed(pageOf(1), 64, 32);
+    expectTheSameInThreads([&](unsigned) {
+        CImg1G4 copy(*shared);
+        return transforms(copy, *shared);
+    });
+}
+
+TEST(Threads, HandlesOfEveryType) {
+    expectTheSameInThreads(handleOperationsOf<Bits>);
+    expectTheSameInThreads(handleOperationsOf<Bytes8>);
+    expectTheSameInThreads(handleOperationsOf<Bytes24>);
+    expectTheSameInThreads(handleOperationsOf<Words32>);
+    expectTheSameInThreads([](unsigned seed) {
+        const Handle image = compressedHandle(seed);
+        Results results = operationsOf(*image, *image);
+        void* block = nullptr;
+        std::uint32_t size = 0;
+        TiffG4Serialize(image.get(), &block, &size);
+        ImgHandle* revived = nullptr;
+        TiffG4Deserialize(&revived, block);
+        results.push_back(pictureOf(Handle(revived->render(revived, 75, 45, nullptr, 0, 0, 8))));
+        MemFree(0, block);
+        return results;
+    });
+}
+
+TEST(Threads, StripsAndRowsOfTheCodec) {
+    cit_enable_decode_gr4();
+    cit_enable_encode_gr4();
+    cit_enable_detect_changes();
+    expectTheSameInThreads([](unsigned seed) {
+        const auto image = imageOf<CImg1>(pageOf(seed));
+        std::uint8_t* strip = nullptr;
+        const auto stride = static_cast<std::int32_t>(image->getBytesPerLine());
+        const std::int32_t size = create_g4_tiff_strip(image->peekData(), &strip, kWidth, stride, kHeight);
+        Bytes words = exchanged(Bytes(strip, strip + size));
+        MemFree(0, strip);
+        Results results{asPicture(words)};
+        std::vector<std::int32_t> above{0, kWidth + 1, kWidth + 1, kWidth + 1}, row;
+        std::int32_t byte = 0, bit = 1;
+        for (std::uint32_t y = 0; y < kHeight; ++y) {
+            row.assign(kWidth + 4, 0);
+            std::int32_t count = 0;
+            const std::int16_t status =
+                cit_decode_tiff_gr4(above.data(), static_cast<std::int32_t>(above.size()), kWidth,
+                                    reinterpret_cast<std::uint16_t*>(words.data()), &byte, &bit, nullptr, row.data(),
+                                    &count, static_cast<std::int32_t>(words.size()));
+            EXPECT_EQ(status, 0);
+            row.resize(static_cast<std::size_t>(count));
+            above = row;
+            results.emplace_back(row.size(), 1);
+            std::copy(row.begin(), row.end(), results.back().pixels.begin());
+        }
+        return results;
+    });
+    cit_disable_decode_gr4();
+    cit_disable_encode_gr4();
+    cit_disable_detect_changes();
+}
+
+TEST(Threads, OnePageForAll) {
+    const PageSource source(pageOf(2), kWidth, 40);
+    const Page page = source.open();
+    expectTheSameInThreads([&](unsigned seed) {
+        tp_page_prepare(page.get(), nullptr);
+        Results results;
+        for (const std::uint32_t mode : {TP_GREY, TP_COVERAGE, TP_INK, TP_NEAREST}) {
+            tp_view view = viewOf(5 * seed, 3 * seed, 100, 60, 40, 30, mode, TP_GREY8);
+            Canvas canvas(view, 0, false);
+            EXPECT_EQ(tp_page_render(page.get(), &view, 1, nullptr), TP_OK);
+            results.push_back(asPicture(canvas.pixels()));
+        }
+        return results;
+    });
+}
