@@ -58,7 +58,7 @@ TEST(Rothstein, KeptNoMarksMarkEverything) { EXPECT_EQ(bitsOf(4, 0), (Numbers{1,
 
 TEST(Rothstein, RunTablesAreThoseOfTheCode) {
     for (ImgULong n = 0; n < 70; ++n)
-        for (ImgULong m = 0; m < 90; ++m) ASSERT_EQ(taken(runTable(n, m), n), runsOf(bitsOf(n, m))) << n << ' ' << m;
+        for (ImgULong m = 0; m < 90; ++m) ASSERT_EQ(taken(sizeTable(n, m), n), runsOf(bitsOf(n, m))) << n << ' ' << m;
 }
 
 TEST(Rothstein, MarksAreWalkedWhereTheyLie) {
@@ -68,7 +68,7 @@ TEST(Rothstein, MarksAreWalkedWhereTheyLie) {
             MarkWalk mark(n, m);
             for (std::uint32_t k = 0; k < std::min(m, 1000u); ++k, mark.advance()) {
                 ASSERT_EQ(mark.position(), (std::uint64_t{k} * n + m - 1) / m) << n << ' ' << m << ' ' << k;
-                ASSERT_EQ(mark.run(), markPosition(k + 1, n, m) - mark.position());
+                ASSERT_EQ(mark.size(), markPosition(k + 1, n, m) - mark.position());
             }
         }
 }

@@ -115,7 +115,7 @@ private:
     // g4image/uncompress.cpp
     ImgErr decode_copy_scanline(unsigned char* row, G4ScaleInfo* info);
     ImgULong calculateBackground();
-    // g4image/scale.cpp, reduce_ink.cpp, reduce_grey.cpp
+    // g4image/enlarge.cpp, reduce_ink.cpp, reduce_grey.cpp
     CImg1* Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg1* Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);
     CImg1* Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect& rect);

@@ -14,7 +14,7 @@ namespace tilepress::g4 {
 namespace {
 
 // Sums of a position and a code stay within 32 bits below these.
-constexpr std::int32_t kMaxWidth = 0x7FFFFFFF - 8, kMaxFastWidth = 0x3FFFFFFF;
+constexpr std::int32_t kMaxWidth = kMaxListWidth, kMaxFastWidth = 0x3FFFFFFF;
 
 bool canDecode(const CodedRow& row) { return row.width >= 0 && row.width <= kMaxWidth && row.reference.count >= 4; }
 

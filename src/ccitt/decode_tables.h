@@ -29,25 +29,19 @@ struct ModeEntry {
 inline constexpr unsigned kModeBits = 7;
 using ModeTable = std::array<ModeEntry, 1 << kModeBits>;
 
-constexpr void fillMode(ModeTable& table, unsigned code, unsigned length, ModeEntry entry) {
-    const unsigned spare = kModeBits - length;
-    entry.length = static_cast<std::uint8_t>(length);
-    for (unsigned i = 0; i < 1u << spare; ++i) table[(code << spare) + i] = entry;
+constexpr void fillMode(ModeTable& table, ModeCode code, Mode mode, int delta = 0) {
+    const unsigned spare = kModeBits - code.length;
+    for (unsigned i = 0; i < 1u << spare; ++i)
+        table[(unsigned{code.bits} << spare) + i] = {mode, code.length, static_cast<std::int8_t>(delta)};
 }
 
 constexpr ModeTable makeModes() {
     ModeTable t{};
     t[0] = {kEndOfBlock, 0, 0};
     t[1] = {kExtension, 0, 0};
-    fillMode(t, 0b0000010, 7, {kVertical + 0, 0, -3});
-    fillMode(t, 0b000010, 6, {kVertical + 1, 0, -2});
-    fillMode(t, 0b010, 3, {kVertical + 2, 0, -1});
-    fillMode(t, 0b1, 1, {kVertical + 3, 0, 0});
-    fillMode(t, 0b011, 3, {kVertical + 4, 0, 1});
-    fillMode(t, 0b000011, 6, {kVertical + 5, 0, 2});
-    fillMode(t, 0b0000011, 7, {kVertical + 6, 0, 3});
-    fillMode(t, 0b0001, 4, {kPass, 0, 0});
-    fillMode(t, 0b001, 3, {kHorizontal, 0, 0});
+    for (int k = 0; k < 7; ++k) fillMode(t, kVerticalCodes[k], static_cast<Mode>(kVertical + k), k - 3);
+    fillMode(t, kPassCode, kPass);
+    fillMode(t, kHorizontalCode, kHorizontal);
     return t;
 }
 

@@ -1,5 +1,6 @@
 #include "ccitt/detect_changes.h"
 
+#include "ccitt/row_list.h"
 #include "foundation/bits.h"
 
 #include <algorithm>

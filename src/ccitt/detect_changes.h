@@ -6,9 +6,6 @@
 
 namespace tilepress::g4 {
 
-/// Widest row whose list, and sums with its end, stay within 32 bits.
-inline constexpr std::uint32_t kMaxListWidth = 0x7FFFFFFF - 8;
-
 /// Writes the row's list, at most `capacity` elements; the result is its count, 0 when it does not fit. Bits of the
 /// last byte past the width are ignored.
 std::int32_t detectChanges(const unsigned char* row, std::uint32_t width, std::int32_t* list, std::int32_t capacity);

@@ -3,11 +3,14 @@
 namespace tilepress::g4 {
 namespace {
 
-constexpr CodeWord kPassCode = {0b0001u << 12, 4}, kHorizontalCode = {0b001u << 13, 3};
+constexpr CodeWord aligned(ModeCode code) {
+    return {static_cast<std::uint16_t>(code.bits << (16 - code.length)), code.length};
+}
+constexpr CodeWord kPassWord = aligned(kPassCode), kHorizontalWord = aligned(kHorizontalCode);
 /// Vertical modes by a1 - b1 + 3.
-constexpr CodeWord kVerticalCodes[7] = {{0b0000010u << 9, 7}, {0b000010u << 10, 6}, {0b010u << 13, 3},
-                                        {0b1u << 15, 1},      {0b011u << 13, 3},    {0b000011u << 10, 6},
-                                        {0b0000011u << 9, 7}};
+constexpr CodeWord kVerticalWords[7] = {
+    aligned(kVerticalCodes[0]), aligned(kVerticalCodes[1]), aligned(kVerticalCodes[2]), aligned(kVerticalCodes[3]),
+    aligned(kVerticalCodes[4]), aligned(kVerticalCodes[5]), aligned(kVerticalCodes[6])};
 
 // Bits of a run's make-up code and its terminating code, below 2560, and of a horizontal code with two of them.
 constexpr unsigned kRunCodesBits = 13 + 12, kHorizontalBits = 3 + (12 + 8) + kRunCodesBits;
@@ -47,11 +50,11 @@ void encodeRow(Writer& writer, RowList reference, RowList coding) {
     for (;;) {
         const std::int32_t a1 = cur[n], b1 = ref[i], b2 = ref[i + 1], d = a1 - b1;
         if (b2 < a1) {
-            out.put(kPassCode);
+            out.put(kPassWord);
             a0 = b2;
             i += 2;
         } else if (static_cast<std::uint32_t>(d) + 3 <= 6) [[likely]] {
-            out.put(kVerticalCodes[d + 3]);
+            out.put(kVerticalWords[d + 3]);
             if (a1 == end) break;
             i += 1 - 2 * (ref[i - 1] > a1) + 2 * (b2 == a1);
             a0 = a1;
@@ -59,7 +62,7 @@ void encodeRow(Writer& writer, RowList reference, RowList coding) {
         } else {
             const std::int32_t a2 = cur[n + 1];
             const int black = ~n & 1;
-            out.put(kHorizontalCode);
+            out.put(kHorizontalWord);
             flushFor<kHorizontalBits>(out);
             putRun(black, out, a1 - a0 - (a0 == 0));  // columns count from 1
             flushFor<kHorizontalBits>(out);

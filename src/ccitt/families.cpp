@@ -18,15 +18,15 @@
 namespace tilepress::g4 {
 namespace {
 
-/// Whether a codec is enabled: a block that says nothing.
+/// Whether a codec is enabled: a block that says nothing. One thread may free what another has allocated.
 class Marker {
 public:
     bool set() {
         char* const block = allocate<char>(1);
-        std::free(block_.exchange(block, std::memory_order_relaxed));
+        std::free(block_.exchange(block, std::memory_order_acq_rel));
         return block != nullptr;
     }
-    void clear() { std::free(block_.exchange(nullptr, std::memory_order_relaxed)); }
+    void clear() { std::free(block_.exchange(nullptr, std::memory_order_acq_rel)); }
     explicit operator bool() const { return block_.load(std::memory_order_relaxed) != nullptr; }
 
 private:

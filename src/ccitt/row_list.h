@@ -7,6 +7,9 @@
 
 namespace tilepress::g4 {
 
+/// Widest row whose list, and sums with its end, stay within 32 bits.
+inline constexpr std::uint32_t kMaxListWidth = 0x7FFFFFFF - 8;
+
 /// A row list as the caller holds it.
 struct RowList {
     const std::int32_t* elements;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The run-length code words of ITU-T T.4, as printed there. Every table of the
-// codec, in either direction, is made from this list.
+// The run-length code words of ITU-T T.4 and the mode code words of T.6, as printed there. Every table of the
+// codec, in either direction, is made from these lists.
 
 #include <algorithm>
 #include <array>
@@ -10,6 +10,15 @@
 #include <iterator>
 
 namespace tilepress::g4 {
+
+/// A mode's code word: its bits as a number, and how many there are.
+struct ModeCode {
+    std::uint8_t bits, length;
+};
+/// Vertical modes by a1 - b1 + 3.
+inline constexpr ModeCode kVerticalCodes[7] = {{0b0000010, 7}, {0b000010, 6}, {0b010, 3},    {0b1, 1},
+                                               {0b011, 3},     {0b000011, 6}, {0b0000011, 7}};
+inline constexpr ModeCode kPassCode = {0b0001, 4}, kHorizontalCode = {0b001, 3};
 
 /// One code word, left-aligned in 16 bits: the first bit sent is the highest.
 struct RunCode {

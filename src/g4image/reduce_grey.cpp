@@ -78,7 +78,7 @@ CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const I
     const bool whole = info.begin() && info.bands(newHeight, onRow, onBand);
     if (whole && !wasKnown) setBackgroundColor(isMostlyBlack(black, std::uint64_t{width} * height));
     MarkWalk mark(height, newHeight);
-    for (ImgULong band = 0; !wasKnown && band < reached; ++band, mark.advance()) toGrey(band, mark.run());
+    for (ImgULong band = 0; !wasKnown && band < reached; ++band, mark.advance()) toGrey(band, mark.size());
     for (ImgULong band = reached; band < newHeight; ++band) std::fill_n(rows[band], newWidth, 0x00FFFFFF);
     return result;
 }

@@ -74,8 +74,8 @@ bool G4ScaleInfo::bands(ImgULong count, OnRow onRow, OnBand onBand) {
     ImgULong band = 0;
     return rows([&](ImgULong y) {
         rowOfBand = y - mark.position();
-        if (onRow(band, rowOfBand) == ImgErrNone && rowOfBand + 1 < mark.run()) return;
-        onBand(band++, mark.run());
+        if (onRow(band, rowOfBand) == ImgErrNone && rowOfBand + 1 < mark.size()) return;
+        onBand(band++, mark.size());
         mark.advance();
     });
 }

@@ -103,7 +103,7 @@ inline void reverseBits(unsigned char* dst, const unsigned char* src, std::size_
     for (; end >= 17; end -= 16, dst += 16) {
         const Words2 moved =
             (loadLanes<Words2>(src + end - 16) >> pad & front) | (loadLanes<Words2>(src + end - 17) << back & rest);
-        storeLanes(dst, swapBytes(reverseInBytes(moved)));
+        storeLanes(dst, reverseBytes(reverseInBytes(moved)));
     }
     for (; end > 0; --end) {
         const unsigned before = end > 1 ? src[end - 2] : 0u;

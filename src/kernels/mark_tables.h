@@ -1,6 +1,6 @@
 #pragma once
 
-// Run tables: how many positions each mark of a Rothstein code owns.
+// Tables of how many positions each mark of a Rothstein code owns.
 
 #include "foundation/heap.h"
 #include "kernels/marks.h"
@@ -17,7 +17,7 @@ inline bool eachMark(std::uint32_t positions, std::uint32_t marks, Group group) 
     if (marks == 0 || marks > positions) marks = positions;
     MarkWalk mark(positions, marks ? marks : 1);
     for (std::uint32_t k = 0; k < marks; ++k, mark.advance())
-        if (!group(mark.position(), mark.run(), k)) return false;
+        if (!group(mark.position(), mark.size(), k)) return false;
     return true;
 }
 
@@ -48,13 +48,13 @@ inline bool ownerTable(Heap<ImgULong>& table, std::uint32_t positions, std::uint
     return true;
 }
 
-/// A run table of `positions` entries, or null.
-inline ImgULong* runTable(std::uint32_t positions, std::uint32_t marks) {
-    ImgULong* runs = allocate<ImgULong>(positions);
-    if (runs)
+/// At each mark's position how many positions it owns, and elsewhere 0; null when memory runs out.
+inline ImgULong* sizeTable(std::uint32_t positions, std::uint32_t marks) {
+    ImgULong* sizes = allocate<ImgULong>(positions);
+    if (sizes)
         forEachMark(positions, marks,
-                    [runs](std::uint32_t first, std::uint32_t size, std::uint32_t) { runs[first] = size; });
-    return runs;
+                    [sizes](std::uint32_t first, std::uint32_t size, std::uint32_t) { sizes[first] = size; });
+    return sizes;
 }
 
 }  // namespace tilepress

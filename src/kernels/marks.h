@@ -4,8 +4,8 @@
 
 namespace tilepress {
 
-/// The position of mark k when `marks` of them are spread over `positions`, 1 <= marks <= positions: what a
-/// run table gives by walking it. k = marks gives `positions`.
+/// The position of mark k when `marks` of them are spread over `positions`, 1 <= marks <= positions.
+/// k = marks gives `positions`.
 inline std::uint32_t markPosition(std::uint32_t k, std::uint32_t positions, std::uint32_t marks) {
     return static_cast<std::uint32_t>((std::uint64_t{k} * positions + marks - 1) / marks);
 }
@@ -18,9 +18,9 @@ public:
 
     std::uint32_t position() const { return position_; }
     /// How many positions the mark owns.
-    std::uint32_t run() const { return step_ + (excess_ < rest_); }
+    std::uint32_t size() const { return step_ + (excess_ < rest_); }
     void advance() {
-        position_ += run();
+        position_ += size();
         if (excess_ < rest_) excess_ += marks_ - rest_;
         else excess_ -= rest_;
     }

@@ -26,7 +26,7 @@ inline constexpr Places kRotate180{false, true, true};
 
 inline void reversePixels(unsigned char* dst, const unsigned char* src, std::size_t count) {
     const unsigned char* end = src + count;
-    for (; end - src >= 16; end -= 16, dst += 16) storeLanes(dst, swapBytes(loadLanes<Words2>(end - 16)));
+    for (; end - src >= 16; end -= 16, dst += 16) storeLanes(dst, reverseBytes(loadLanes<Words2>(end - 16)));
     while (end > src) *dst++ = *--end;
 }
 

@@ -38,7 +38,7 @@ constexpr std::uint64_t everyByte(unsigned byte) { return 0x0101010101010101u * 
 inline Words2 bothWords(std::uint64_t word) { return Words2{word, word}; }
 
 /// The sixteen bytes in reverse order.
-inline Words2 swapBytes(Words2 v) {
+inline Words2 reverseBytes(Words2 v) {
     Halves8 pairs = reinterpret_cast<Halves8>(v);
     pairs = (pairs << 8) | (pairs >> 8);
     pairs = __builtin_shufflevector(pairs, pairs, 3, 2, 1, 0, 7, 6, 5, 4);

@@ -6,9 +6,6 @@
 
 namespace tilepress::g4 {
 
-// A row's positions, and sums with them, must fit 32 bits.
-static constexpr std::uint32_t kWidestTile = 0x7FFFFFF0;
-
 TileWalk::TileWalk(const TileLayout& layout, const TileSource& source, const PageRect& rect, Decoding how,
                    const DamagePolicy& policy)
     : layout_(layout), source_(source), rect_(rect), how_(how), policy_(policy),
@@ -16,8 +13,8 @@ TileWalk::TileWalk(const TileLayout& layout, const TileSource& source, const Pag
       columns_((rect.left + (rect.width - 1)) / layout.tileWidth - firstColumn_ + 1) {}
 
 bool TileWalk::prepare() {
-    // Tiles that no row of fits are found out by begin.
-    if (cursors_ || layout_.tileWidth > kWidestTile) return true;
+    // Tiles whose rows fit no list are found out by begin.
+    if (cursors_ || layout_.tileWidth > kMaxListWidth) return true;
     if ((std::uint64_t{columns_} + 1) * sizeof(RowCursor) > PTRDIFF_MAX) return fail(WalkEnd::noMemory);
     cursors_ = new (std::nothrow) RowCursor[columns_];
     const bool got = cursors_ && std::all_of(cursors_, cursors_ + columns_, [this](RowCursor& cursor) {

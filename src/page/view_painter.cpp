@@ -18,7 +18,7 @@ bool ViewPainter::prepare() { return rows_.prepare() && (counts_ ? counts_->prep
 void ViewPainter::endRow(std::uint32_t pageRow) {
     if (pageRow - plan_.rect.top >= plan_.rect.height) return;
     const bool lowers = plan_.lowers();
-    const std::uint32_t height = lowers ? marks_.run() : 1, copies = lowers ? 1 : marks_.run();
+    const std::uint32_t height = lowers ? marks_.size() : 1, copies = lowers ? 1 : marks_.size();
     if (counts_) counts_->endRow(rowOfBand_);
     else if (spans_->wants(rowOfBand_)) spans_->endRow();
     if (++rowOfBand_ < height) return;

@@ -34,8 +34,8 @@ void DestroyRothsteinList(rothstein_code_struct* head) {
 }
 
 void CreateRothTables(ImgULong** outA, ImgULong** outB, ImgULong a, ImgULong b, ImgULong c, ImgULong d) {
-    *outA = runTable(b, d);
-    *outB = runTable(a, c);
+    *outA = sizeTable(b, d);
+    *outB = sizeTable(a, c);
 }
 
 namespace {
@@ -53,8 +53,8 @@ void placeBits(ImgULong* bytes, ImgULong* bits, ImgULong first, ImgULong size, I
 void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong srcWidth, ImgULong srcHeight,
                              ImgULong** rowRuns, ImgULong** colRuns, ImgULong** colGroupStart, ImgULong** colByte,
                              ImgULong** colBit) {
-    *rowRuns = runTable(dstHeight, srcHeight);
-    *colRuns = runTable(dstWidth, srcWidth);
+    *rowRuns = sizeTable(dstHeight, srcHeight);
+    *colRuns = sizeTable(dstWidth, srcWidth);
     ImgULong* const starts = *colGroupStart = allocate<ImgULong>(srcWidth);
     *colByte = allocate<ImgULong>(dstWidth);
     *colBit = allocate<ImgULong>(dstWidth);
@@ -68,8 +68,8 @@ void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong src
 void CreateRothReduceTables2(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
                              ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst, ImgULong** dstByte,
                              ImgULong** dstBit, ImgULong** dstColumn) {
-    *rowRuns = runTable(srcHeight, dstHeight);
-    *groupSize = runTable(srcWidth, dstWidth);
+    *rowRuns = sizeTable(srcHeight, dstHeight);
+    *groupSize = sizeTable(srcWidth, dstWidth);
     ImgULong* const firsts = *groupFirst = allocate<ImgULong>(srcWidth);
     ImgULong* const columns = *dstColumn = allocate<ImgULong>(srcWidth);
     *dstByte = allocate<ImgULong>(srcWidth);

@@ -61,7 +61,7 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
     const auto paint = [&](ImgULong) {
         unsigned char* const row = result->peekData() + bytesPerRow * mark.position();
         if (decode_enlarge_scanline(row, &info) == ImgErrNone)
-            for (ImgULong copy = 1; copy < mark.run(); ++copy) std::memcpy(row + bytesPerRow * copy, row, bytesPerRow);
+            for (ImgULong copy = 1; copy < mark.size(); ++copy) std::memcpy(row + bytesPerRow * copy, row, bytesPerRow);
         mark.advance();
     };
     if (!info.begin() || !info.rows(paint)) return result;
