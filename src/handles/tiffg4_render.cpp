@@ -23,12 +23,14 @@ public:
     std::uint32_t height() const { return walk_.rect().height; }
     unsigned shift() const { return 0; }
 
-    /// Sets the pixels that are black in any of the next `count` rows; false when a tile is damaged.
+    /// Sets the black pixels of the next row; false when a tile is damaged.
+    bool paint(unsigned char* row) { return painter_.paint(walk_, whole_, row, g4::Copied()); }
+    /// Gives the pixels that are black in any of the next `count` rows.
     bool merge(unsigned char* out, std::uint32_t, std::uint32_t count) {
         std::memset(out, 0, packedBytes(width()));
-        for (; count > 0; --count)
-            if (!painter_.paint(walk_, whole_, out, g4::Copied())) return false;
-        return true;
+        bool good = true;
+        for (; good && count > 0; --count) good = paint(out);
+        return good;
     }
     bool read(unsigned char* out, std::uint32_t y) { return merge(out, y, 1); }
 
@@ -48,7 +50,7 @@ private:
 
 bool expand(const BitArea& to, CodedRows& rows) {
     for (std::uint32_t y = 0; y < to.height; ++y)
-        if (!rows.read(to.rows[y], y)) return false;
+        if (!rows.paint(to.rows[y])) return false;
     return true;
 }
 
