@@ -67,6 +67,33 @@ void convertHeader(ImgG4Header& header) {
         tra_swap_4(word);
 }
 
+// --- pointers of a revived block ----------------------------------------------------------
+
+/// Sets the header's pointers to the areas of its block; the result is where those of the tiles are.
+void** setPointers(unsigned char* block, ImgG4Header& header, const FlatLayout& at) {
+    const auto area = [block](std::uint64_t n) { return block + static_cast<std::size_t>(n); };
+    header.tileRows = reinterpret_cast<ImgG4TileRec**>(area(at.tileRows));
+    header.columnBufA = reinterpret_cast<void**>(area(at.columnBufA));
+    header.columnBufB = reinterpret_cast<void**>(area(at.columnBufB));
+    header.byteCounts = reinterpret_cast<std::uint32_t*>(area(at.byteCounts));
+    return reinterpret_cast<void**>(area(at.tileData));
+}
+
+/// Fills in the tiles' records and the columns' buffers.
+void setParts(unsigned char* block, const ImgG4Header& header, const TileGrid& grid, const FlatLayout& at,
+              void* const* tiles) {
+    auto* const records = reinterpret_cast<ImgG4TileRec*>(block + static_cast<std::size_t>(at.records));
+    std::size_t k = 0;
+    for (std::uint32_t r = 0; r < grid.down; ++r) {
+        header.tileRows[r] = records + k;
+        for (std::uint32_t c = 0; c < grid.across; ++c, ++k) setTile(header.tileRows[r][c], header, r, c, tiles[k]);
+    }
+    const auto bytes = static_cast<std::size_t>(columnBufferBytes(header.tileWidth));
+    unsigned char* buffer = block + static_cast<std::size_t>(at.columnBuffers);
+    for (void** const buffers : {header.columnBufA, header.columnBufB})
+        for (std::uint32_t c = 0; c < grid.across; ++c, buffer += bytes) buffers[c] = buffer;
+}
+
 }  // namespace
 
 std::uint32_t ImgTIFFG4Serialize(ImgHandle* image, void** buffer, std::uint32_t* size) {
@@ -121,37 +148,21 @@ ImgHandle* ImgTIFFG4Deserialize(void* buffer) {
     const TileGrid grid(header);
     if (!FlatLayout::fits(grid, header)) return nullptr;
     const FlatLayout at(grid, header);
-    const auto area = [block](std::uint64_t n) { return block + static_cast<std::size_t>(n); };
-    header.tileRows = reinterpret_cast<ImgG4TileRec**>(area(at.tileRows));
-    header.columnBufA = reinterpret_cast<void**>(area(at.columnBufA));
-    header.columnBufB = reinterpret_cast<void**>(area(at.columnBufB));
-    header.byteCounts = reinterpret_cast<std::uint32_t*>(area(at.byteCounts));
-    void** const tiles = reinterpret_cast<void**>(area(at.tileData));
+    void** const tiles = setPointers(block, header, at);
     image->data = tiles;
-
     std::uint64_t sum = 0;
     for (std::size_t n = 0; n < grid.tiles(); ++n) {
         if (foreign) tra_swap_4(&header.byteCounts[n]);
         sum += header.byteCounts[n];
     }
     if (sum > header.totalBytes) return nullptr;
-    unsigned char* coded = area(at.coded);
+    unsigned char* coded = block + static_cast<std::size_t>(at.coded);
     for (std::size_t n = 0; n < grid.tiles(); ++n) {
         if (foreign) exchangePairs(coded, coded, header.byteCounts[n] & ~1u);
         tiles[n] = coded;
         coded += header.byteCounts[n];
     }
-    auto* const records = reinterpret_cast<ImgG4TileRec*>(area(at.records));
-    std::size_t k = 0;
-    for (std::uint32_t r = 0; r < grid.down; ++r) {
-        header.tileRows[r] = records + k;
-        for (std::uint32_t c = 0; c < grid.across; ++c, ++k) setTile(header.tileRows[r][c], header, r, c, tiles[k]);
-    }
-    const std::uint64_t bytes = columnBufferBytes(header.tileWidth);
-    for (std::uint32_t c = 0; c < grid.across; ++c) {
-        header.columnBufA[c] = area(at.columnBuffers + bytes * c);
-        header.columnBufB[c] = area(at.columnBuffers + bytes * (std::uint64_t{grid.across} + c));
-    }
+    setParts(block, header, grid, at, tiles);
     return image;
 }
 
