@@ -56,8 +56,8 @@ inline void storePartialWord(unsigned char* p, Word v, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) p[i] = static_cast<unsigned char>(v >> (kBitsOf<Word> - 8 - 8 * i));
 }
 
-/// Copies bytes with those of each 16-bit pair exchanged; the missing partner of an odd last byte is 0, so
-/// count + count % 2 bytes are written.
+/// Copies bytes, also onto themselves, with those of each 16-bit pair exchanged; the missing partner of an odd last
+/// byte is 0, so count + count % 2 bytes are written.
 inline void exchangePairs(unsigned char* dst, const unsigned char* src, std::size_t count) {
     constexpr std::uint64_t high = 0xFF00FF00FF00FF00;
     std::size_t i = 0;
@@ -68,8 +68,9 @@ inline void exchangePairs(unsigned char* dst, const unsigned char* src, std::siz
         std::memcpy(dst + i, &v, sizeof v);
     }
     for (; i < count; i += 2) {
+        const unsigned char first = src[i];
         dst[i] = i + 1 < count ? src[i + 1] : 0;
-        dst[i + 1] = src[i];
+        dst[i + 1] = first;
     }
 }
 
