@@ -60,7 +60,8 @@ void printPage(const TiffPage& page) {
 }
 
 Exit report(const std::string& path, const InfoOptions& options, Json& entry) {
-    TiffSource source{InputFile(path)};
+    const auto opened = openPages(InputFile(path));
+    PageSource& source = *opened;
     const unsigned pages = source.countPages();
     entry["pageCount"] = pages;
     entry["pages"] = Json::array();

@@ -3,7 +3,7 @@
 #include "base/failure.h"
 #include "base/guarded.h"
 #include "base/output_pattern.h"
-#include "tiff/tiff_source.h"
+#include "tiff/page_source.h"
 
 #include <fmt/format.h>
 
@@ -12,7 +12,8 @@
 
 PageCount countPages(InputFile input) {
     if (input.isPicture()) return {1, {}};
-    TiffSource source(std::move(input));
+    const auto opened = openPages(std::move(input));
+    PageSource& source = *opened;
     const unsigned pages = source.countPages();
     return {pages, source.damageOfPageList()};
 }

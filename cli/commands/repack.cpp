@@ -5,6 +5,7 @@
 #include "files/unnamed_tiff.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
+#include "tiff/tiff_source.h"
 
 #include <fmt/format.h>
 
@@ -164,22 +165,21 @@ void requireUndamaged(const G4Page& page) {
 }
 
 void addPages(Packer& packer, InputFile input, const RepackOptions& options) {
-    const InputFile second = input.again();  // for pages that libtiff decodes
-    TiffSource source(std::move(input));
+    const auto opened = openPages(std::move(input));
+    PageSource& source = *opened;
     const std::vector<unsigned> pages = options.pages.of(source.countPages());
     const auto forPages = [&](const auto& visit) {
         for (const unsigned number : pages) {
-            const TiffPage page = source.page(number);
-            page.requireBilevel(source.name());
-            requirePixels(fmt::format("{}: page {}", source.name(), number), page.size, options.maxInputPixels);
-            std::optional<G4Page> codes;
-            if (page.isGroup4()) codes.emplace(source, page, packer.progress());
-            const auto rows = [&]() { return codes ? g4Rows(*codes) : libtiffRows(second.again(), page); };
+            requirePixels(fmt::format("{}: page {}", source.name(), number), source.page(number).size,
+                          options.maxInputPixels);
+            const TiffPage page = source.codedPage(number);
+            const G4Page codes(source, page, packer.progress());
+            const auto rows = [&]() { return g4Rows(codes); };
             visit(PageInput{page.size, rows, [&](TIFF* to) { source.copyTags(to); }}, codes);
         }
     };
-    forPages([&](const PageInput& page, const std::optional<G4Page>& codes) {
-        if (codes) requireUndamaged(*codes);
+    forPages([&](const PageInput& page, const G4Page& codes) {
+        requireUndamaged(codes);
         packer.add(page);
     });
     if (options.check) forPages([&](const PageInput& page, const auto&) { packer.check(page); });

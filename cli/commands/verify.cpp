@@ -79,7 +79,7 @@ std::optional<Difference> compare(const G4Page& codes, std::uint32_t k, Referenc
     return std::nullopt;
 }
 
-PageReport verify(TiffSource& source, const TiffPage& page, Reference* reference) {
+PageReport verify(PageSource& source, const TiffPage& page, Reference* reference) {
     Progress progress(true);
     const G4Page codes(source, page, progress);
     PageReport report;
@@ -123,10 +123,9 @@ void printPage(const TiffPage& page, const PageReport& report) {
               tile.row + 1, tile.reason);
 }
 
-Exit verifyPage(TiffSource& source, unsigned number, const VerifyOptions& options, Reference* reference, Json& entry) {
-    const TiffPage page = source.page(number);
-    page.requireSupported(source.name());
-    requirePixels(fmt::format("{}: page {}", source.name(), number), page.size, options.maxInputPixels);
+Exit verifyPage(PageSource& source, unsigned number, const VerifyOptions& options, Reference* reference, Json& entry) {
+    requirePixels(fmt::format("{}: page {}", source.name(), number), source.page(number).size, options.maxInputPixels);
+    const TiffPage page = source.codedPage(number);
     const PageReport report = verify(source, page, reference);
     if (!options.json) printPage(page, report);
     entry.update({{"tiles", page.tiles},
@@ -141,7 +140,8 @@ Exit verifyFile(const std::string& path, const VerifyOptions& options, Json& ent
     InputFile input(path);
     std::optional<Reference> reference;
     if (options.reference) reference.emplace(input.again());
-    TiffSource source(std::move(input));
+    const auto opened = openPages(std::move(input));
+    PageSource& source = *opened;
     const unsigned pages = source.countPages();
     if (!options.json) print("{}: {} page{}\n", source.name(), pages, pages == 1 ? "" : "s");
     entry["pages"] = Json::array();

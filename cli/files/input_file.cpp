@@ -125,6 +125,7 @@ InputFile::Kind InputFile::kind() const {
     using namespace std::string_view_literals;
     for (const std::string_view mark : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv})
         if (startsWith(bytes, mark)) return Kind::tiff;
+    if (startsWith(bytes, "%PDF-"sv)) return Kind::pdf;
     if (startsWith(bytes, "\x89PNG\r\n\x1a\n"sv)) return Kind::png;
     return bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6' && std::isspace(bytes[2]) ? Kind::pnm : Kind::other;
 }

@@ -11,7 +11,7 @@ struct stat;
 /// readers can move in it. Operations throw Failure.
 class InputFile {
 public:
-    enum class Kind { tiff, png, pnm, other };
+    enum class Kind { tiff, pdf, png, pnm, other };
 
     explicit InputFile(const std::string& path);
     ~InputFile();

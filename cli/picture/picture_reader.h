@@ -29,3 +29,5 @@ public:
 std::unique_ptr<PictureReader> openPicture(InputFile input);
 std::unique_ptr<PictureReader> openPng(InputFile input);
 std::unique_ptr<PictureReader> openPnm(InputFile input);
+/// A page, from 1, of a TIFF file in greys or colours.
+std::unique_ptr<PictureReader> openTiffPicture(InputFile input, unsigned page);

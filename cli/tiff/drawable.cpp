@@ -12,9 +12,8 @@ namespace {
 
 class DrawablePage : public Drawable {
 public:
-    DrawablePage(InputFile input, unsigned number) : source_(std::move(input)), page_(source_.page(number)) {
-        page_.requireSupported(source_.name());
-        source_.countPages();
+    DrawablePage(std::unique_ptr<PageSource> from, unsigned number)
+        : owned_(std::move(from)), source_(*owned_), page_(source_.codedPage(number)) {
         size = page_.size;
         dpiX = page_.dpiX;
         dpiY = page_.dpiY;
@@ -43,13 +42,15 @@ public:
     }
 
 private:
-    TiffSource source_;
+    const std::unique_ptr<PageSource> owned_;
+    PageSource& source_;
     const TiffPage page_;
 };
 
 class DrawablePicture : public Drawable {
 public:
-    explicit DrawablePicture(InputFile input) : bytes_(input.bytes()), reader_(openPicture(std::move(input))) {
+    DrawablePicture(std::uint64_t bytes, std::unique_ptr<PictureReader> reader)
+        : bytes_(bytes), reader_(std::move(reader)) {
         size = reader_->size;
         dpiX = reader_->dpiX;
         dpiY = reader_->dpiY;
@@ -70,7 +71,20 @@ private:
 }  // namespace
 
 std::unique_ptr<Drawable> openDrawable(InputFile input, unsigned page) {
-    if (!input.isPicture()) return std::make_unique<DrawablePage>(std::move(input), page);
-    if (page != 1) throw Failure(Exit::failed, "--page is for TIFF files");
-    return std::make_unique<DrawablePicture>(std::move(input));
+    const std::uint64_t bytes = input.bytes();
+    if (input.isPicture()) {
+        if (page != 1) throw Failure(Exit::failed, "--page is for files of several pages");
+        return std::make_unique<DrawablePicture>(bytes, openPicture(std::move(input)));
+    }
+    InputFile second = input.again();
+    auto source = openPages(std::move(input));
+    source->countPages();
+    const TiffPage stored = source->page(page);
+    if (stored.bilevel || second.kind() != InputFile::Kind::tiff)
+        return std::make_unique<DrawablePage>(std::move(source), page);
+    auto picture = std::make_unique<DrawablePicture>(bytes, openTiffPicture(std::move(second), page));
+    picture->dpiX = stored.dpiX;
+    picture->dpiY = stored.dpiY;
+    picture->orientation = stored.orientation;
+    return picture;
 }

@@ -53,20 +53,20 @@ std::string describe(const TiffPage& page, const tp_damage& damage) {
     return fmt::format("{}{}, byte {}: {}", tile, row, damage.byte, reasonOf(damage));
 }
 
-G4Page::G4Page(TiffSource& source, const TiffPage& page, Progress& progress)
+G4Page::G4Page(PageSource& source, const TiffPage& page, Progress& progress)
     : G4Page(source, page, wholeOf(page), progress) {}
 
-G4Page::G4Page(TiffSource& source, const TiffPage& page, const Rect& part, Progress& progress)
+G4Page::G4Page(PageSource& source, const TiffPage& page, const Rect& part, Progress& progress)
     : what_(page), part_(part), name_(fmt::format("{}: page {}", source.name(), page.number)), tiles_(page.tiles) {
     page.requireSupported(source.name());
     // Tiles may share data, but not so that a small file fills the memory.
-    if (page.compressedBytes / 8 > source.bytes())
+    if (!page.recoded && page.compressedBytes / 8 > source.bytes())
         throw Failure(Exit::unsupported, fmt::format("{}: the {}s overlap in the file", name_, page.tileName()));
     read(source, progress);
     page_ = open(false, tiles_);
 }
 
-void G4Page::read(TiffSource& source, Progress& progress) {
+void G4Page::read(PageSource& source, Progress& progress) {
     forTilesOf(what_, part_, [&](std::uint32_t k) { compressedBytes_ += source.tileBytes(k); });
     bytes_ = std::make_unique_for_overwrite<unsigned char[]>(compressedBytes_ + 1);
     unsigned char* to = bytes_.get();

@@ -5,7 +5,7 @@
 #include "base/progress.h"
 #include "picture/drawing.h"
 #include "tiff/page_api.h"
-#include "tiff/tiff_source.h"
+#include "tiff/page_source.h"
 
 #include <memory>
 #include <string>
@@ -20,9 +20,9 @@ const char* reasonOf(const tp_damage& damage);
 class G4Page {
 public:
     /// Refuses pages that are too large to decode, and those whose tiles claim more than the file holds.
-    G4Page(TiffSource& source, const TiffPage& page, const Rect& part, Progress& progress);
+    G4Page(PageSource& source, const TiffPage& page, const Rect& part, Progress& progress);
     /// All of the page.
-    G4Page(TiffSource& source, const TiffPage& page, Progress& progress);
+    G4Page(PageSource& source, const TiffPage& page, Progress& progress);
     G4Page(const G4Page&) = delete;
     G4Page& operator=(const G4Page&) = delete;
 
@@ -40,7 +40,7 @@ public:
     const std::string& name() const { return name_; }
 
 private:
-    void read(TiffSource& source, Progress& progress);
+    void read(PageSource& source, Progress& progress);
     PageHandle open(bool negative, const std::vector<tp_coded>& tiles) const;
     bool reaches(const tp_damage& damage) const;
 

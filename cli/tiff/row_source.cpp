@@ -66,61 +66,9 @@ private:
     std::vector<std::uint32_t> elements_;
 };
 
-/// A row of tiles, or one strip's row, at a time.
-class LibtiffRows : public RowSource {
-public:
-    LibtiffRows(InputFile input, const TiffPage& which) : name_(input.name()), page_(which) {
-        tiff_ = messages_.open(input.release(), name_, "rm", true);
-        if (!tiff_ || !TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(page_.number - 1))) fail();
-        rowBytes_ = (std::size_t{page_.size.width} + 7) / 8;
-        packed_.resize(static_cast<std::size_t>(TIFFScanlineSize(tiff_.get())) + rowBytes_ + 1);
-        if (page_.tiled) tileRow_.resize(rowBytes_ * page_.tile.height);
-    }
-    void next(Changes& row) override {
-        if (!page_.tiled) {
-            if (TIFFReadScanline(tiff_.get(), packed_.data(), y_) != 1 || !messages_.empty()) fail();
-        } else {
-            if (y_ % page_.tile.height == 0) readTileRow();
-            std::copy_n(tileRow_.begin() + static_cast<std::ptrdiff_t>(y_ % page_.tile.height * rowBytes_), rowBytes_,
-                        packed_.begin());
-        }
-        detect(row, packed_, page_.size.width, elements_);
-        ++y_;
-    }
-
-private:
-    void readTileRow() {
-        const std::size_t tileBytes = (std::size_t{page_.tile.width} + 7) / 8;
-        std::vector<unsigned char> tile(static_cast<std::size_t>(TIFFTileSize(tiff_.get())));
-        for (std::uint32_t x = 0; x < page_.size.width; x += page_.tile.width) {
-            if (TIFFReadTile(tiff_.get(), tile.data(), x, y_, 0, 0) < 0 || !messages_.empty()) fail();
-            const std::size_t left = x / 8, bytes = std::min(tileBytes, rowBytes_ - left);
-            for (std::size_t i = 0; i < page_.tile.height; ++i)
-                std::copy_n(tile.begin() + static_cast<std::ptrdiff_t>(i * tileBytes), bytes,
-                            tileRow_.begin() + static_cast<std::ptrdiff_t>(i * rowBytes_ + left));
-        }
-    }
-    [[noreturn]] void fail() const {
-        throw Failure(messages_.code(Exit::damaged), fmt::format("{}: page {}: row {} cannot be decoded{}", name_,
-                                                                 page_.number, y_ + 1, messages_.reason()));
-    }
-
-    const std::string name_;
-    const TiffPage& page_;
-    LibtiffMessages messages_;  ///< rows may arrive in spite of a complaint
-    TiffHandle tiff_;
-    std::size_t rowBytes_ = 0;
-    std::vector<unsigned char> packed_, tileRow_;
-    std::vector<std::uint32_t> elements_;
-    std::uint32_t y_ = 0;
-};
-
 }  // namespace
 
 std::unique_ptr<RowSource> g4Rows(const G4Page& page) { return std::make_unique<G4Rows>(page); }
-std::unique_ptr<RowSource> libtiffRows(InputFile input, const TiffPage& page) {
-    return std::make_unique<LibtiffRows>(std::move(input), page);
-}
 std::unique_ptr<RowSource> pictureRows(std::unique_ptr<PictureReader> reader) {
     return std::make_unique<PictureRows>(std::move(reader));
 }

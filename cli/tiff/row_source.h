@@ -27,8 +27,7 @@ public:
 
 /// From Group 4 data, without pixels in between.
 std::unique_ptr<RowSource> g4Rows(const G4Page& page);
-/// From a page in any other compression, by libtiff. The tables of change detection must be there, as below.
-std::unique_ptr<RowSource> libtiffRows(InputFile input, const TiffPage& page);
+/// From a picture. The tables of change detection must be there, as below.
 std::unique_ptr<RowSource> pictureRows(std::unique_ptr<PictureReader> reader);
 
 /// The tables of change detection for as long as this lives; there is one at a time.

@@ -1,5 +1,7 @@
 #include "tiff/tiff_source.h"
 
+#include "tiff/packed_rows.h"
+
 #include "base/failure.h"
 
 #include <fmt/format.h>
@@ -23,20 +25,29 @@ std::string compressionName(std::uint16_t compression) {
 
 void addUnsupported(TIFF* tiff, TiffPage& page) {
     const auto refuse = [&page](std::string why) { page.unsupported.push_back(std::move(why)); };
-    if (page.compression != COMPRESSION_CCITTFAX4)
-        refuse(fmt::format("compression is {}, not Group 4", compressionName(page.compression)));
     const auto bits = field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
     const auto samples = field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-    if (bits != 1 || samples != 1)
-        refuse(fmt::format("{} sample{} of {} bit{} a pixel, not one of 1 bit", samples, samples == 1 ? "" : "s", bits,
-                           bits == 1 ? "" : "s"));
-    page.bilevel = bits == 1 && samples == 1 && page.photometric <= 1;
-    if (page.photometric > 1) refuse(fmt::format("photometric interpretation {}, neither 0 nor 1", page.photometric));
+    page.bilevel = bits == 1 && samples == 1 && (page.photometric <= 1 || page.photometric == PHOTOMETRIC_PALETTE);
+    if (!page.bilevel)
+        refuse(
+            fmt::format("not black and white: {} sample{} of {} bit{} a pixel; tilepress convert --to bilevel makes "
+                        "it so",
+                        samples, samples == 1 ? "" : "s", bits, bits == 1 ? "" : "s"));
+    else if (!TIFFIsCODECConfigured(page.compression))
+        refuse(fmt::format("compression {} is not known", compressionName(page.compression)));
     if (page.fillOrder != FILLORDER_MSB2LSB && page.fillOrder != FILLORDER_LSB2MSB)
         refuse(fmt::format("fill order {}, neither 1 nor 2", page.fillOrder));
     std::uint32_t options = 0;
     page.mayBeUncompressed = page.compression == COMPRESSION_CCITTFAX4 &&
                              TIFFGetField(tiff, TIFFTAG_GROUP4OPTIONS, &options) && options & GROUP4OPT_UNCOMPRESSED;
+}
+
+/// Of two colours, the darker one is ink.
+bool onePaints(TIFF* tiff, const TiffPage& page) {
+    std::uint16_t *red = nullptr, *green = nullptr, *blue = nullptr;
+    if (page.photometric != PHOTOMETRIC_PALETTE || !page.bilevel) return page.photometric == PHOTOMETRIC_MINISWHITE;
+    if (!TIFFGetField(tiff, TIFFTAG_COLORMAP, &red, &green, &blue)) return false;
+    return red[1] + green[1] + blue[1] < red[0] + green[0] + blue[0];
 }
 
 void addResolution(TIFF* tiff, TiffPage& page) {
@@ -51,26 +62,15 @@ void addResolution(TIFF* tiff, TiffPage& page) {
 
 }  // namespace
 
-std::uint32_t TiffPage::rowsOfTile(std::uint32_t k) const {
-    return std::min(tile.height, size.height - k / tilesAcross * tile.height);
-}
-
-void TiffPage::requireSupported(const std::string& file) const {
-    if (!unsupported.empty())
-        throw Failure(Exit::unsupported, fmt::format("{}: page {}: {}", file, number, unsupported.front()));
-}
-
-void TiffPage::requireBilevel(const std::string& file) const {
-    if (!bilevel || (isGroup4() && !unsupported.empty()))
-        throw Failure(Exit::unsupported, fmt::format("{}: page {}: {}", file, number,
-                                                     unsupported.empty() ? "not bilevel" : unsupported.back()));
+std::unique_ptr<PackedRows> TiffSource::rows(const TiffPage& page) {
+    return std::make_unique<PackedRows>(again_.again(), page);
 }
 
 void TiffSource::copyTags(TIFF* to) const {
     TIFF* const from = tiff_.get();
-    for (const std::uint32_t tag :
-         {TIFFTAG_ORIENTATION, TIFFTAG_PHOTOMETRIC, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
+    for (const std::uint32_t tag : {TIFFTAG_ORIENTATION, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
         if (std::uint16_t value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, value);
+    TIFFSetField(to, TIFFTAG_PHOTOMETRIC, inkIsOne_ ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK);
     for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION})
         if (float value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, double{value});
     if (std::uint32_t type = 0; TIFFGetField(from, TIFFTAG_SUBFILETYPE, &type))
@@ -83,17 +83,16 @@ void TiffSource::copyTags(TIFF* to) const {
         if (char* text = nullptr; TIFFGetField(from, tag, &text)) TIFFSetField(to, tag, text);
 }
 
-TiffSource::TiffSource(InputFile input) : displayName_(input.name()), fileBytes_(input.bytes()) {
-    if (input.kind() != InputFile::Kind::tiff) throw Failure(Exit::unsupported, displayName_ + ": not a TIFF file");
+TiffSource::TiffSource(InputFile input) : PageSource(input), again_(input.again()) {
+    if (input.kind() != InputFile::Kind::tiff) throw Failure(Exit::unsupported, name() + ": not a TIFF file");
     // m: not mapped, so that a file that shrinks cannot kill us; O: tables of tiles are loaded when first asked for;
     // c: strips are reported as they are.
-    tiff_ = messages_.open(input.release(), displayName_, "rmOc");
+    tiff_ = messages_.open(input.release(), name(), "rmOc");
     if (!tiff_) fail("the TIFF file cannot be read");
 }
 
 void TiffSource::fail(const std::string& otherwise) {
-    throw Failure(messages_.code(Exit::unsupported),
-                  fmt::format("{}: {}{}", displayName_, otherwise, messages_.reason()));
+    throw Failure(messages_.code(Exit::unsupported), fmt::format("{}: {}{}", name(), otherwise, messages_.reason()));
 }
 
 unsigned TiffSource::countPages() {
@@ -104,12 +103,7 @@ unsigned TiffSource::countPages() {
 }
 
 std::string TiffSource::damageOfPageList() const {
-    return pageListDamage_.empty() ? ""
-                                   : fmt::format("{}: the list of pages is damaged{}", displayName_, pageListDamage_);
-}
-
-void TiffSource::requirePageList() const {
-    if (!pageListDamage_.empty()) throw Failure(Exit::damaged, damageOfPageList());
+    return pageListDamage_.empty() ? "" : fmt::format("{}: the list of pages is damaged{}", name(), pageListDamage_);
 }
 
 bool TiffSource::goTo(unsigned number) {
@@ -124,13 +118,14 @@ bool TiffSource::goTo(unsigned number) {
 TiffPage TiffSource::page(unsigned number) {
     TIFF* const file = tiff_.get();
     messages_.clear();
+    forgetCodes();
     if (!goTo(number)) {
         const Failure unreadable(messages_.code(Exit::unsupported),
-                                 fmt::format("{}: page {} cannot be read{}", displayName_, number, messages_.reason()));
+                                 fmt::format("{}: page {} cannot be read{}", name(), number, messages_.reason()));
         const unsigned pages = countPages();
         if (number > pages)
             throw Failure(Exit::failed,
-                          fmt::format("{}: no page {}: the file has {}{}", displayName_, number, pages,
+                          fmt::format("{}: no page {}: the file has {}{}", name(), number, pages,
                                       pageListDamage_.empty() ? "" : ", and the list of them is damaged"));
         throw unreadable;
     }
@@ -147,6 +142,7 @@ TiffPage TiffSource::page(unsigned number) {
     messages_.clear();
     addResolution(file, page);
     addUnsupported(file, page);
+    page.inkIsOne = inkIsOne_ = onePaints(file, page);
     addLayout(page);
     addSizes(page);
     currentTiled_ = page.tiled;
@@ -170,7 +166,7 @@ void TiffSource::addLayout(TiffPage& page) {
     const std::uint64_t across = count(page.size.width, page.tile.width);
     const std::uint64_t down = count(page.size.height, page.tile.height);
     // Each of several tiles takes at least an offset and a length of two bytes each in the file.
-    if (across * down > 1 && across > fileBytes_ / 4 / down)
+    if (across * down > 1 && across > bytes() / 4 / down)
         fail(fmt::format("page {} has {} {}s, more than the file has room for", page.number, across * down,
                          page.tileName()));
     page.tilesAcross = static_cast<std::uint32_t>(across);
@@ -192,20 +188,20 @@ void TiffSource::addSizes(TiffPage& page) {
     }
 }
 
-bool TiffSource::isEmpty(std::uint32_t k) const {
+bool TiffSource::storedEmpty(std::uint32_t k) const {
     return TIFFGetStrileByteCount(tiff_.get(), k) == 0 && TIFFGetStrileOffset(tiff_.get(), k) == 0;
 }
 
-std::uint64_t TiffSource::tileBytes(std::uint32_t k) {
+std::uint64_t TiffSource::storedBytes(std::uint32_t k) {
     const std::uint64_t offset = TIFFGetStrileOffset(tiff_.get(), k);
-    return std::min(TIFFGetStrileByteCount(tiff_.get(), k), fileBytes_ - std::min(offset, fileBytes_));
+    return std::min(TIFFGetStrileByteCount(tiff_.get(), k), bytes() - std::min(offset, bytes()));
 }
 
-void TiffSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
+void TiffSource::readStored(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
     if (bytes == 0) return;
     const auto asked = static_cast<tmsize_t>(bytes);
     const tmsize_t got = currentTiled_ ? TIFFReadRawTile(tiff_.get(), k, buffer, asked)
                                        : TIFFReadRawStrip(tiff_.get(), k, buffer, asked);
     if (got != asked)
-        throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes{}", displayName_, bytes, messages_.reason()));
+        throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes{}", name(), bytes, messages_.reason()));
 }

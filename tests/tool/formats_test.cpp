@@ -1,0 +1,172 @@
+// Files that are not Group 4 TIFF: taken by every command, with the same pixels.
+
+#include "support.h"
+
+#include <gtest/gtest.h>
+#include <tiffio.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <random>
+#include <sstream>
+
+namespace {
+
+bool shell(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
+
+/// The text sample's codings: names of files in the folder.
+std::vector<std::string> codings(const Folder& folder) {
+    std::vector<std::string> names;
+    for (const char* options :
+         {"-c g3:1d", "-c g3:2d:fill", "-c packbits", "-c lzw", "-c zip -t -w 256 -l 128", "-c none -f lsb2msb -r 7"}) {
+        names.push_back(folder / ("coding" + std::to_string(names.size()) + ".tif"));
+        EXPECT_TRUE(shell("tiffcp " + std::string(options) + " " + sample("text.tif") + " " + names.back())) << options;
+    }
+    return names;
+}
+
+TEST(Formats, EveryCodingOfBilevelTiffIsTaken) {
+    const Folder folder;
+    const Raster small = rendered(sample("text.tif") + " --scale 0.1");
+    for (const std::string& name : codings(folder)) {
+        EXPECT_EQ(rendered(name + " --scale 0.1"), small) << name;
+        EXPECT_EQ(tool("verify " + name).code, 0) << name;
+        ASSERT_EQ(tool("repack " + name + " -o " + (folder / "repacked.tif")).code, 0) << name;
+        EXPECT_EQ(readTiff(folder / "repacked.tif"), readTiff(sample("text.tif"))) << name;
+    }
+}
+
+/// A page of two colours, given as red, green and blue in TIFF's 16 bits.
+void writePalette(const std::string& path, const std::uint16_t (&zero)[3], const std::uint16_t (&one)[3]) {
+    TIFF* const tiff = TIFFOpen(path.c_str(), "w");
+    std::uint16_t red[] = {zero[0], one[0]}, green[] = {zero[1], one[1]}, blue[] = {zero[2], one[2]};
+    for (const auto& [tag, value] :
+         {std::pair(TIFFTAG_IMAGEWIDTH, 16), {TIFFTAG_IMAGELENGTH, 1}, {TIFFTAG_ROWSPERSTRIP, 1}})
+        TIFFSetField(tiff, tag, value);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
+    TIFFSetField(tiff, TIFFTAG_COLORMAP, red, green, blue);
+    unsigned char row[] = {0x0F, 0x01};
+    TIFFWriteScanline(tiff, row, 0, 0);
+    TIFFClose(tiff);
+}
+
+TEST(Formats, OfTwoColoursTheDarkerOneIsInk) {
+    const Folder folder;
+    const std::string page = folder / "page.tif";
+    for (const bool oneIsDark : {false, true}) {
+        const std::uint16_t dark[] = {0, 0, 30000}, light[] = {65535, 60000, 0};
+        if (oneIsDark) writePalette(page, light, dark);
+        else writePalette(page, dark, light);
+        ASSERT_EQ(tool("repack " + page + " -o " + (folder / "repacked.tif")).code, 0);
+        for (const Raster& drawn : {rendered(page), readTiff(folder / "repacked.tif")}) {
+            ASSERT_EQ(drawn.width, 16u);
+            EXPECT_EQ(drawn.at(0, 0) == 0, !oneIsDark);
+            EXPECT_EQ(drawn.at(15, 0) == 0, oneIsDark);
+        }
+    }
+}
+
+TEST(Formats, ColourPagesAreDrawnAndNamedWhereTheyCannotBeTaken) {
+    const Folder folder;
+    const std::string colour = folder / "colour.tif", tiled = folder / "tiled.tif";
+    ASSERT_EQ(tool("convert --to rgb " + sample("text.tif") + " -o " + colour).code, 0);
+    ASSERT_TRUE(shell("tiffcp -c lzw -t -w 128 -l 64 " + colour + " " + tiled));
+    for (const std::string& name : {colour, tiled}) EXPECT_EQ(rendered(name), readTiff(sample("text.tif"))) << name;
+    ASSERT_EQ(tool("render --scale 0.2 " + sample("text.tif") + " -o " + (folder / "grey.tif")).code, 0);
+    EXPECT_EQ(rendered(folder / "grey.tif"), rendered(sample("text.tif") + " --scale 0.2"));
+    for (const std::string command : {"verify ", "repack -o /dev/null "}) {
+        const Outcome run = tool(command + colour);
+        EXPECT_EQ(run.code, 3);
+        EXPECT_NE(run.errors.find("tilepress convert --to bilevel"), std::string::npos) << run.errors;
+    }
+}
+
+TEST(Pdf, PagesOfEveryMakerHaveTheSamePixels) {
+    const Folder folder;
+    const std::string g3 = folder / "g3.tif", pdf = folder / "page.pdf", back = folder / "back.tif";
+    ASSERT_TRUE(shell("tiffcp -c g3:1d " + sample("text.tif") + " " + g3));
+    const std::string made[] = {"tiff2pdf -o " + pdf + " " + sample("text.tif"), "tiff2pdf -o " + pdf + " " + g3,
+                                "img2pdf -o " + pdf + " " + sample("text.tif"),
+                                "gs -q -dBATCH -dNOPAUSE -sDEVICE=pdfwrite -o " + (folder / "gs.pdf") + " " + pdf +
+                                    " && mv " + (folder / "gs.pdf") + " " + pdf};
+    for (const std::string& maker : made) {
+        ASSERT_TRUE(shell(maker)) << maker;
+        EXPECT_EQ(rendered(pdf), readTiff(sample("text.tif"))) << maker;
+        EXPECT_EQ(tool("verify " + pdf).code, 0) << maker;
+        ASSERT_EQ(tool("repack " + pdf + " -o " + back).code, 0) << maker;
+        EXPECT_EQ(readTiff(back), readTiff(sample("text.tif"))) << maker;
+        EXPECT_NE(tool("info " + back).output.find("200 x 200 dpi"), std::string::npos) << maker;
+        ASSERT_TRUE(shell("pdfimages -png " + pdf + " " + (folder / "image")));
+        EXPECT_EQ(readPng(folder / "image-000.png"), rendered(pdf)) << maker;
+    }
+}
+
+TEST(Pdf, ParametersAreTakenAtTheirWord) {
+    const Folder folder;
+    const std::string pdf = folder / "page.pdf";
+    ASSERT_TRUE(shell("tiff2pdf -o " + pdf + " " + sample("text.tif")));
+    const std::string file = readFile(pdf), k = "/K -1";
+    ASSERT_NE(file.find(k), std::string::npos);
+    const Raster page = readTiff(sample("text.tif"));
+    const struct {
+        const char* parameters;
+        int code;
+        bool inverted;
+    } cases[] = {{"/K -4 /EndOfBlock false", 0, false},
+                 {"/K -1 /BlackIs1 true /BlackIs1 true", 0, true},
+                 {"/K -1 /EncodedByteAlign true", 3, false},
+                 {"/K -1 /EncodedByteAlign false /Rows 0", 0, false},
+                 {"/K 0", 2, false},
+                 {"/K -1 /Columns 99999999999", 3, false}};
+    for (const auto& c : cases) {
+        std::string changed = file;
+        const std::size_t at = changed.find(k);
+        changed.replace(at, k.size(), c.parameters);
+        // Of two entries with one name the last counts: the maker's own goes.
+        if (std::string(c.parameters).find("BlackIs1") != std::string::npos)
+            if (const std::size_t own = changed.find("/BlackIs1 false"); own != std::string::npos)
+                changed.erase(own, 15);
+        if (std::string(c.parameters).find("Columns") != std::string::npos)
+            if (const std::size_t own = changed.find("/Columns 1653"); own != std::string::npos) changed.erase(own, 13);
+        writeFile(pdf, changed);
+        const Outcome run = tool("render --format pnm -o - " + pdf);
+        EXPECT_EQ(run.code, c.code) << c.parameters << run.errors;
+        if (c.code != 0) continue;
+        const Raster drawn = parsePnm(run.output);
+        ASSERT_EQ(drawn.grey.size(), page.grey.size());
+        EXPECT_EQ(drawn.at(5, 5) != page.at(5, 5), c.inverted) << c.parameters;
+    }
+}
+
+TEST(Formats, DamagedFilesOfEveryKindEndInAReport) {
+    const Folder folder;
+    std::vector<std::string> files = codings(folder);
+    for (const std::string maker : {"tiff2pdf -o ", "img2pdf -o "}) {
+        files.push_back(folder / (maker.substr(0, 4) + ".pdf"));
+        ASSERT_TRUE(shell(maker + files.back() + " " + sample("text.tif")));
+    }
+    const char* const wanted = std::getenv("TILEPRESS_DAMAGED_FILES");
+    const int copies = wanted ? std::atoi(wanted) : 40;
+    std::mt19937 random(1);
+    for (const std::string& name : files) {
+        const std::string whole = readFile(name);
+        std::string list;
+        for (int i = 0; i < copies; ++i) {
+            std::string file = whole;
+            for (int changes = 0; changes < 4; ++changes) file[random() % file.size()] = static_cast<char>(random());
+            if (i % 4 == 0) file.resize(random() % file.size());
+            list += folder / ("damaged" + std::to_string(i)) + '\n';
+            writeFile(folder / ("damaged" + std::to_string(i)), file);
+        }
+        writeFile(folder / "list", list);
+        const Outcome run = tool("batch verify -j2 --page-timeout 60 <" + (folder / "list"));
+        std::istringstream lines(run.output);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_EQ(line.find("the worker"), std::string::npos) << name << line;
+        EXPECT_NE(run.code, 0) << name;
+        EXPECT_NE(run.code, -1) << name;
+    }
+}
+
+}  // namespace
