@@ -76,7 +76,7 @@ int run(int argc, char** argv) {
     addPacking(*app.add_subcommand("encode", "Code a bilevel picture, or every page of a TIFF file, as Group 4 TIFF"),
                "A bilevel PBM, PNG or TIFF file; - is standard input", encode);
     addPacking(*app.add_subcommand("repack", "Lay the pages of a TIFF file out anew, in tiles or strips of Group 4"),
-               "A bilevel TIFF file; - is standard input", repack);
+               "A black and white TIFF or PDF file; - is standard input", repack);
     std::string helpFor;
     app.add_subcommand("help", "Print this text, or that of a command")->add_option("COMMAND", helpFor)->type_name("");
     BatchCommand batch(app);

@@ -34,7 +34,7 @@ void addOutput(CLI::App& app, OutputOptions& output, bool required, const char* 
 /// The options that render and convert share.
 template <class Options>
 void addCommon(CLI::App& app, Options& options, std::vector<std::string>* inputs) {
-    addInput(app, "A Group 4 TIFF, PNG, or raw PBM, PGM or PPM file; - is standard input", options.input, inputs);
+    addInput(app, "A TIFF, PDF, PNG, or raw PBM, PGM or PPM file; - is standard input", options.input, inputs);
     addOutput(
         app, options.output, inputs == nullptr,
         "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output. {name}, {ext} and {dir} stand for "
@@ -140,7 +140,7 @@ void addPacking(CLI::App& packing, const char* input, RepackOptions& options, st
 void addVerify(CLI::App& app, VerifyOptions& options, std::vector<std::string>* inputs) {
     CLI::App& verify = *app.add_subcommand("verify", "Decode every row of every page and name what is damaged");
     if (inputs) addInputs(verify, *inputs);
-    else verify.add_option("FILE", options.files, "Group 4 TIFF files; - is standard input")->required()->type_name("");
+    else verify.add_option("FILE", options.files, "Black and white TIFF or PDF files; - is standard input")->required()->type_name("");
     addPages(verify, options.pages, "These pages only, from 1, such as 1-3,7,last");
     verify.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
     verify.add_flag("--reference", options.reference, "Compare every pixel with libtiff's decode too");
