@@ -7,8 +7,10 @@
 #include "foundation/heap.h"
 #include "kernels/vectors.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace tilepress {
 
@@ -88,19 +90,39 @@ public:
 
     /// The first `count` bits of `bits`; all others must be 0.
     void put(std::uint64_t bits, unsigned count) {
-        pending_ |= bits >> filled_;
-        filled_ += count;
-        if (filled_ < 64) return;
-        *words_++ = pending_;
-        filled_ -= 64;
-        pending_ = filled_ ? bits << (count - filled_) : 0;
+        if constexpr (kBits == 64) return append(static_cast<MachineWord>(bits), count);
+        append(static_cast<MachineWord>(bits >> 32), std::min(count, 32u));
+        if (count > 32) append(static_cast<MachineWord>(bits), count - 32);
     }
-    void flush() { *words_ = pending_; }
+    void flush() {
+        if (kBits < 64 && half_ == 0) *words_ = 0;
+        store();
+    }
 
 private:
+    static constexpr unsigned kBits = kBitsOf<MachineWord>;
+
+    void append(MachineWord bits, unsigned count) {
+        pending_ |= bits >> filled_;
+        filled_ += count;
+        if (filled_ < kBits) return;
+        store();
+        filled_ -= kBits;
+        pending_ = filled_ ? bits << (count - filled_) : 0;
+    }
+    void store() {
+        if constexpr (kBits == 64) {
+            *words_++ = pending_;
+        } else {  // the first half of a word is the high one
+            std::memcpy(reinterpret_cast<unsigned char*>(words_) + (half_ ^ 4), &pending_, sizeof pending_);
+            words_ += half_ / 4;
+            half_ ^= 4;
+        }
+    }
+
     std::uint64_t* words_;
-    std::uint64_t pending_ = 0;
-    unsigned filled_ = 0;
+    MachineWord pending_ = 0;
+    unsigned filled_ = 0, half_ = 0;
 };
 
 /// The 64 bits from `bit` on of a row of words; the word after the last one asked for is read too.
@@ -112,8 +134,8 @@ inline std::uint64_t bitsAt(const std::uint64_t* words, std::size_t bit) {
 
 /// a + b + carry, and the carry that leaves it: one word of a sum over a whole row.
 inline std::uint64_t addWords(std::uint64_t a, std::uint64_t b, std::uint64_t& carry) {
-    const std::uint64_t partial = a + b, sum = partial + carry;
-    carry = static_cast<std::uint64_t>(partial < a) | static_cast<std::uint64_t>(sum < partial);
+    const std::uint64_t sum = a + b + carry;
+    carry = ((a & b) | ((a | b) & ~sum)) >> 63;
     return sum;
 }
 
