@@ -7,6 +7,9 @@ if(TILEPRESS_SANITIZE)
   add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
+# What kernels demand of their callers is checked wherever speed does not count.
+add_compile_definitions($<$<NOT:$<CONFIG:Release>>:TILEPRESS_CHECKED>)
+
 # On 32-bit x86 the compiler's default is the x87 unit, whose 80-bit
 # intermediates round differently from every other target.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND NOT TILEPRESS_WASM)

@@ -1,5 +1,7 @@
 #include "ccitt/encode_row.h"
 
+#include "foundation/contract.h"
+
 namespace tilepress::g4 {
 namespace {
 
@@ -45,6 +47,7 @@ void encodeRow(Writer& writer, RowList reference, RowList coding) {
     const std::int32_t* const ref = reference.elements;
     const std::int32_t* const cur = coding.elements;
     const std::int32_t end = coding.elements[coding.count - 1];
+    TILEPRESS_DEMAND(isRow(reference, end) && isRow(coding, end));
     Writer out = writer;  // in registers
     std::int32_t i = 1, n = 1, a0 = 0;
     for (;;) {

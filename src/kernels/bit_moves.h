@@ -4,6 +4,7 @@
 // a time, in six moves, whatever the marks.
 
 #include "foundation/bits.h"
+#include "foundation/contract.h"
 #include "foundation/heap.h"
 #include "kernels/vectors.h"
 
@@ -49,6 +50,7 @@ public:
 
     /// The marked bits of two words, each at the front of its word; all others must be 0.
     Words2 gather(std::size_t pair, Words2 v) const {
+        TILEPRESS_DEMAND(((v[0] & ~marks_[2 * pair]) | (v[1] & ~marks_[2 * pair + 1])) == 0);
         const Pair& moves = moves_[pair];
         const auto move = [&](unsigned step) {
             const Words2 moving = v & loadLanes<Words2>(moves.before[step]);
@@ -90,6 +92,7 @@ public:
 
     /// The first `count` bits of `bits`; all others must be 0.
     void put(std::uint64_t bits, unsigned count) {
+        TILEPRESS_DEMAND(count <= 64 && (bits & ~firstBits(count)) == 0);
         if constexpr (kBits == 64) return append(static_cast<MachineWord>(bits), count);
         append(static_cast<MachineWord>(bits >> 32), std::min(count, 32u));
         if (count > 32) append(static_cast<MachineWord>(bits), count - 32);

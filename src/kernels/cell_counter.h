@@ -3,6 +3,7 @@
 // Counting the black pixels of the cells of one destination row while its source
 // rows are decoded: two additions a run, however long the run is.
 
+#include "foundation/contract.h"
 #include "foundation/heap.h"
 #include "kernels/marks.h"
 #include "tilepress/api.h"
@@ -44,6 +45,7 @@ public:
     }
 
     void add(std::size_t from, std::size_t to) {
+        TILEPRESS_DEMAND(from <= to);
         const CellEdge first = edges_[from], last = edges_[to];
         sums_[first.cell] += kCovers + first.rest;
         sums_[last.cell] -= kCovers + last.rest;

@@ -4,6 +4,7 @@
 // Whether they hold ink, and how much.
 
 #include "foundation/bits.h"
+#include "foundation/contract.h"
 #include "kernels/bit_moves.h"
 #include "kernels/bit_rows.h"
 #include "kernels/vectors.h"
@@ -184,6 +185,7 @@ inline constexpr std::size_t kFew = group <= 2 ? 8 : 16 / group;
 
 /// The total of one to kFew sums; reads eight bytes.
 inline std::uint32_t totalOfFew(const unsigned char* sums, std::size_t count) {
+    TILEPRESS_DEMAND(count >= 1 && count <= 8 && isReadable(sums, 8));
     std::uint64_t word;
     std::memcpy(&word, sums, sizeof word);
     const std::size_t others = 64 - 8 * count;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/contract.h"
+
 #include <cstdint>
 
 namespace tilepress {
@@ -7,6 +9,7 @@ namespace tilepress {
 /// The position of mark k when `marks` of them are spread over `positions`, 1 <= marks <= positions.
 /// k = marks gives `positions`.
 inline std::uint32_t markPosition(std::uint32_t k, std::uint32_t positions, std::uint32_t marks) {
+    TILEPRESS_DEMAND(marks >= 1 && k <= marks && marks <= positions);
     return static_cast<std::uint32_t>((std::uint64_t{k} * positions + marks - 1) / marks);
 }
 

@@ -3,6 +3,7 @@
 // A work row painted with runs that come in order: two bits turned over a run, however long it is.
 
 #include "foundation/bits.h"
+#include "foundation/contract.h"
 #include "foundation/heap.h"
 
 #include <algorithm>
@@ -81,6 +82,7 @@ private:
         Painting& operator=(const Painting&) = delete;
 
         void add(std::size_t from, std::size_t to) {
+            TILEPRESS_DEMAND(from <= to && to >= end);
             from = std::max(from, end);  // overlapping runs are one
             words[from / kBits] ^= bitsFrom<Word>(from % kBits);
             words[to / kBits] ^= bitsFrom<Word>(to % kBits);

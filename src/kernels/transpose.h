@@ -3,6 +3,7 @@
 // Square blocks turned about their diagonal in registers, and the sweep over a
 // whole picture in steps that the caches hold.
 
+#include "foundation/contract.h"
 #include "kernels/bit_rows.h"
 #include "kernels/pixel_rows.h"
 #include "kernels/row_writer.h"
@@ -182,6 +183,7 @@ struct BitTower {
 
 /// Bit y of to[x] = bit x of from[y] for every pixel of `width` by `height` source pixels; `to` is clear.
 inline void transposeBits(const PackedRows& to, const PackedRows& from, std::size_t width, std::size_t height) {
+    for (std::size_t x = 0; x < width; ++x) TILEPRESS_DEMAND(isClear(to[x], packedBytes(height)));
     const std::size_t rowBytes = packedBytes(width);
     for (std::size_t left = 0; left < rowBytes; left += 16)
         for (std::size_t top = 0; top < height; top += 64) {
