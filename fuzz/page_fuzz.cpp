@@ -123,7 +123,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<tp_coded> coded;
     for (std::size_t k = 0; k < tiles; ++k) {
         const auto tile = in.bytes(in.u8() < 8 ? 0 : in.left() / (tiles - k));
-        bytes.push_back(exactly(tile));
+        bytes.push_back(tile.empty() ? exactly<unsigned char>(0) : exactly(tile));
         coded.push_back({in.u8() < 4 && tile.empty() ? nullptr : bytes.back().get(), tile.size()});
     }
     tp_page* page = nullptr;
