@@ -7,6 +7,7 @@
 #include "page/tile_walk.h"
 #include "tilepress/page.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -32,6 +33,13 @@ struct PageTiles {
             (rect.left + (rect.width - 1)) / layout.tileWidth - rect.left / layout.tileWidth + 1;
         const std::uint64_t copy = order == g4::CodeOrder::ready ? 0 : longest + kCodedBack + 1;
         return g4::TileWalk::memory(layout, rect) + columns * copy;
+    }
+    /// Pixels of the page that a walk over a rectangle decodes.
+    std::uint64_t walkPixels(const g4::PageRect& rect) const {
+        const std::uint64_t first = rect.left / layout.tileWidth,
+                            last = (rect.left + (rect.width - 1)) / layout.tileWidth;
+        const std::uint64_t columns = std::min<std::uint64_t>((last - first + 1) * layout.tileWidth, layout.width);
+        return columns * (std::uint64_t{rect.top % layout.tileHeight} + rect.height);
     }
     /// For a walk; the tiles must stay.
     g4::TileSource source() const {
@@ -69,9 +77,12 @@ struct tp_page {
     tp_page& operator=(const tp_page&) = delete;
     ~tp_page() { delete relaid.load(std::memory_order_acquire); }
 
-    /// The tiles from which any part is drawn soonest.
-    const tilepress::PageTiles& quickest() const {
+    /// The tiles from which the rectangle is drawn soonest.
+    const tilepress::PageTiles& quickest(const tilepress::g4::PageRect& rect) const {
         const tilepress::RelaidTiles* const anew = relaid.load(std::memory_order_acquire);
-        return anew ? anew->grid : grid;
+        if (!anew) return grid;
+        // Pixels of small tiles take about a quarter longer.
+        const std::uint64_t pixels = anew->grid.walkPixels(rect);
+        return pixels + pixels / 4 < grid.walkPixels(rect) ? anew->grid : grid;
     }
 };

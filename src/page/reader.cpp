@@ -97,7 +97,7 @@ tp_status TILEPRESS_CALL tp_reader_open(tp_page* page, std::uint32_t left, std::
     *reader = nullptr;
     PageRect rect;
     if (!page || !partOfPage(page->info, {left, top, width, height}, rect)) return TP_E_ARGUMENT;
-    const PageTiles& tiles = page->quickest();
+    const PageTiles& tiles = page->quickest(rect);
     const CallOptions call(tiles, options);
     if (const tp_status status = call.check(page->info); status != TP_OK) return status;
     if (!call.allows(tp_reader::memory(tiles, rect))) return TP_E_LIMIT;

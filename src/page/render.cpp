@@ -179,19 +179,29 @@ private:
     std::size_t activeCount_ = 0;
 };
 
-/// Checks every view, and the memory that drawing them takes.
-tp_status check(const Views& views, const tp_page_info& page, const PageTiles& tiles, const CallOptions& call) {
-    std::uint64_t memory = 0, left = page.width, right = 0;
+/// What the views come to: a rectangle around them, and the memory of their painters.
+struct Demand {
+    PageRect around;
+    std::uint64_t memory;
+};
+
+/// Checks every view, one at least.
+tp_status check(const Views& views, const tp_page_info& page, const CallOptions& call, Demand& demand) {
+    std::uint64_t left = page.width, top = page.height, right = 0, bottom = 0;
+    demand.memory = 0;
     for (std::size_t k = 0; k < views.count(); ++k) {
         ViewPlan plan;
         if (const tp_status status = views.plan(k, page, call.limits(), plan); status != TP_OK) return status;
         if (plan.counts() && plan.rect.width / plan.cellsAcross() >= CellCounter::kWidestCell) return TP_E_TOO_LARGE;
-        memory += ViewPainter::memory(plan) + 3 * sizeof(ViewPainter*);
+        demand.memory += ViewPainter::memory(plan) + 3 * sizeof(ViewPainter*);
         left = std::min<std::uint64_t>(left, plan.rect.left);
+        top = std::min<std::uint64_t>(top, plan.rect.top);
         right = std::max(right, std::uint64_t{plan.rect.left} + plan.rect.width);
+        bottom = std::max(bottom, std::uint64_t{plan.rect.top} + plan.rect.height);
     }
-    const PageRect columns{static_cast<std::uint32_t>(left), 0, static_cast<std::uint32_t>(right - left), 1};
-    return call.allows(memory + tiles.walkMemory(columns)) ? TP_OK : TP_E_LIMIT;
+    demand.around = {static_cast<std::uint32_t>(left), static_cast<std::uint32_t>(top),
+                     static_cast<std::uint32_t>(right - left), static_cast<std::uint32_t>(bottom - top)};
+    return TP_OK;
 }
 
 }  // namespace
@@ -199,11 +209,13 @@ tp_status check(const Views& views, const tp_page_info& page, const PageTiles& t
 tp_status TILEPRESS_CALL tp_page_render(const tp_page* page, const tp_view* views, std::size_t count,
                                         tp_options* options) {
     if (!page || (!views && count > 0)) return TP_E_ARGUMENT;
-    const PageTiles& tiles = page->quickest();
-    CallOptions call(tiles, options);
+    CallOptions call(page->grid, options);
     if (const tp_status status = call.check(page->info); status != TP_OK || count == 0) return status;
     const Views all(views, count);
-    if (const tp_status status = check(all, page->info, tiles, call); status != TP_OK) return status;
+    Demand demand;
+    if (const tp_status status = check(all, page->info, call, demand); status != TP_OK) return status;
+    const PageTiles& tiles = page->quickest(demand.around);
+    if (!call.allows(demand.memory + tiles.walkMemory(demand.around))) return TP_E_LIMIT;
     Painters painters;
     if (const tp_status status = painters.create(all, page->info, call.limits()); status != TP_OK) return status;
     Drawing drawing(tiles, painters, call);
