@@ -113,7 +113,8 @@ void addConvert(CLI::App& app, ConvertOptions& options, std::vector<std::string>
 void addPacking(CLI::App& packing, const char* input, RepackOptions& options, std::vector<std::string>* inputs) {
     addInput(packing, input, options.input, inputs);
     addPages(packing, options.pages, "The pages to take, from 1, such as 1-3,7,last; all otherwise");
-    addOutput(packing, options.output, inputs == nullptr, "The TIFF file; - is standard output");
+    addOutput(packing, options.output, inputs == nullptr,
+              "The TIFF file, or, by its ending, PDF file; - is standard output");
     CLI::Option* const tile =
         packing.add_option("--tile", options.layout.tile, "Square tiles of this side, a multiple of 16; 512 otherwise")
             ->type_name("N")
@@ -140,7 +141,10 @@ void addPacking(CLI::App& packing, const char* input, RepackOptions& options, st
 void addVerify(CLI::App& app, VerifyOptions& options, std::vector<std::string>* inputs) {
     CLI::App& verify = *app.add_subcommand("verify", "Decode every row of every page and name what is damaged");
     if (inputs) addInputs(verify, *inputs);
-    else verify.add_option("FILE", options.files, "Black and white TIFF or PDF files; - is standard input")->required()->type_name("");
+    else
+        verify.add_option("FILE", options.files, "Black and white TIFF or PDF files; - is standard input")
+            ->required()
+            ->type_name("");
     addPages(verify, options.pages, "These pages only, from 1, such as 1-3,7,last");
     verify.add_flag("--json", options.json, "Print JSON: a list of files, each with a list of pages");
     verify.add_flag("--reference", options.reference, "Compare every pixel with libtiff's decode too");

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/progress.h"
 #include "files/unnamed_tiff.h"
+#include "pdf/pdf_writer.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
 #include "tiff/tiff_source.h"
@@ -109,6 +110,17 @@ struct PageInput {
     std::function<void(TIFF*)> setTags;
 };
 
+bool isPdf(const std::string& path) { return path.ends_with(".pdf") || path.ends_with(".PDF"); }
+
+/// An image of a PDF file has its codes in one piece.
+RepackOptions laidOut(RepackOptions options) {
+    if (!isPdf(options.output.path)) return options;
+    if (options.layout.tile || options.layout.stripRows)
+        throw Failure(Exit::failed, "a page of a PDF file is one strip: no --tile and no --strip-rows");
+    options.layout.singleStrip = true;
+    return options;
+}
+
 class Packer {
 public:
     explicit Packer(const RepackOptions& chosen) : options_(chosen), progress_(chosen.quiet), output_(chosen.output) {}
@@ -143,7 +155,8 @@ public:
         }
     }
     void finish() {
-        file_.copyTo(output_);
+        if (isPdf(options_.output.path)) writePdf(file_.reopened(), output_);
+        else file_.copyTo(output_);
         output_.commit();
         progress_.clear();
     }
@@ -202,7 +215,8 @@ void addPicture(Packer& packer, const InputFile& input, const RepackOptions& opt
     packer.finish();
 }
 
-int run(const RepackOptions& options, bool pictures) {
+int run(const RepackOptions& given, bool pictures) {
+    const RepackOptions options = laidOut(given);
     if (options.output.isDone()) return static_cast<int>(Exit::good);
     InputFile input(options.input);
     options.output.requireApart(input);

@@ -102,6 +102,30 @@ TEST(Pdf, PagesOfEveryMakerHaveTheSamePixels) {
     }
 }
 
+TEST(Pdf, WrittenPagesAreThoseOfTheTiff) {
+    const Folder folder;
+    const std::string pdf = folder / "pages.pdf", again = folder / "again.pdf", back = folder / "back.tif";
+    for (const std::string& name : {sample("pages.tif"), sample("negative.tif"), sample("drawing_tiled.tif")}) {
+        ASSERT_EQ(tool("repack " + name + " -o " + pdf).code, 0) << name;
+        ASSERT_EQ(tool("repack " + name + " -o " + again).code, 0) << name;
+        EXPECT_EQ(readFile(pdf), readFile(again)) << name;
+        ASSERT_EQ(tool("repack " + pdf + " -o " + back).code, 0) << name;
+        EXPECT_EQ(readTiff(back), readTiff(name)) << name;
+        ASSERT_TRUE(shell("qpdf --check " + pdf)) << name;
+        ASSERT_TRUE(shell("pdfimages -png " + pdf + " " + (folder / "image"))) << name;
+        EXPECT_EQ(readPng(folder / "image-000.png"), readTiff(name)) << name;
+    }
+    // Every way to lie on the page is that of the TIFF file.
+    for (const char* orientation : {"1", "2", "3", "4", "5", "6", "7", "8"}) {
+        const std::string turned = folder / "turned.tif";
+        ASSERT_TRUE(
+            shell("cp " + sample("text.tif") + " " + turned + " && tiffset -s 274 " + orientation + " " + turned));
+        ASSERT_EQ(tool("repack " + turned + " -o " + pdf).code, 0);
+        EXPECT_EQ(rendered(pdf + " --scale 0.2"), rendered(turned + " --scale 0.2")) << orientation;
+    }
+    EXPECT_EQ(tool("repack --tile 512 " + sample("text.tif") + " -o " + pdf).code, 1);
+}
+
 TEST(Pdf, ParametersAreTakenAtTheirWord) {
     const Folder folder;
     const std::string pdf = folder / "page.pdf";
