@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <stdexcept>
 #include <string>
 
@@ -29,6 +30,9 @@ constexpr Exit worse(Exit a, Exit b) {
     };
     return weight(a) < weight(b) ? b : a;
 }
+
+/// The end that a library's failure means, right after it: a limit where the system had no memory for it.
+inline Exit exitByReason(int systemError, Exit otherwise) { return systemError == ENOMEM ? Exit::tooLarge : otherwise; }
 
 /// Ends a command with a message and a code.
 class Failure : public std::runtime_error {

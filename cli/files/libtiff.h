@@ -6,7 +6,6 @@
 
 #include <tiffio.h>
 
-#include <cerrno>
 #include <cstdarg>
 #include <memory>
 #include <string>
@@ -33,7 +32,7 @@ public:
     /// ": " and the complaint, or nothing.
     std::string reason() const { return first_.empty() ? "" : ": " + first_; }
     /// The failure's code: a limit where libtiff had no memory.
-    Exit code(Exit otherwise) const { return systemError_ == ENOMEM ? Exit::tooLarge : otherwise; }
+    Exit code(Exit otherwise) const { return exitByReason(systemError_, otherwise); }
     /// What the system had against it, as errno has it; 0 for nothing.
     int systemError() const { return systemError_; }
 

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <png.h>
 
+#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 
@@ -18,7 +19,7 @@ public:
         const bool good = file_ && info_ && readHeader();
         if (!good) {
             close();
-            throw Failure(Exit::failed, fmt::format("{}: {}", name_, message_));
+            fail();
         }
         if (interlaced_) {
             close();
@@ -30,16 +31,20 @@ public:
     PngReader& operator=(const PngReader&) = delete;
 
     void nextRow(unsigned char* row) override {
-        if (!readRow(row)) throw Failure(Exit::failed, fmt::format("{}: {}", name_, message_));
+        if (!readRow(row)) fail();
     }
 
 private:
     [[noreturn]] static void onError(png_structp png, png_const_charp text) {
         auto& reader = *static_cast<PngReader*>(png_get_error_ptr(png));
+        reader.systemError_ = errno;
         std::snprintf(reader.message_, sizeof reader.message_, "%s", text);
         png_longjmp(png, 1);
     }
     static void onWarning(png_structp, png_const_charp) {}
+    [[noreturn]] void fail() const {
+        throw Failure(exitByReason(systemError_, Exit::failed), fmt::format("{}: {}", name_, message_));
+    }
 
     void close() {
         png_destroy_read_struct(&png_, &info_, nullptr);
@@ -48,12 +53,14 @@ private:
     }
 
     bool readRow(unsigned char* row) {
+        errno = 0;
         if (setjmp(png_jmpbuf(png_))) return false;
         png_read_row(png_, row, nullptr);
         return true;
     }
 
     bool readHeader() {
+        errno = 0;
         if (setjmp(png_jmpbuf(png_))) return false;
         png_init_io(png_, file_);
         png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
@@ -107,6 +114,7 @@ private:
     png_infop info_;
     bool interlaced_ = false;
     char message_[256] = "cannot be read";
+    int systemError_ = 0;  ///< when that was said
 };
 
 }  // namespace

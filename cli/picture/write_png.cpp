@@ -25,6 +25,7 @@ struct Writer {
 
     [[noreturn]] static void onError(png_structp png, png_const_charp message) {
         auto& writer = *static_cast<Writer*>(png_get_error_ptr(png));
+        writer.systemError = errno;
         std::snprintf(writer.message, sizeof writer.message, "%s", message);
         png_longjmp(png, 1);
     }
@@ -39,6 +40,7 @@ struct Writer {
     png_infop info;
     std::FILE* file;
     char message[256] = "not enough memory";
+    int systemError = ENOMEM;  ///< when that was said
 };
 
 void setPalette(const Writer& writer, const ColorMap& map) {
@@ -61,6 +63,7 @@ int colourType(Pixels pixels) {
 
 bool write(Writer& writer, const Picture& picture, unsigned char* row, Progress& progress) {
     png_structp const png = writer.png;
+    errno = 0;
     if (setjmp(png_jmpbuf(png))) return false;
     const Size size = picture.size();
     const Pixels pixels = picture.pixels();
@@ -93,5 +96,6 @@ void writePng(const Picture& picture, OutputFile& file, Progress& progress) {
     Writer writer(file.stream());
     const auto row = rowBuffer(picture);
     if (!writer.info || !write(writer, picture, row.get(), progress))
-        throw Failure(Exit::failed, fmt::format("PNG cannot be written: {}", writer.message));
+        throw Failure(exitByReason(writer.systemError, Exit::failed),
+                      fmt::format("PNG cannot be written: {}", writer.message));
 }

@@ -130,6 +130,33 @@ TEST(PageList, ThatEndsNowhereIsReportedAndUsedAsFarAsItGoes) {
     }
 }
 
+TEST(Verify, FindsTheDamagedPageBehindOthers) {
+    const Folder folder;
+    const std::string file = folder / "pages.tif";
+    std::string lzw = tinyTiff(8, 1, "x");
+    setTag(lzw, 259, 5);
+    writeFile(file, lzw);
+    for (const std::string& strip : {codes("0000001111 " + kRow), codes(kRow + kEndOfBlock)}) {
+        TIFF* const tiff = TIFFOpen(file.c_str(), "a");
+        for (const auto& [tag, value] : {std::pair(TIFFTAG_IMAGEWIDTH, 8),
+                                         {TIFFTAG_IMAGELENGTH, 1},
+                                         {TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4},
+                                         {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}})
+            TIFFSetField(tiff, std::uint32_t(tag), value);
+        std::string bytes = strip;
+        TIFFWriteRawStrip(tiff, 0, bytes.data(), tmsize_t(bytes.size()));
+        TIFFClose(tiff);
+    }
+    const Outcome run = tool("verify --json " + file + " " + sample("text.tif"));
+    EXPECT_EQ(run.code, 2);
+    const auto files = nlohmann::json::parse(run.output);
+    EXPECT_EQ(files[0]["pages"][0]["error"]["code"], 3);
+    EXPECT_EQ(files[0]["pages"][1]["damaged"].size(), 1u);
+    EXPECT_EQ(files[0]["pages"][2]["damaged"].size(), 0u);
+    EXPECT_EQ(files[1]["pages"].size(), 1u);
+    EXPECT_EQ(tool("verify " + file + " /no/such/file").code, 2) << "damage is the most serious";
+}
+
 /// Every key of what is said about files stands in the schema with its type, and what it requires is there.
 void expectValid(const nlohmann::json& value, const nlohmann::json& schema, const nlohmann::json& root) {
     if (schema.contains("$ref")) {
