@@ -24,13 +24,7 @@ std::uint32_t padding(std::uint64_t size, std::uint32_t unit) {
 }
 
 /// The pixel block: the caller's, or a clear one. Null when memory runs out.
-void* takeBlock(std::uint64_t bytes, void* given) {
-    if (given) return given;
-    void* block = nullptr;
-    if (MemAllocate(0, static_cast<std::size_t>(bytes), 0, &block) != 0) return nullptr;
-    std::memset(block, 0, static_cast<std::size_t>(bytes));
-    return block;
-}
+void* takeBlock(std::uint64_t bytes, void* given) { return given ? given : allocate<unsigned char>(bytes); }
 
 /// Sets `bytesPerLine` and the sizes that follow from it; false when they do not fit their words.
 template <class Header>
