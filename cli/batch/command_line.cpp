@@ -3,6 +3,8 @@
 #include "commands/command_line.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -16,7 +18,8 @@ constexpr const char* kFooter =
 std::string describe(const CLI::App& job) {
     std::string text = job.get_name();
     for (const CLI::Option* const option : job.get_options()) {
-        if (option->count() == 0 || option->get_name() == "INPUT") continue;
+        constexpr std::string_view kOthers[] = {"INPUT", "--quiet", "--stats", "--force"};
+        if (option->count() == 0 || std::ranges::find(kOthers, option->get_name()) != std::end(kOthers)) continue;
         text += ' ' + option->get_name();
         for (const std::string& value : option->results()) text += ' ' + value;
     }

@@ -265,7 +265,7 @@ TEST(Resume, RepeatsWhatIsNotWhole) {
     fs::remove(out + "page2.ppm");
     writeFile(log, readFile(log) + "{\"file\":\"half a li");
     writeFile(folder / "in/page3.pbm", "P4\n8 1\n\x0F");
-    const Outcome run = tool(command + " --resume");
+    const Outcome run = tool(command + " --resume --stats");
     ASSERT_EQ(run.code, 0) << run.errors;
     EXPECT_NE(run.errors.find("3 done, 0 failed, 3 there already"), std::string::npos) << run.errors;
     EXPECT_EQ(lines(readFile(log)).size(), 6u);
