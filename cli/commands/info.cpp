@@ -3,7 +3,7 @@
 #include "base/console.h"
 #include "base/failure.h"
 #include "base/file_reports.h"
-#include "tiff/tiff_source.h"
+#include "sources/open_pages.h"
 
 #include <fmt/format.h>
 

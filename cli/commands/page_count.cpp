@@ -3,7 +3,7 @@
 #include "base/failure.h"
 #include "base/guarded.h"
 #include "base/output_pattern.h"
-#include "tiff/page_source.h"
+#include "sources/open_pages.h"
 
 #include <fmt/format.h>
 

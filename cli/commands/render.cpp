@@ -5,7 +5,7 @@
 #include "base/stats.h"
 #include "commands/page_count.h"
 #include "picture/picture_writer.h"
-#include "tiff/drawable.h"
+#include "sources/drawable.h"
 
 #include <cmath>
 #include <utility>

@@ -4,9 +4,9 @@
 #include "base/progress.h"
 #include "files/unnamed_tiff.h"
 #include "pdf/pdf_writer.h"
+#include "sources/open_pages.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
-#include "tiff/tiff_source.h"
 
 #include <fmt/format.h>
 

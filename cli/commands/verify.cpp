@@ -4,8 +4,8 @@
 #include "base/failure.h"
 #include "base/file_reports.h"
 #include "picture/picture.h"
+#include "sources/open_pages.h"
 #include "tiff/g4_page.h"
-#include "tiff/tiff_source.h"
 
 #include <fmt/format.h>
 

@@ -1,15 +1,12 @@
 #include "tiff/page_source.h"
 
 #include "base/failure.h"
-#include "pdf/pdf_source.h"
 #include "tiff/packed_rows.h"
 #include "tiff/page_api.h"
-#include "tiff/tiff_source.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <utility>
 
 std::uint32_t TiffPage::rowsOfTile(std::uint32_t k) const {
     return std::min(tile.height, size.height - k / tilesAcross * tile.height);
@@ -55,9 +52,4 @@ TiffPage PageSource::codedPage(unsigned number) {
 void PageSource::readTile(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
     if (recoded_.empty()) readStored(k, buffer, bytes);
     else std::copy_n(recoded_.begin(), bytes, buffer);
-}
-
-std::unique_ptr<PageSource> openPages(InputFile input) {
-    if (input.kind() == InputFile::Kind::pdf) return std::make_unique<PdfSource>(std::move(input));
-    return std::make_unique<TiffSource>(std::move(input));
 }

@@ -84,6 +84,3 @@ private:
     std::uint64_t fileBytes_;
     std::vector<unsigned char> recoded_;
 };
-
-/// A TIFF or PDF file.
-std::unique_ptr<PageSource> openPages(InputFile input);

@@ -1,7 +1,8 @@
-#include "tiff/drawable.h"
+#include "sources/drawable.h"
 
 #include "base/failure.h"
 #include "picture/picture_reader.h"
+#include "sources/open_pages.h"
 #include "tiff/g4_page.h"
 
 #include <fmt/format.h>
