@@ -7,6 +7,7 @@
 #include "sources/open_pages.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
+#include "tiff/tiff_source.h"
 
 #include <fmt/format.h>
 

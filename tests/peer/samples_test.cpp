@@ -1,5 +1,5 @@
 #include "peer/tiff_pages.h"
-#include "readme_example.h"
+#include "readme_example_cpp.h"
 
 #include <gtest/gtest.h>
 
