@@ -35,12 +35,16 @@ void addOutput(CLI::App& app, OutputOptions& output, bool required, const char* 
 template <class Options>
 void addCommon(CLI::App& app, Options& options, std::vector<std::string>* inputs) {
     addInput(app, "A TIFF, PDF, PNG, or raw PBM, PGM or PPM file; - is standard input", options.input, inputs);
-    addOutput(
-        app, options.output, inputs == nullptr,
-        "The picture: .png, .pbm, .pgm, .ppm, .pnm or .tif; - is standard output. {name}, {ext} and {dir} stand for "
-        "parts of the input's name, {page} or %03d for the page");
+    addOutput(app, options.output, inputs == nullptr,
+              "The picture: .png, .pbm, .pgm, .ppm, .pnm, .tif, .jpg or .webp; - is standard output. {name}, {ext} and "
+              "{dir} stand for "
+              "parts of the input's name, {page} or %03d for the page");
     app.add_option("--format", options.format, "The picture's format, whatever the ending of its name; PNG for -")
         ->type_name("FORMAT");
+    app.add_option("--quality", options.quality,
+                   "Of JPEG, 85 otherwise, or of WebP, which keeps every pixel otherwise: 1 to 100")
+        ->check(CLI::Range(1, 100))
+        ->type_name("N");
     addPages(app, options.pages, "The pages of a file, from 1, such as 1-3,7,last or all; the first otherwise");
     app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")
         ->capture_default_str()

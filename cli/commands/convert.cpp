@@ -31,8 +31,7 @@ Picture converted(Picture picture, Pixels to) {
 int convertOne(const ConvertOptions& options, InputFile input) {
     Stats stats;
     Progress progress(options.quiet);
-    const Format format = chooseFormat(options.format, options.output.path);
-    requireFormat(format, options.to);
+    const Coding coding(options.format, options.output.path, options.quality);
     const auto source = openDrawable(std::move(input), options.page);
     const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
     Drawing whole;
@@ -40,6 +39,7 @@ int convertOne(const ConvertOptions& options, InputFile input) {
     whole.orientation = shown.orientation;
     whole.target = shown.stretched(shown.size);
     requirePixels("the picture", whole.target, options.maxPixels);
+    coding.require(options.to, whole.target);
     Drawn drawn = source->draw(whole, false, progress);
     drawn.picture.dpiX = shown.dpiX * shown.stretchX;
     drawn.picture.dpiY = shown.dpiY * shown.stretchY;
@@ -47,7 +47,7 @@ int convertOne(const ConvertOptions& options, InputFile input) {
     const Picture picture = converted(std::move(drawn.picture), options.to);
     stats.compressedBytes = drawn.compressedBytes;
     stats.expandedBytes = picture.rowBytes() * picture.size().height;
-    writePicture(picture, options.output, format, progress);
+    writePicture(picture, options.output, coding, progress);
     progress.clear();
     if (options.stats) stats.print(picture.size());
     for (const std::string& remark : drawn.remarks) complain(remark);

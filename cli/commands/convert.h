@@ -4,10 +4,12 @@
 #include "files/output_file.h"
 #include "picture/drawing.h"
 
+#include <optional>
 #include <string>
 
 struct ConvertOptions {
     std::string input, format;
+    std::optional<int> quality;  ///< 1 to 100, of JPEG and WebP
     OutputOptions output;
     ShowOptions show;
     PageList pages{"1"};

@@ -19,7 +19,7 @@ Size targetSize(const RenderOptions& options, Size from) {
 }
 
 /// Everything that can be refused before a pixel is read.
-Drawing plan(const RenderOptions& options, const Shown& shown, Pixels pixels, Format format) {
+Drawing plan(const RenderOptions& options, const Shown& shown, Pixels pixels, const Coding& coding) {
     requirePixels("the page", shown.stored, options.maxInputPixels);
     Drawing drawing;
     const Rect rect = options.rect.value_or(Rect{0, 0, shown.size.width, shown.size.height});
@@ -37,7 +37,7 @@ Drawing plan(const RenderOptions& options, const Shown& shown, Pixels pixels, Fo
     if (reduces && options.mode == Mode::copy)
         throw Failure(Exit::failed, "--mode copy keeps every pixel: it does not go with a reduction");
     const bool becomesGrey = pixels == Pixels::bilevel && reduces && options.mode == Mode::grey;
-    requireFormat(format, becomesGrey ? Pixels::grey : pixels);
+    coding.require(becomesGrey ? Pixels::grey : pixels, to);
     return drawing;
 }
 
@@ -49,12 +49,12 @@ void setResolution(Picture& picture, const Shown& shown, const Drawing& drawing)
 }
 
 int renderOne(const RenderOptions& options, InputFile input) {
-    const Format format = chooseFormat(options.format, options.output.path);
+    const Coding coding(options.format, options.output.path, options.quality);
     Stats stats;
     Progress progress(options.quiet);
     const auto source = openDrawable(std::move(input), options.page);
     const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
-    const Drawing drawing = plan(options, shown, source->pixels, format);
+    const Drawing drawing = plan(options, shown, source->pixels, coding);
     Drawn drawn = source->draw(drawing, options.salvage, progress);
     stats.compressedBytes = drawn.compressedBytes;
     stats.expandedBytes = expandedBytes(drawing.rect.size(), source->pixels);
@@ -62,7 +62,7 @@ int renderOne(const RenderOptions& options, InputFile input) {
     progress.show("turning");
     Picture picture = turned(std::move(drawn.picture), drawing);
     if (std::lround(drawing.angle / 90) % 2 != 0) std::swap(picture.dpiX, picture.dpiY);
-    writePicture(picture, options.output, format, progress);
+    writePicture(picture, options.output, coding, progress);
     progress.clear();
     if (options.stats) stats.print(picture.size());
     for (const std::string& remark : drawn.remarks) complain(remark);

@@ -11,6 +11,7 @@
 
 struct RenderOptions {
     std::string input, format;
+    std::optional<int> quality;  ///< 1 to 100, of JPEG and WebP
     OutputOptions output;
     ShowOptions show;
     PageList pages{"1"};

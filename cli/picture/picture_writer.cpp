@@ -6,45 +6,76 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <utility>
 
 namespace {
 
-constexpr std::pair<const char*, Format> kNames[] = {{"png", Format::png},  {"pbm", Format::pbm}, {"pgm", Format::pgm},
-                                                     {"ppm", Format::ppm},  {"pnm", Format::pnm}, {"tif", Format::tiff},
-                                                     {"tiff", Format::tiff}};
+struct Kind {
+    const char* ending;
+    Format format;
+    const char* name;
+    std::uint32_t mostSide = 0;  ///< the longest side it can hold; 0: no shorter than ours
+    bool hasQuality = false;
+};
 
-}  // namespace
+constexpr Kind kKinds[] = {{"png", Format::png, "PNG"},
+                           {"pbm", Format::pbm, "PBM"},
+                           {"pgm", Format::pgm, "PGM"},
+                           {"ppm", Format::ppm, "PPM"},
+                           {"pnm", Format::pnm, "PNM"},
+                           {"tif", Format::tiff, "TIFF"},
+                           {"tiff", Format::tiff, "TIFF"},
+                           {"jpg", Format::jpeg, "JPEG", 65500, true},
+                           {"jpeg", Format::jpeg, "JPEG", 65500, true},
+                           {"webp", Format::webp, "WebP", 16383, true}};
 
-Format chooseFormat(const std::string& name, const std::string& path) {
+const Kind& kindByName(const std::string& name, const std::string& path) {
     std::string ending = name;
-    if (ending.empty() && path == "-") return Format::png;
+    if (ending.empty() && path == "-") ending = "png";
     if (ending.empty()) {
         const auto dot = path.find_last_of("./");
         if (dot != std::string::npos && path[dot] == '.') ending = path.substr(dot + 1);
     }
     std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    for (const auto& [known, format] : kNames)
-        if (ending == known) return format;
+    const auto* const kind = std::ranges::find_if(kKinds, [&](const Kind& known) { return ending == known.ending; });
+    if (kind != std::end(kKinds)) return *kind;
     throw Failure(Exit::failed, fmt::format("{}: the picture's format is not known by '{}'; known are png, pbm, pgm, "
-                                            "ppm, pnm and tif",
+                                            "ppm, pnm, tif, jpg and webp",
                                             path, ending));
 }
 
-void requireFormat(Format format, Pixels pixels) {
+const Kind& kindOf(Format format) { return *std::ranges::find(kKinds, format, &Kind::format); }
+
+}  // namespace
+
+Coding::Coding(const std::string& name, const std::string& path, std::optional<int> chosen)
+    : format(kindByName(name, path).format), quality(chosen) {
+    if (quality && !kindOf(format).hasQuality)
+        throw Failure(Exit::failed,
+                      fmt::format("{} keeps every pixel: --quality is for JPEG and WebP", kindOf(format).name));
+}
+
+void Coding::require(Pixels pixels, Size size) const {
     if (format == Format::pbm && pixels != Pixels::bilevel)
         throw Failure(Exit::failed, "PBM holds black and white only; choose PGM or PNG, or --mode ink");
     if (format == Format::pgm && pixels != Pixels::bilevel && pixels != Pixels::grey)
         throw Failure(Exit::failed, "PGM holds greys only; choose PPM or PNG");
+    const Kind& kind = kindOf(format);
+    if (kind.mostSide > 0 && std::max(size.width, size.height) > kind.mostSide)
+        throw Failure(Exit::tooLarge, fmt::format("{} holds at most {} pixels a side, and the picture has {} x {}; "
+                                                  "choose PNG or TIFF, or a smaller size",
+                                                  kind.name, kind.mostSide, size.width, size.height));
 }
 
-void writePicture(const Picture& picture, const OutputOptions& output, Format format, Progress& progress) {
-    requireFormat(format, picture.pixels());
+void writePicture(const Picture& picture, const OutputOptions& output, const Coding& coding, Progress& progress) {
+    coding.require(picture.pixels(), picture.size());
     OutputFile file(output);
-    if (format == Format::png) writePng(picture, file, progress);
-    else if (format == Format::tiff) writeTiff(picture, file, progress);
-    else writePnm(picture, file, format, progress);
+    switch (coding.format) {
+    case Format::png: writePng(picture, file, progress); break;
+    case Format::tiff: writeTiff(picture, file, progress); break;
+    case Format::jpeg: writeJpeg(picture, file, coding.quality, progress); break;
+    case Format::webp: writeWebp(picture, file, coding.quality, progress); break;
+    default: writePnm(picture, file, coding.format, progress);
+    }
     file.commit();
 }

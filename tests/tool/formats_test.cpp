@@ -6,9 +6,11 @@
 #include <tiffio.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -190,6 +192,73 @@ TEST(Formats, DamagedFilesOfEveryKindEndInAReport) {
             EXPECT_EQ(line.find("the worker"), std::string::npos) << name << line;
         EXPECT_NE(run.code, 0) << name;
         EXPECT_NE(run.code, -1) << name;
+    }
+}
+
+/// The largest and the mean difference of bytes; large where the lengths differ.
+std::pair<int, double> differences(const std::string& a, const std::string& b) {
+    if (a.size() != b.size() || a.empty()) return {256, 256};
+    int largest = 0;
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const int difference = std::abs(static_cast<unsigned char>(a[i]) - static_cast<unsigned char>(b[i]));
+        largest = std::max(largest, difference);
+        sum += difference;
+    }
+    return {largest, sum / static_cast<double>(a.size())};
+}
+
+// Decoded by the formats' own tools: the pixels that the portable formats have.
+TEST(Formats, ViewsInJpegAndWebpShowTheSamePixels) {
+    const Folder folder;
+    const std::string colours = folder / "colours.ppm";
+    std::string pixels = "P6\n61 47\n255\n";
+    for (int y = 0; y < 47; ++y)
+        for (int x = 0; x < 61; ++x) pixels += {char(x * 4), char(y * 5), char(250 - x * 2 - y)};
+    writeFile(colours, pixels);
+    const std::string bits = sample("text.tif --rect 180,300,301,77"), grey = sample("halftone.tif --scale 0.2");
+    const struct {
+        std::string picture, ending, quality;
+        int largest;  ///< of the differences that are allowed
+        double mean;
+    } views[] = {{bits, "webp", "", 0, 0},
+                 {grey, "webp", "", 0, 0},
+                 {colours, "webp", "", 0, 0},
+                 {colours, "webp", "--quality 90", 30, 3},
+                 {bits, "jpg", "--quality 100", 6, 1},
+                 {grey, "jpg", "", 60, 6},
+                 {grey, "jpeg", "--quality 100", 4, 1},
+                 {colours, "jpg", "--quality 95", 16, 2}};
+    for (const auto& view : views) {
+        const std::string file = folder / ("view." + view.ending), name = view.picture + " " + file + view.quality;
+        const std::string portable = view.ending != "webp" && view.picture != colours ? "pgm" : "ppm";
+        ASSERT_EQ(tool("render " + view.picture + " " + view.quality + " -o " + file).code, 0) << name;
+        const std::string decoder = view.ending == "webp" ? "dwebp -ppm -o " : "djpeg -pnm -outfile ";
+        ASSERT_TRUE(shell(decoder + (folder / "decoded") + " " + file)) << name;
+        const Outcome expected = tool("render " + view.picture + " --format " + portable + " -o -");
+        const auto [largest, mean] = differences(readFile(folder / "decoded"), expected.output);
+        EXPECT_LE(largest, view.largest) << name;
+        EXPECT_LE(mean, view.mean) << name;
+    }
+}
+
+TEST(Formats, ViewsAreRefusedBeforeAnythingIsWritten) {
+    const Folder folder;
+    const std::string text = sample("text.tif");
+    const struct {
+        std::string arguments, message;
+        int code;
+    } cases[] = {{"render " + text + " --size 16384x1 -o a.webp", "WebP holds at most 16383", 4},
+                 {"render " + text + " --size 1x65501 -o a.jpg", "JPEG holds at most 65500", 4},
+                 {"convert " + text + " --to rgb --quality 9 -o a.png", "--quality is for JPEG and WebP", 1},
+                 {"render " + text + " --quality 0 -o a.jpg", "--quality", 1},
+                 {"render " + text + " --format jpg -o /dev/full", "No space left", 1},
+                 {"render " + text + " --format webp -o /dev/full", "No space left", 1}};
+    for (const auto& refused : cases) {
+        const Outcome run = tool(refused.arguments, "cd " + (folder / "") + ";");
+        EXPECT_EQ(run.code, refused.code) << refused.arguments;
+        EXPECT_NE(run.errors.find(refused.message), std::string::npos) << run.errors;
+        EXPECT_TRUE(folder.names().empty()) << refused.arguments;
     }
 }
 
