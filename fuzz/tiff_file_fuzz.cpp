@@ -4,6 +4,7 @@
 #include "input.h"
 #include "tiff/g4_page.h"
 #include "tiff/row_source.h"
+#include "tiff/tiff_source.h"
 
 #include <fmt/format.h>
 #include <sys/mman.h>
