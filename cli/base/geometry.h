@@ -33,5 +33,7 @@ Size shownSize(Size stored, std::uint32_t orientation);
 /// Where a rectangle of the shown page is stored.
 Rect storedRect(const Rect& shown, Size stored, std::uint32_t orientation);
 
+/// Whether a side becomes shorter.
+constexpr bool reduces(Size from, Size to) { return to.width < from.width || to.height < from.height; }
 Size scaled(Size from, double factor);  ///< rounded up
 Size fitted(Size from, Size box);       ///< the largest of the same shape in the box, at least 1 x 1

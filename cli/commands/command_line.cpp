@@ -81,9 +81,18 @@ void addRender(CLI::App& app, RenderOptions& options, std::vector<std::string>* 
         ->excludes(scale)
         ->excludes(size);
     size->excludes(scale);
-    addChoice<Mode>(render, "--mode", options.mode, {{"grey", Mode::grey}, {"ink", Mode::ink}, {"copy", Mode::copy}},
-                    "How to reduce black and white: to greys (the default), to black and white without losing "
-                    "foreground, or not at all");
+    render.add_option("--dpi", options.dpi, "So many pixels to the inch, by the page's resolution")
+        ->type_name("N")
+        ->check(CLI::Range(0.01, 1e6))
+        ->excludes(scale)
+        ->excludes(size)
+        ->excludes("--fit");
+    addChoice<Mode>(
+        render, "--mode", options.mode,
+        {{"grey", Mode::grey}, {"ink", Mode::ink}, {"copy", Mode::copy}, {"area", Mode::area}},
+        "How to reduce black and white: to greys (the default), to black and white without losing "
+        "foreground, or not at all. area also takes means of greys and colours, which are reduced by leaving out "
+        "pixels otherwise");
     addChoice<ImgMirT>(render, "--mirror", options.mirror, {{"x", ImgMirX}, {"y", ImgMirY}},
                        "x: top and bottom change places; y: left and right");
     render.add_option("--rotate", options.angle, "Turn counter-clockwise; the corners that leave the picture are cut")

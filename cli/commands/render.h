@@ -17,7 +17,7 @@ struct RenderOptions {
     PageList pages{"1"};
     unsigned page = 1;  ///< of them, the one at hand
     std::optional<Rect> rect;
-    std::optional<double> factor;
+    std::optional<double> factor, dpi;
     std::optional<Size> size, fit;
     Mode mode = Mode::grey;
     Background background = Background::automatic;

@@ -1,8 +1,11 @@
 #include "picture/drawing.h"
 
+#include "picture/area_average.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -56,6 +59,8 @@ Picture scaled(Picture picture, const Drawing& drawing) {
         if (blackGround) picture.invert();
         picture.bilevel().setBackgroundColor(0);
     }
+    if (!bilevel && drawing.mode == Mode::area && reduces(picture.size(), drawing.target))
+        return averaged(picture, drawing.target);
     ImgScaleAttr attr{drawing.mode == Mode::grey ? 32u : 1u};
     Picture result =
         pictureOf(picture.image->scale(picture.image->getRect(), drawing.target.width, drawing.target.height, attr),
@@ -82,4 +87,14 @@ Picture turned(Picture picture, const Drawing& drawing) {
     replace(picture.image->rotate(angle));
     if (exchange) picture.invert();
     return picture;
+}
+
+Picture upright(Picture picture, std::uint32_t orientation) {
+    // By what mirror and turn each of the eight is shown.
+    constexpr std::pair<ImgMirT, double> kTurns[] = {{ImgMirT{}, 0}, {ImgMirY, 0},   {ImgMirT{}, 180},
+                                                     {ImgMirX, 0},   {ImgMirY, 90},  {ImgMirT{}, 270},
+                                                     {ImgMirY, 270}, {ImgMirT{}, 90}};
+    Drawing drawing;
+    std::tie(drawing.mirror, drawing.angle) = kTurns[(orientation - 1) % 8];
+    return turned(std::move(picture), drawing);
 }

@@ -4,8 +4,8 @@
 
 #include "picture/picture.h"
 
-/// How bilevel pages are reduced.
-enum class Mode { grey, ink, copy };
+/// How pages are reduced. Greys and colours: area takes means, the others take one pixel of many.
+enum class Mode { grey, ink, copy, area };
 /// Which displayed colour counts as the page's ground.
 enum class Background { automatic, white, black };
 
@@ -44,6 +44,9 @@ struct Drawing {
 
 /// The whole of an uncompressed picture at the drawing's target size.
 Picture scaled(Picture picture, const Drawing& drawing);
+
+/// As TIFF's orientation tag says that it is shown.
+Picture upright(Picture picture, std::uint32_t orientation);
 
 /// Mirrored, then turned.
 Picture turned(Picture picture, const Drawing& drawing);

@@ -59,7 +59,7 @@ public:
     }
     Drawn draw(const Drawing& drawing, bool, Progress& progress) override {
         progress.show("reading");
-        Picture whole = reader_->read(drawing.rect);
+        Picture whole = upright(reader_->read(drawing.rect), drawing.orientation);
         progress.show("scaling");
         return {scaled(std::move(whole), drawing), bytes_, {}, false};
     }

@@ -4,6 +4,12 @@
 
 #include "support.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace {
 
 struct Page {
@@ -183,6 +189,84 @@ TEST(Convert, KeepsColours) {
     ASSERT_EQ(tool("convert --to rgb -o " + (folder / "out.png ") + (folder / "in.ppm")).code, 0);
     const Outcome back = tool("render --format ppm -o - " + (folder / "out.png"));
     EXPECT_EQ(back.output, red);
+}
+
+TEST(Dpi, GivesTheSizeByThePagesResolution) {
+    const Folder folder;
+    const std::string fax = folder / "fax.tif", plain = folder / "plain.pgm", out = folder / "out.png";
+    // 204 by 98 pixels to the inch, as a page of 2 x 1 inches that is shown turned.
+    ASSERT_EQ(tool("render " + sample("text.tif --rect 0,0,408,98 -o ") + fax).code, 0);
+    ASSERT_EQ(
+        std::system(
+            ("tiffset -s 282 204 " + fax + " && tiffset -s 283 98 " + fax + " && tiffset -s 274 6 " + fax).c_str()),
+        0);
+    ASSERT_EQ(tool("render " + fax + " --dpi 50 -o " + out).code, 0);
+    EXPECT_EQ(readPng(out).width, 50u);
+    EXPECT_EQ(readPng(out).height, 100u);
+    ASSERT_EQ(tool("render " + out + " --dpi 25 -o " + (folder / "half.png")).code, 0);
+    EXPECT_EQ(readPng(folder / "half.png").height, 50u) << "the picture has the resolution asked for";
+    ASSERT_EQ(tool("render " + out + " -o " + plain).code, 0);
+    const Outcome none = tool("render " + plain + " --dpi 50 -o " + out);
+    EXPECT_EQ(none.code, 1);
+    EXPECT_NE(none.errors.find("no resolution"), std::string::npos) << none.errors;
+}
+
+TEST(Orientation, OfGreysIsAsOfBlackAndWhite) {
+    const Folder folder;
+    const std::string bits = folder / "bits.tif", grey = folder / "grey.tif", bytes = folder / "grey.pgm";
+    ASSERT_EQ(tool("render " + sample("text.tif --rect 180,300,301,77 -o ") + bits).code, 0);
+    ASSERT_EQ(tool("render " + bits + " -o " + bytes).code, 0);
+    ASSERT_EQ(tool("render " + bytes + " -o " + grey).code, 0);
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        for (const std::string& file : {bits, grey})
+            ASSERT_EQ(std::system(("tiffset -s 274 " + std::to_string(orientation) + " " + file).c_str()), 0);
+        for (const std::string how : {"", " --rect 5,7,60,40"})
+            EXPECT_EQ(rendered(grey + how), rendered(bits + how)) << orientation << how;
+    }
+}
+
+constexpr std::uint32_t kWidth = 61, kHeight = 47;
+
+unsigned char component(std::uint32_t x, std::uint32_t y, std::uint32_t i) {
+    return static_cast<unsigned char>(x * x * (i + 3) + y * 31 * (i + 1) + x * y);
+}
+
+/// The mean of what cell (j, k) of w x h covers.
+double meanOfCell(std::uint32_t j, std::uint32_t k, std::uint32_t w, std::uint32_t h, std::uint32_t i) {
+    const auto overlap = [](double cell, double cells, double at, double positions) {
+        const double begin = std::max(cell / cells, at / positions);
+        return std::max(0.0, std::min((cell + 1) / cells, (at + 1) / positions) - begin);
+    };
+    double mean = 0;
+    for (std::uint32_t y = 0; y < kHeight; ++y)
+        for (std::uint32_t x = 0; x < kWidth; ++x)
+            mean += overlap(j, w, x, kWidth) * overlap(k, h, y, kHeight) * component(x, y, i);
+    return mean * w * h;
+}
+
+TEST(Area, IsTheMeanOfWhatAPixelCovers) {
+    const Folder folder;
+    const std::pair<std::uint32_t, std::uint32_t> sizes[] = {{20, 13}, {1, 1}, {60, 47}, {90, 11}};
+    for (const std::string format : {"ppm", "pgm"}) {
+        const std::uint32_t components = format == "ppm" ? 3 : 1;
+        std::string bytes = components == 3 ? "P6\n61 47\n255\n" : "P5\n61 47\n255\n";
+        for (std::uint32_t p = 0; p < kWidth * kHeight * components; ++p)
+            bytes += static_cast<char>(component(p / components % kWidth, p / components / kWidth, p % components));
+        writeFile(folder / "in", bytes);
+        for (const auto& [w, h] : sizes) {
+            const std::string size = std::to_string(w) + "x" + std::to_string(h) + " ";
+            const std::string out =
+                tool("render --mode area --size " + size + (folder / "in") + " -o - --format " + format).output;
+            const std::uint32_t count = w * h * components;
+            ASSERT_GT(out.size(), count) << size << format;
+            for (std::uint32_t p = 0; p < count; ++p)
+                ASSERT_NEAR(static_cast<unsigned char>(out[out.size() - count + p]),
+                            meanOfCell(p / components % w, p / components / w, w, h, p % components), 0.501)
+                    << size << format << p;
+        }
+    }
+    const std::string page = sample("text.tif --scale 0.1");
+    EXPECT_EQ(rendered(page + " --mode area"), rendered(page)) << "black and white has but one mean";
 }
 
 }  // namespace
