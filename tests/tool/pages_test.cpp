@@ -133,9 +133,9 @@ TEST(PageList, ThatEndsNowhereIsReportedAndUsedAsFarAsItGoes) {
 TEST(Verify, FindsTheDamagedPageBehindOthers) {
     const Folder folder;
     const std::string file = folder / "pages.tif";
-    std::string lzw = tinyTiff(8, 1, "x");
-    setTag(lzw, 259, 5);
-    writeFile(file, lzw);
+    std::string unknown = tinyTiff(8, 1, "x");
+    setTag(unknown, 259, 9);
+    writeFile(file, unknown);
     for (const std::string& strip : {codes("0000001111 " + kRow), codes(kRow + kEndOfBlock)}) {
         TIFF* const tiff = TIFFOpen(file.c_str(), "a");
         for (const auto& [tag, value] : {std::pair(TIFFTAG_IMAGEWIDTH, 8),
@@ -188,13 +188,13 @@ void expectValid(const nlohmann::json& value, const nlohmann::json& schema, cons
 TEST(Json, HoldsEveryFileAndKeepsToItsSchema) {
     const Folder folder;
     const std::string good = tinyTiff(8, 1, codes(kRow + kEndOfBlock));
-    std::string lzw = good;
-    setTag(lzw, 259, 5);
+    std::string unknown = good;
+    setTag(unknown, 259, 9);
     writeFile(folder / "caf\xE9.tif", tinyTiff(8, 1, codes("0000001111 " + kRow)));
-    writeFile(folder / "lzw.tif", lzw);
+    writeFile(folder / "unknown.tif", unknown);
     writeFile(folder / "none.tif", "no picture");
     writeFile(folder / "wide.tif", tinyTiff(0x10000000, 32, ""));
-    const std::string files = (folder / "lzw.tif ") + (folder / "none.tif ") + (folder / "wide.tif ") +
+    const std::string files = (folder / "unknown.tif ") + (folder / "none.tif ") + (folder / "wide.tif ") +
                               "/no/such/file " + (folder / "caf\xE9.tif ") + sample("pages.tif");
     const auto schema = nlohmann::json::parse(readFile(TILEPRESS_SCHEMA));
     for (const char* command : {"verify", "info"}) {
