@@ -157,9 +157,9 @@ TEST_F(G4Decode, KeptFillNeverReachesTheLastWordOfAnOddLength) {
 
 TEST_F(G4Decode, AnUnknownLengthBoundsNothingButFill) {
     for (std::int32_t length : {0, -1, INT32_MIN}) {
-        EXPECT_EQ(decode(8, hex("26 BC"), {}, 0, 1, length).list, (List{0, 1, 3, 9, 9, 9})) << length;
-        EXPECT_EQ(decode(8, hex("00 10 01 C0"), {}, 0, 1, length).status, 0) << length;
-        EXPECT_EQ(decode(8, hex("00 10 01 00 C0 00"), {}, 0, 1, length).status, 1) << length;
+        EXPECT_EQ(decode(8, hex("26 BC 00 00 00 00"), {}, 0, 1, length).list, (List{0, 1, 3, 9, 9, 9})) << length;
+        EXPECT_EQ(decode(8, hex("00 10 01 C0 00 00 00 00 00 00"), {}, 0, 1, length).status, 0) << length;
+        EXPECT_EQ(decode(8, hex("00 10 01 00 C0 00 00 00 00 00"), {}, 0, 1, length).status, 1) << length;
     }
 }
 

@@ -72,7 +72,7 @@ TEST(PagePrepare, PicturesAndChangesStayAndMemoryIsBounded) {
 
 TEST(PagePrepare, WhatGainsNothingGetsNothing) {
     const PageSource tiles = plan(1600, 1100, 512, 512, 0);
-    PageSource white(Picture(1600, 1100), 1600, 1100);
+    PageSource white(Picture(16000, 1100), 16000, 1100);
     white.tiles[0] = bits(std::string(1100, '1'));
     for (const PageSource* source : {&tiles, static_cast<const PageSource*>(&white)}) {
         const Page page = source->open();

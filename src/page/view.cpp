@@ -43,10 +43,10 @@ tp_status planView(const tp_view& view, const tp_page_info& page, const tp_limit
         view.out_height == 0 || view.mode > TP_NEAREST || view.format > TP_BGRA || view.orientation > 8 ||
         (view.flags & ~std::uint32_t{TP_INVERT}) != 0 || !view.pixels)
         return TP_E_ARGUMENT;
+    if (std::max(view.out_width, view.out_height) > kMostPixelsASide) return TP_E_TOO_LARGE;
     const auto stride = static_cast<std::uint64_t>(view.stride < 0 ? -(view.stride + 1) + std::uint64_t{1}
                                                                    : static_cast<std::uint64_t>(view.stride));
     if (view.out_height > 1 && stride < rowBytes(view.format, view.out_width)) return TP_E_ARGUMENT;
-    if (std::max(view.out_width, view.out_height) > kMostPixelsASide) return TP_E_TOO_LARGE;
     if (limits.max_pixels != 0 && std::uint64_t{view.out_width} * view.out_height > limits.max_pixels)
         return TP_E_LIMIT;
     orient(view.orientation, view, plan);
