@@ -43,7 +43,7 @@ public:
 private:
     std::uint32_t number(std::size_t size) {
         std::uint32_t value = 0;
-        for (const unsigned char byte : bytes(size)) value = value << 8 | byte;
+        for (; size > 0 && left_ > 0; --size, --left_) value = value << 8 | *next_++;
         return value;
     }
 

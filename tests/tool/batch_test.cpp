@@ -201,7 +201,7 @@ int statusOf(pid_t process) {
 }
 
 /// Every page of the samples turned by an angle takes a while.
-constexpr const char* kSlow = "batch render --size 9000x9000 --rotate 33 --mode copy -j1 ";
+constexpr const char* kSlow = "batch render --size 20000x20000 --rotate 33 --mode copy -j1 ";
 
 TEST(Batch, EndsAPageThatTakesTooLong) {
     const Folder folder;
