@@ -74,7 +74,7 @@ protected:
 
     /// Whether the image divides into whole tiles, to within a ten-thousandth of a tile.
     static bool areTileExtentsValid(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight);
-    /// Brings an angle within `tolerance` of a right angle onto it (transform/right_angles.cpp).
+    /// Brings an angle within `tolerance` of a right angle onto it (transform/rotate.cpp).
     static void snap90(double& angle, double tolerance);
 
     /// Sets rectangle, tile size and tile count; false when a size is 0 or the count passes 32 bits.

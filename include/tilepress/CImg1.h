@@ -86,13 +86,12 @@ private:
     CImg1* Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg1* QuickReduce_bkg(ImgULong dstWidth, ImgULong dstHeight, ImgRect& src, ImgULong background);
     CImg32* Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
-    // transform/right_angles.cpp
+    // transform/rotate.cpp
     CImg1* mirrorX();
     CImg1* mirrorY();
     CImg1* rotate90();
     CImg1* rotateMinus90();
     CImg1* rotate180();
-    // transform/rotate_generic.cpp
     CImg1* rotateGeneric(double degrees);
     CImg1* rotateShearX(int* table);
     CImg1* rotateShearY(int* table);

@@ -8,7 +8,7 @@
 
 class Img32TileIterator;
 namespace tilepress {
-struct FreshPixels;
+struct RowStorage;
 }
 
 /// Four bytes a pixel: three colour components in the image's RGBOrder and a
@@ -67,7 +67,7 @@ public:
     IImg* scale(const ImgRect& source, ImgULong width, ImgULong height, ImgScaleAttr& attr) override;
 
 private:
-    friend struct tilepress::FreshPixels;
+    friend struct tilepress::RowStorage;
 
     CImg32();
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight, RGBOrder order);
@@ -81,13 +81,12 @@ private:
     CImg32* Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg32* Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg32* Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
-    // transform/right_angles.cpp
+    // transform/rotate.cpp
     CImg32* mirrorX();
     CImg32* mirrorY();
     CImg32* rotate90();
     CImg32* rotateMinus90();
     CImg32* rotate180();
-    // transform/rotate_generic.cpp
     CImg32* rotateGeneric(double degrees);
     CImg32* rotateShearX(int* table);
     CImg32* rotateShearY(int* table);

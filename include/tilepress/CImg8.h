@@ -9,7 +9,7 @@
 
 class Img8TileIterator;
 namespace tilepress {
-struct FreshPixels;
+struct RowStorage;
 }
 
 /// One byte a pixel, an index into the image's own ColorMap. The background
@@ -64,7 +64,7 @@ public:
     IImg* scale(const ImgRect& source, ImgULong width, ImgULong height, ImgScaleAttr& attr) override;
 
 private:
-    friend struct tilepress::FreshPixels;
+    friend struct tilepress::RowStorage;
 
     CImg8();
     bool initHeader(ImgULong width, ImgULong height, ImgULong tileWidth, ImgULong tileHeight,
@@ -79,13 +79,12 @@ private:
     CImg8* Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg8* Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
     CImg8* Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src);
-    // transform/right_angles.cpp
+    // transform/rotate.cpp
     CImg8* mirrorX();
     CImg8* mirrorY();
     CImg8* rotate90();
     CImg8* rotateMinus90();
     CImg8* rotate180();
-    // transform/rotate_generic.cpp
     CImg8* rotateGeneric(double degrees);
     CImg8* rotateShearX(int* table);
     CImg8* rotateShearY(int* table);

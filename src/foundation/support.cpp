@@ -1,5 +1,6 @@
 #include "tilepress/support.h"
 
+#include "foundation/colour_entries.h"
 #include "foundation/heap.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 #include <cstdlib>
 #include <limits>
 
-using tilepress::Heap;
+using namespace tilepress;
 
 // --- blocks ---
 
@@ -34,11 +35,6 @@ ColorTable* ColOpen(std::int32_t count, std::int32_t maximum) {
     return table.release();
 }
 
-/// Entries that can be read, whatever the record says.
-static std::int32_t usable(const ColorTable* table) {
-    return table && table->entries ? std::max(std::min(table->count, table->capacity), 0) : 0;
-}
-
 static double distance(const ColorMapEntry& a, const ColorMapEntry& b) {
     const auto square = [](double x, double y) { return (x - y) * (x - y); };
     return square(a.red, b.red) + square(a.green, b.green) + square(a.blue, b.blue);
@@ -47,7 +43,7 @@ static double distance(const ColorMapEntry& a, const ColorMapEntry& b) {
 int ColGetClosestColor(const ColorMapEntry* colour, const ColorTable* table, std::int32_t* index) {
     std::int32_t nearest = 0;
     double least = std::numeric_limits<double>::infinity();
-    const std::int32_t count = usable(table);
+    const std::int32_t count = usableEntries(table);
     for (std::int32_t i = 0; i < count; ++i) {
         const double d = distance(*colour, table->entries[i]);
         if (d < least) {
@@ -67,7 +63,7 @@ ColorXfm* ColOpenXfm(std::int32_t key) {
 
 int ColMapColors(const ColorTable* source, const ColorTable* target, ColorXfm* transform) {
     if (!transform) return 1;
-    const std::int32_t count = usable(source);
+    const std::int32_t count = usableEntries(source);
     if (count > transform->count) {
         Heap<std::int32_t> index(static_cast<std::uint64_t>(count));
         if (!index) return 1;

@@ -49,11 +49,8 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
     if (newWidth < width || newHeight < height || width == 0 || height == 0) return refuse(ImgErrBadArgument);
     G4ScaleInfo info(*this, r);
     Heap<ImgULong> columns;
-    CImg1* const result = emptyLike(*this, newWidth, newHeight);
-    if (!result || !info.prepare(newWidth) || !markTable(columns, newWidth, width)) {
-        delete result;
-        return refuse(ImgErrCreate);
-    }
+    Temporary<CImg1> result(emptyLike(*this, newWidth, newHeight));
+    if (!result || !info.prepare(newWidth) || !markTable(columns, newWidth, width)) return refuse(ImgErrCreate);
     info.clip.white = backgroundKnown && backgroundColor == 1;
     info.columns = columns.get();
     const std::size_t bytesPerRow = result->getBytesPerLine();
@@ -64,12 +61,12 @@ CImg1* CImg1G4::Enlarge(ImgULong newWidth, ImgULong newHeight, const ImgRect& r)
             for (ImgULong copy = 1; copy < mark.size(); ++copy) std::memcpy(row + bytesPerRow * copy, row, bytesPerRow);
         mark.advance();
     };
-    if (!info.begin() || !info.rows(paint)) return result;
+    if (!info.begin() || !info.rows(paint)) return result.release();
     if (!backgroundKnown) {
         // Kept: the enlargement is asked, by its own rule, not the pixels just decoded.
         setBackgroundColor(result->getBackgroundColor() == 1);
         if (backgroundColor == 1) result->invert();
     }
     result->setBackgroundColor(0);
-    return result;
+    return result.release();
 }

@@ -4,6 +4,7 @@
 
 #include "kernels/cell_counter.h"
 #include "kernels/grey_maps.h"
+#include "model/temporary.h"
 #include "tilepress/CImg32.h"
 
 #include <algorithm>
@@ -50,12 +51,10 @@ CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const I
     G4ScaleInfo info(*this, r);
     CellCounter cells;
     GreyMaps maps;
-    CImg32* const result = CImg32::create(newWidth, newHeight, RGBOrderRGB);
+    Temporary<CImg32> result(CImg32::create(newWidth, newHeight, RGBOrderRGB));
     if (!result || !info.prepare(0) || !cells.prepare(width, newWidth) ||
-        !maps.prepare(width, height, newWidth, newHeight)) {
-        delete result;
+        !maps.prepare(width, height, newWidth, newHeight))
         return refuse(ImgErrCreate);
-    }
     ImgULong** const rows = result->peekDataArray();
     const auto toGrey = [&](ImgULong band, ImgULong inBand) {
         const auto paint = backgroundKnown && backgroundColor == 1 ? greyRow<true> : greyRow<false>;
@@ -80,5 +79,5 @@ CImg32* CImg1G4::Reduce_greyscale(ImgULong newWidth, ImgULong newHeight, const I
     MarkWalk mark(height, newHeight);
     for (ImgULong band = 0; !wasKnown && band < reached; ++band, mark.advance()) toGrey(band, mark.size());
     for (ImgULong band = reached; band < newHeight; ++band) std::fill_n(rows[band], newWidth, 0x00FFFFFF);
-    return result;
+    return result.release();
 }

@@ -8,6 +8,7 @@
 #include "kernels/mark_tables.h"
 #include "kernels/vectors.h"
 #include "kernels/white_cells.h"
+#include "model/temporary.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/ccitt.h"
 
@@ -136,7 +137,7 @@ ImgErr CImg1G4::decode_reduce_scanline(unsigned char* row, G4ScaleInfo* info) {
 
 CImg1* CImg1G4::Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
     if (!isReduction(r, newWidth, newHeight)) return refuse(ImgErrBadArgument);
-    CImg1* const result = emptyLike(*this, newWidth, newHeight);
+    Temporary<CImg1> result(emptyLike(*this, newWidth, newHeight));
     if (!result) return refuse(ImgErrCreate);
     result->setBackgroundColor(0);
     const auto paintRow = [this](unsigned char* row, G4ScaleInfo& info) { return decode_reduce_scanline(row, &info); };
@@ -146,26 +147,22 @@ CImg1* CImg1G4::Reduce_bkg(ImgULong newWidth, ImgULong newHeight, const ImgRect&
     bool whiteInk = backgroundKnown && backgroundColor != 0;
     bool done = whiteInk || reduceBlackInk(*this, *result, r, whiteInk, paintRow);
     if (done && whiteInk) done = reduceWhiteInk(*this, *result, r, countRow);
-    if (done) return result;
-    delete result;
-    return refuse(ImgErrCreate);
+    if (!done) return refuse(ImgErrCreate);
+    return result.release();
 }
 
 /// Every destination pixel is its cell's top left one, in the source's polarity. No dispatcher asks for it.
 CImg1* CImg1G4::Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) {
     const ImgULong width = r.getWidth();
     if (!isReduction(r, newWidth, newHeight)) return refuse(ImgErrBadArgument);
-    CImg1* const result = emptyLike(*this, newWidth, newHeight);
+    Temporary<CImg1> result(emptyLike(*this, newWidth, newHeight));
     if (!result) return refuse(ImgErrCreate);
     const bool dark = getBackgroundColor() == 1;
     std::memset(result->peekData(), dark ? 0xFF : 0, result->getTotalBytes());
     G4ScaleInfo info(*this, r);
     Heap<ImgULong> firstCell(std::uint64_t{width} + 1);  // of those that begin at a column or after it
     Heap<std::uint64_t> words(std::uint64_t{packedWords(newWidth)});
-    if (!firstCell || !words || !info.prepare(0) || CCITT_EnableG4Decode() != ImgErrNone) {
-        delete result;
-        return refuse(ImgErrCreate);
-    }
+    if (!firstCell || !words || !info.prepare(0) || CCITT_EnableG4Decode() != ImgErrNone) return refuse(ImgErrCreate);
     for (ImgULong cell = 0, x = 0; cell <= newWidth; ++cell)
         for (const ImgULong start = markPosition(cell, width, newWidth); x <= start; ++x) firstCell[x] = cell;
     const std::size_t bytesPerRow = result->getBytesPerLine();
@@ -179,5 +176,5 @@ CImg1* CImg1G4::Reduce(ImgULong newWidth, ImgULong newHeight, const ImgRect& r) 
         return status;
     };
     if (info.begin()) info.bands(newHeight, onRow, [](ImgULong, ImgULong) {});
-    return result;
+    return result.release();
 }

@@ -2,6 +2,7 @@
 #include "tilepress/CImg1G4.h"
 
 #include "foundation/refuse.h"
+#include "kernels/mirror_turn.h"
 #include "model/image_kinds.h"
 #include "model/temporary.h"
 
@@ -11,16 +12,6 @@ using namespace tilepress;
 
 // Cutting and turning expand what they need, once, and leave the rest to the
 // bilevel image.
-
-/// Turns an expanded picture and ends it.
-template <class Turn>
-static CImg1* turned(CImg1* source, Turn turn) {
-    if (!source) return nullptr;
-    CImg1* result = turn(*source);
-    delete source;
-    if (result) result->setBackgroundColor(0);
-    return result;
-}
 
 /// The rectangle as a bilevel image with the image's colours and alignment, or null.
 static CImg1* expanded(CImg1G4& image, const ImgRect& r) {
@@ -35,21 +26,20 @@ IImg* CImg1G4::getSubImage(const ImgRect& r) {
     return expanded(*this, r);
 }
 
-CImg1* CImg1G4::mirrorX() {
-    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.mirrorX(); });
+/// What a member of the bilevel image makes of the expanded one.
+template <class Turn, class... Angle>
+static CImg1* turned(CImg1G4& image, Turn turn, Angle... angle) {
+    const Temporary<CImg1> whole(expanded(image, image.getRect()));
+    CImg1* const result = whole ? static_cast<CImg1*>((*whole.*turn)(angle...)) : nullptr;
+    if (result) result->setBackgroundColor(0);
+    return result;
 }
-CImg1* CImg1G4::mirrorY() {
-    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.mirrorY(); });
-}
-CImg1* CImg1G4::rotate90() {
-    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.rotate90(); });
-}
-CImg1* CImg1G4::rotateMinus90() {
-    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.rotateMinus90(); });
-}
-CImg1* CImg1G4::rotate180() {
-    return turned(expanded(*this, getRect()), [](CImg1& image) { return image.rotate180(); });
-}
+
+CImg1* CImg1G4::mirrorX() { return turned(*this, &CImg1::mirrorX); }
+CImg1* CImg1G4::mirrorY() { return turned(*this, &CImg1::mirrorY); }
+CImg1* CImg1G4::rotate90() { return turned(*this, &CImg1::rotate90); }
+CImg1* CImg1G4::rotateMinus90() { return turned(*this, &CImg1::rotateMinus90); }
+CImg1* CImg1G4::rotate180() { return turned(*this, &CImg1::rotate180); }
 
 IImg* CImg1G4::mirror(ImgMirT direction) {
     switch (direction) {
@@ -61,10 +51,7 @@ IImg* CImg1G4::mirror(ImgMirT direction) {
 
 IImg* CImg1G4::rotate(double angle) {
     if (!std::isfinite(angle)) return nullptr;
-    snap90(angle, 0.001);
+    snap90(angle, kSnapTolerance);
     if (angle == 0) return expanded(*this, getRect());  // not clone(), which is an empty grid here
-    if (angle == 90) return rotate90();
-    if (angle == 180) return rotate180();
-    if (angle == 270) return rotateMinus90();
-    return turned(expanded(*this, getRect()), [angle](CImg1& image) { return image.rotateGeneric(angle); });
+    return turned(*this, &CImg1::rotate, angle);
 }

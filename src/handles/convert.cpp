@@ -1,5 +1,6 @@
 // Handles of one type made into handles of another, row by row.
 
+#include "foundation/colour_entries.h"
 #include "foundation/heap.h"
 #include "handles/operations.h"
 
@@ -25,19 +26,14 @@ void readRow(const ImgHandle& image, std::size_t y, Rgb24* out, Bilevel) {
     }
 }
 
-/// A table's colour for a pixel, black past its entries.
-Rgb24 colourOf(const ColorTable* table, unsigned pixel) {
-    if (!table || !table->entries || static_cast<std::int32_t>(pixel) >= std::min(table->count, table->capacity))
-        return {};
-    const auto byte = [](std::int32_t c) { return static_cast<unsigned char>(std::clamp(c, 0, 255)); };
-    const ColorMapEntry& entry = table->entries[pixel];
-    return {{byte(entry.red), byte(entry.green), byte(entry.blue)}};
-}
-
 void readRow(const ImgHandle& image, std::size_t y, Rgb24* out, Palette8) {
     const unsigned char* const row = Palette8::rows(image)[y];
     const ColorTable* const table = headerOf<Palette8>(image).colorTable;
-    for (std::size_t x = 0, width = widthOf(image); x < width; ++x) out[x] = colourOf(table, row[x]);
+    const auto bytes = [](unsigned red, unsigned green, unsigned blue) {
+        const auto byte = [](unsigned c) { return static_cast<unsigned char>(c); };
+        return Rgb24{{byte(red), byte(green), byte(blue)}};
+    };
+    for (std::size_t x = 0, width = widthOf(image); x < width; ++x) out[x] = colourAt(table, row[x], bytes);
 }
 
 /// The first three bytes of every pixel.
@@ -65,21 +61,11 @@ void writeRow(const ImgHandle& image, std::size_t y, const Rgb24* colours) {
 
 // --- images --------------------------------------------------------------------------------
 
-std::uint32_t create(ImgHandle* image, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits) {
-    switch (image->type) {
-    case ImgTypeBilevel: return Img1Create(image, width, height, alignBits, nullptr);
-    case ImgTypePalette8: return Img8Create(image, width, height, alignBits, nullptr, nullptr);
-    case ImgTypeRGB24: return Img24Create(image, width, height, alignBits, nullptr);
-    default: return Img32Create(image, width, height, image->type == ImgTypeRGBA32, nullptr);
-    }
-}
-
-/// A clear image of the source's size, or null.
+/// A clear image of the source's size, or nothing.
 template <class Kind>
-Temporary newImage(std::uint32_t type, const ImgHandle& source) {
-    Temporary image(ImgNew(type));
-    if (image && !create(image.get(), widthOf(source), heightOf(source), alignmentOf<Kind>(source))) image.reset();
-    return image;
+Temporary newImage(std::uint32_t type, const ImgHandle& source, const ColorTable* colours = nullptr) {
+    return createClear(type, widthOf(source), heightOf(source), alignmentOf<Kind>(source), colours,
+                       type == ImgTypeRGBA32);
 }
 
 template <class Kind>
@@ -118,9 +104,8 @@ ImgHandle* mapped(ImgHandle& source, const ColorTable& table) {
     if (!header.transform) header.transform = ColOpenXfm(header.colorTable->capacity);
     if (!header.transform || ColMapColors(header.colorTable, &reachable, header.transform) != 0) return nullptr;
 
-    Temporary result(ImgNew(ImgTypePalette8));
-    if (!result || !Img8Create(result.get(), widthOf(source), heightOf(source), header.alignBits, &table, nullptr))
-        return nullptr;
+    Temporary result = newImage<Palette8>(ImgTypePalette8, source, &table);
+    if (!result) return nullptr;
     for (std::uint32_t y = 0; y < heightOf(source); ++y) {
         const unsigned char* const from = Palette8::rows(source)[y];
         std::transform(from, from + widthOf(source), Palette8::rows(*result)[y], [&](unsigned char pixel) {

@@ -105,14 +105,17 @@ inline auto areaOf<Bilevel>(const ImgHandle& image) {
     return BitArea{{Bilevel::block(image), stride}, 0, widthOf(image), heightOf(image)};
 }
 
-/// A clear image of the type and the colours of `source`, or null.
-template <class Kind>
-ImgHandle* createLike(const ImgHandle& source, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits);
-
 /// Ends a handle that no caller has seen, and with it the colour table that `free` leaves behind.
 struct EndUnseen {
     void operator()(ImgHandle* image) const;
 };
 using Temporary = std::unique_ptr<ImgHandle, EndUnseen>;
+
+/// A clear image of an uncompressed type, or nothing. A palette image takes a copy of the colours, which may be null; a
+/// 32-bit one the channel flag.
+Temporary createClear(std::uint32_t type, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits,
+                      const ColorTable* colours, std::uint16_t channelFlag);
+/// The same of the type and with the colours of `source`.
+Temporary createLike(const ImgHandle& source, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits);
 
 }  // namespace tilepress::handles

@@ -21,44 +21,36 @@ std::uint32_t tilepress::handles::ImgQuadHeight(ImgHandle* image) {
     return image && image->header ? heightOf(*image) : 0;
 }
 
-static bool hasHeader(const ImgHandle* image) {
+/// Calls use(header) with the header of the image's type; false where there is none.
+template <class Use>
+static bool withHeader(ImgHandle* image, Use use) {
     if (!image || !image->header) return false;
     switch (image->type) {
-    case ImgTypeBilevel:
-    case ImgTypePalette8:
-    case ImgTypeRGB24:
-    case ImgTypeTiffG4:
+    case ImgTypeBilevel: use(*static_cast<Img1Header*>(image->header)); return true;
+    case ImgTypePalette8: use(*static_cast<Img8Header*>(image->header)); return true;
+    case ImgTypeRGB24: use(*static_cast<Img24Header*>(image->header)); return true;
+    case ImgTypeTiffG4: use(*static_cast<ImgG4Header*>(image->header)); return true;
     case ImgTypeRGB32:
-    case ImgTypeRGBA32: return true;
+    case ImgTypeRGBA32: use(*static_cast<Img32Header*>(image->header)); return true;
     default: return false;
     }
+}
+static bool hasHeader(ImgHandle* image) {
+    return withHeader(image, [](const auto&) {});
 }
 
 std::uint32_t ImgGetWidth(ImgHandle* image) { return hasHeader(image) ? widthOf(*image) : 0; }
 std::uint32_t ImgGetHeight(ImgHandle* image) { return hasHeader(image) ? heightOf(*image) : 0; }
 
-/// Calls set(header) with the header of the image's type.
-template <class Set>
-static ImgHandle* withHeader(ImgHandle* image, Set set) {
-    if (!hasHeader(image)) return image;
-    switch (image->type) {
-    case ImgTypeBilevel: set(*static_cast<Img1Header*>(image->header)); break;
-    case ImgTypePalette8: set(*static_cast<Img8Header*>(image->header)); break;
-    case ImgTypeRGB24: set(*static_cast<Img24Header*>(image->header)); break;
-    case ImgTypeTiffG4: set(*static_cast<ImgG4Header*>(image->header)); break;
-    default: set(*static_cast<Img32Header*>(image->header)); break;
-    }
-    return image;
-}
-
 ImgHandle* ImgSetDstRect(ImgHandle* image, const std::int32_t* corners) {
-    if (!corners) return image;
-    return withHeader(image, [=](auto& header) { std::memcpy(&header.quads.dstQuad, corners, sizeof(ImgQuad)); });
+    if (corners) withHeader(image, [=](auto& header) { std::memcpy(&header.quads.dstQuad, corners, sizeof(ImgQuad)); });
+    return image;
 }
 
 ImgHandle* ImgSetRotation(ImgHandle* image, double degrees) {
     const double whole = std::isnan(degrees) ? 0 : std::clamp(degrees, -2147483648.0, 2147483647.0);
-    return withHeader(image, [=](auto& header) { header.rotation = static_cast<std::int32_t>(whole); });
+    withHeader(image, [=](auto& header) { header.rotation = static_cast<std::int32_t>(whole); });
+    return image;
 }
 
 static void setMirror(Img32Header& header, std::int32_t flag) {
@@ -72,5 +64,6 @@ static void setMirror(Header& header, std::int32_t flag) {
 }
 
 ImgHandle* ImgSetMirFlag(ImgHandle* image, std::int32_t flag) {
-    return withHeader(image, [=](auto& header) { setMirror(header, flag); });
+    withHeader(image, [=](auto& header) { setMirror(header, flag); });
+    return image;
 }

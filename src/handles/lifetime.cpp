@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace tilepress::handles {
 namespace {
@@ -36,11 +37,14 @@ bool setSizes(Header& header, std::uint64_t rowBytes, std::uint32_t height) {
     return true;
 }
 
-/// The block in a row table; false when memory runs out.
+/// Sets the sizes, and attaches the block in a row table and the header; false when a size does not fit or memory runs
+/// out.
 template <class Kind>
-bool attachRows(ImgHandle& image, const typename Kind::Header& header, void* given) {
+bool attach(ImgHandle& image, Heap<typename Kind::Header>& owned, std::uint64_t rowBytes, void* given) {
     using Pixel = typename Kind::Pixel;
+    typename Kind::Header& header = *owned.get();
     const std::uint32_t height = static_cast<std::uint32_t>(quadHeight(header.quads.srcQuad));
+    if (!setSizes(header, rowBytes, height)) return false;
     void* const block = takeBlock(header.dataSize, given);
     if (!block) return false;
     void* table = nullptr;
@@ -54,6 +58,7 @@ bool attachRows(ImgHandle& image, const typename Kind::Header& header, void* giv
     for (std::uint32_t y = 0; y < height; ++y, row += header.bytesPerLine) rows[y] = reinterpret_cast<Pixel*>(row);
     MemSetPointer(0, block, rows);
     image.data = rows;
+    image.header = owned.release();
     return true;
 }
 
@@ -89,22 +94,17 @@ std::uint32_t Img8Create(ImgHandle* image, std::uint32_t width, std::uint32_t he
     Img8Header& h = *header.get();
     h.alignBits = alignBits == 16 || alignBits == 32 ? alignBits : 8;
     h.padBytes = padding(width, h.alignBits / 8);
-    if (!setSizes(h, std::uint64_t{width} + h.padBytes, height)) return 0;
-
     ColorTable* const table = ColOpen(palette ? palette->capacity : 256, 255);
     if (!table) return 0;
     if (palette) {
         table->count = palette->entries ? std::clamp(palette->count, 0, table->capacity) : 0;
         std::copy_n(palette->entries, table->count, table->entries);
     }
-    if (!attachRows<Palette8>(*image, h, data)) {
-        MemFree(0, table->entries);
-        MemFree(0, table);
-        return 0;
-    }
     h.colorTable = table;
-    image->header = header.release();
-    return 1;
+    if (attach<Palette8>(*image, header, std::uint64_t{width} + h.padBytes, data)) return 1;
+    MemFree(0, table->entries);
+    MemFree(0, table);
+    return 0;
 }
 
 std::uint32_t Img24Create(ImgHandle* image, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits,
@@ -114,21 +114,16 @@ std::uint32_t Img24Create(ImgHandle* image, std::uint32_t width, std::uint32_t h
     Img24Header& h = *header.get();
     h.alignBits = alignBits == 32 ? 32 : 8;
     h.padBytes = padding(std::uint64_t{3} * width, h.alignBits / 8);
-    if (!setSizes(h, std::uint64_t{3} * width + h.padBytes, height) || !attachRows<Colour24>(*image, h, data)) return 0;
-    image->header = header.release();
-    return 1;
+    return attach<Colour24>(*image, header, std::uint64_t{3} * width + h.padBytes, data);
 }
 
 std::uint32_t Img32Create(ImgHandle* image, std::uint32_t width, std::uint32_t height, std::uint16_t channelFlag,
                           void* data) {
     Heap<Img32Header> header(newHeader<Img32Header>(image, width, height));
     if (!header) return 0;
-    Img32Header& h = *header.get();
-    h.channelFlag = channelFlag;
+    header.get()->channelFlag = channelFlag;
     image->type = channelFlag ? ImgTypeRGBA32 : ImgTypeRGB32;
-    if (!setSizes(h, std::uint64_t{4} * width, height) || !attachRows<Colour32>(*image, h, data)) return 0;
-    image->header = header.release();
-    return 1;
+    return attach<Colour32>(*image, header, std::uint64_t{4} * width, data);
 }
 
 void* Img1Free(ImgHandle** where, void* keep) {
@@ -149,12 +144,8 @@ void* ImgRowsFree(ImgHandle** where, void* keep) {
     if (image->data) {
         void* block;
         std::memcpy(&block, image->data, sizeof block);
-        if (block == keep) {
-            kept = block;
-            MemSetPointer(0, nullptr, &block);
-        } else {
-            MemFree(0, block);
-        }
+        if (block == keep) kept = block;
+        else MemFree(0, block);
         MemFree(0, image->data);
     }
     // Kept: the colour table stays; what was computed from it is nobody else's.
@@ -174,45 +165,38 @@ void EndUnseen::operator()(ImgHandle* image) const {
     image->free(&image, nullptr);
 }
 
-// --- like another ---------------------------------------------------------------------
-
-static std::uint32_t create(ImgHandle* image, const Img1Header&, std::uint32_t w, std::uint32_t h,
-                            std::uint32_t align) {
-    return Img1Create(image, w, h, align, nullptr);
-}
-static std::uint32_t create(ImgHandle* image, const Img8Header& like, std::uint32_t w, std::uint32_t h,
-                            std::uint32_t align) {
-    return Img8Create(image, w, h, align, like.colorTable, nullptr);
-}
-static std::uint32_t create(ImgHandle* image, const Img24Header&, std::uint32_t w, std::uint32_t h,
-                            std::uint32_t align) {
-    return Img24Create(image, w, h, align, nullptr);
-}
-static std::uint32_t create(ImgHandle* image, const Img32Header& like, std::uint32_t w, std::uint32_t h,
-                            std::uint32_t) {
-    return Img32Create(image, w, h, static_cast<std::uint16_t>(like.channelFlag), nullptr);
+Temporary createClear(std::uint32_t type, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits,
+                      const ColorTable* colours, std::uint16_t channelFlag) {
+    Temporary image(ImgNew(type));
+    ImgHandle* const made = image.get();
+    if (!made) return nullptr;
+    std::uint32_t done = 0;
+    switch (type) {
+    case ImgTypeBilevel: done = Img1Create(made, width, height, alignBits, nullptr); break;
+    case ImgTypePalette8: done = Img8Create(made, width, height, alignBits, colours, nullptr); break;
+    case ImgTypeRGB24: done = Img24Create(made, width, height, alignBits, nullptr); break;
+    default: done = Img32Create(made, width, height, channelFlag, nullptr);
+    }
+    return done ? std::move(image) : nullptr;
 }
 
-template <class Kind>
-ImgHandle* createLike(const ImgHandle& source, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits) {
-    Temporary image(ImgNew(source.type));
-    const bool made = image && create(image.get(), headerOf<Kind>(source), width, height, alignBits);
-    return made ? image.release() : nullptr;
+Temporary createLike(const ImgHandle& source, std::uint32_t width, std::uint32_t height, std::uint32_t alignBits) {
+    const ColorTable* colours = nullptr;
+    std::uint32_t flag = 0;
+    if (Palette8::is(source.type)) colours = headerOf<Palette8>(source).colorTable;
+    if (Colour32::is(source.type)) flag = headerOf<Colour32>(source).channelFlag;
+    return createClear(source.type, width, height, alignBits, colours, static_cast<std::uint16_t>(flag));
 }
-template ImgHandle* createLike<Bilevel>(const ImgHandle&, std::uint32_t, std::uint32_t, std::uint32_t);
-template ImgHandle* createLike<Palette8>(const ImgHandle&, std::uint32_t, std::uint32_t, std::uint32_t);
-template ImgHandle* createLike<Colour24>(const ImgHandle&, std::uint32_t, std::uint32_t, std::uint32_t);
-template ImgHandle* createLike<Colour32>(const ImgHandle&, std::uint32_t, std::uint32_t, std::uint32_t);
 
 template <class Kind>
 ImgHandle* clone(ImgHandle* image) {
     if (!isImage<Kind>(image)) return nullptr;
-    ImgHandle* const copy = createLike<Kind>(*image, widthOf(*image), heightOf(*image), alignmentOf<Kind>(*image));
+    Temporary copy = createLike(*image, widthOf(*image), heightOf(*image), alignmentOf<Kind>(*image));
     // Kept: of unaligned rows, which have no length, nothing is copied.
     if (copy && blockBytes<Kind>(*image) != 0)
         std::memcpy(Kind::block(*copy), Kind::block(*image),
                     std::min(blockBytes<Kind>(*copy), blockBytes<Kind>(*image)));
-    return copy;
+    return copy.release();
 }
 template ImgHandle* clone<Bilevel>(ImgHandle*);
 template ImgHandle* clone<Palette8>(ImgHandle*);

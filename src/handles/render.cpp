@@ -15,7 +15,7 @@ namespace {
 template <class Kind>
 struct Making {
     static Temporary like(const ImgHandle& image, std::uint32_t width, std::uint32_t height) {
-        return Temporary(createLike<Kind>(image, width, height, alignmentOf<Kind>(image)));
+        return createLike(image, width, height, alignmentOf<Kind>(image));
     }
     static Temporary blank(const ImgHandle& image) { return like(image, widthOf(image), heightOf(image)); }
     static Temporary turned(const ImgHandle& image) { return placed(Making(), kRotate180, image); }
@@ -39,7 +39,7 @@ template <class Kind>
 Temporary scaled(const ImgHandle& image, const RenderSize& size) {
     const auto made = [&](std::uint32_t width, std::uint32_t height, bool grows) {
         const bool last = width == size.width && height == size.height;
-        Temporary result(createLike<Kind>(image, width, height, last ? size.alignBits : alignmentOf<Kind>(image)));
+        Temporary result = createLike(image, width, height, last ? size.alignBits : alignmentOf<Kind>(image));
         if (!hasRows<Kind>(result.get())) return Temporary();
         const auto to = areaOf<Kind>(*result), from = areaOf<Kind>(image);
         if (!(grows ? enlarge(to, from) : reduce(to, from))) result.reset();
@@ -57,32 +57,16 @@ Temporary scaled(const ImgHandle& image, const RenderSize& size) {
 
 // --- regions --------------------------------------------------------------------------
 
+/// Pad bits stay clear.
 void cut(const BitArea& to, const BitArea& from) {
-    const std::size_t bytes = packedBytes(to.width), there = packedBytes(std::uint64_t{from.left} + from.width);
-    for (std::size_t y = 0; y < to.height; ++y) {
-        copyBits(to.rows[y], bytes, from.rows[y], there, from.left);
-        clearFrom(to.rows[y], bytes, to.width);
-    }
+    const auto stride = static_cast<std::size_t>(from.rows.stride);
+    copyRows(to, from, (from.height - 1) * std::uint64_t{stride} + packedBytes(std::uint64_t{from.left} + from.width));
+    for (std::size_t y = 0; y < to.height; ++y)
+        clearFrom(to.rows[y], static_cast<std::size_t>(to.rows.stride), to.width);
 }
 template <class Pixel>
 void cut(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
-    for (std::size_t y = 0; y < to.height; ++y) std::memcpy(to[y], from[y], to.width * sizeof(Pixel));
-}
-
-BitArea part(BitArea area, std::uint32_t left, std::uint32_t top) {
-    area.rows.first = area.rows[top];
-    area.left = left;
-    area.width -= left;
-    area.height -= top;
-    return area;
-}
-template <class Pixel>
-PixelArea<Pixel> part(PixelArea<Pixel> area, std::uint32_t left, std::uint32_t top) {
-    area.table += top;
-    area.left = left;
-    area.width -= left;
-    area.height -= top;
-    return area;
+    copyRows<Pixel>(to, from, to.width, from[from.height - 1] + from.width);
 }
 
 }  // namespace
@@ -99,9 +83,7 @@ ImgHandle* rotate(ImgHandle* image, double degrees) {
     if (!hasRows<Kind>(image) || !std::isfinite(degrees)) return nullptr;
     if (degrees > 360 || degrees < -360) degrees -= 360 * std::trunc(degrees / 360);
     if (degrees == 0) return clone<Kind>(image);
-    if (degrees == 90) return placed(Making<Kind>(), kRotate90, *image).release();
-    if (degrees == 180) return placed(Making<Kind>(), kRotate180, *image).release();
-    if (degrees == 270) return placed(Making<Kind>(), kRotateMinus90, *image).release();
+    if (const Places* const places = rightAngle(degrees)) return placed(Making<Kind>(), *places, *image).release();
     return turnedByShears(Making<Kind>(), *image, degrees).release();
 }
 
@@ -122,12 +104,11 @@ ImgHandle* subImage(ImgHandle* image, const std::int32_t* corners) {
     if (width < 1 || height < 1 || left < 0 || top < 0 || left + width > widthOf(*image) ||
         top + height > heightOf(*image))
         return nullptr;
-    ImgHandle* const result = createLike<Kind>(*image, static_cast<std::uint32_t>(width),
-                                               static_cast<std::uint32_t>(height), alignmentOf<Kind>(*image));
-    if (result)
-        cut(areaOf<Kind>(*result),
-            part(areaOf<Kind>(*image), static_cast<std::uint32_t>(left), static_cast<std::uint32_t>(top)));
-    return result;
+    const auto part = areaOf<Kind>(*image).part(static_cast<std::uint32_t>(left), static_cast<std::uint32_t>(top),
+                                                static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+    Temporary result = Making<Kind>::like(*image, part.width, part.height);
+    if (result) cut(areaOf<Kind>(*result), part);
+    return result.release();
 }
 
 template <class Kind>

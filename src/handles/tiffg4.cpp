@@ -24,12 +24,17 @@ void freeColumnBuffers(void** buffers, std::uint64_t count) {
 
 }  // namespace
 
-void setTile(ImgG4TileRec& tile, const ImgG4Header& header, std::uint32_t row, std::uint32_t column, void* data) {
-    tile.tileData = data;
-    tile.decodeState = 0;
-    tile.decodeFlag = 1;
-    tile.originX = header.tileWidth * column;
-    tile.originY = header.tileHeight * row;
+void setTiles(const ImgG4Header& header, const TileGrid& grid, ImgG4TileRec* tile, void* const* tileData) {
+    for (std::uint32_t row = 0; row < grid.down; ++row) {
+        header.tileRows[row] = tile;
+        for (std::uint32_t column = 0; column < grid.across; ++column, ++tile) {
+            tile->tileData = *tileData++;
+            tile->decodeState = 0;
+            tile->decodeFlag = 1;
+            tile->originX = header.tileWidth * column;
+            tile->originY = header.tileHeight * row;
+        }
+    }
 }
 
 std::uint32_t ImgTIFFG4Create(ImgHandle* image, std::uint32_t width, std::uint32_t height, std::uint32_t tileWidth,
@@ -55,17 +60,12 @@ std::uint32_t ImgTIFFG4Create(ImgHandle* image, std::uint32_t width, std::uint32
     for (std::size_t k = 0; k < grid.tiles(); ++k) total += counts[k] = byteCounts[k];
     if (total > UINT32_MAX) return 0;
     h.totalBytes = static_cast<std::uint32_t>(total);
-    std::size_t next = 0;
-    for (std::uint32_t r = 0; r < grid.down; ++r) {
-        rows[r] = records.get() + next;
-        for (std::uint32_t c = 0; c < grid.across; ++c, ++next) setTile(rows[r][c], h, r, c, tileData[next]);
-    }
     // Nothing reads these buffers here: one that cannot be had stays null.
     h.columnBufA = columnBuffers(grid.across, tileWidth);
     h.columnBufB = columnBuffers(grid.across, tileWidth);
     h.byteCounts = counts.release();
-    records.release();
     h.tileRows = rows.release();
+    setTiles(h, grid, records.release(), tileData);
     image->data = tileData;
     MemSetPointer(0, tileData, &image->data);
     image->header = header.release();

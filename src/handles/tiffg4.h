@@ -36,7 +36,7 @@ private:
 /// Bytes of one work buffer of a column of tiles.
 inline std::uint64_t columnBufferBytes(std::uint32_t tileWidth) { return 4 * std::uint64_t{tileWidth} + 24; }
 
-/// Fills a tile's record but for the words that nothing uses.
-void setTile(ImgG4TileRec& tile, const ImgG4Header& header, std::uint32_t row, std::uint32_t column, void* data);
+/// Fills the tiles' records, but for the words that nothing uses, and the table of their rows.
+void setTiles(const ImgG4Header& header, const TileGrid& grid, ImgG4TileRec* records, void* const* tileData);
 
 }  // namespace tilepress::handles

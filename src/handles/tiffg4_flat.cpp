@@ -82,12 +82,7 @@ void** setPointers(unsigned char* block, ImgG4Header& header, const FlatLayout& 
 /// Fills in the tiles' records and the columns' buffers.
 void setParts(unsigned char* block, const ImgG4Header& header, const TileGrid& grid, const FlatLayout& at,
               void* const* tiles) {
-    auto* const records = reinterpret_cast<ImgG4TileRec*>(block + static_cast<std::size_t>(at.records));
-    std::size_t k = 0;
-    for (std::uint32_t r = 0; r < grid.down; ++r) {
-        header.tileRows[r] = records + k;
-        for (std::uint32_t c = 0; c < grid.across; ++c, ++k) setTile(header.tileRows[r][c], header, r, c, tiles[k]);
-    }
+    setTiles(header, grid, reinterpret_cast<ImgG4TileRec*>(block + static_cast<std::size_t>(at.records)), tiles);
     const auto bytes = static_cast<std::size_t>(columnBufferBytes(header.tileWidth));
     unsigned char* buffer = block + static_cast<std::size_t>(at.columnBuffers);
     for (void** const buffers : {header.columnBufA, header.columnBufB})

@@ -54,14 +54,6 @@ bool expand(const BitArea& to, CodedRows& rows) {
     return true;
 }
 
-/// A clear bilevel image, or null.
-Temporary newBilevel(std::uint32_t width, std::uint32_t height, std::uint32_t alignBits) {
-    Temporary image(ImgNew(ImgTypeBilevel));
-    if (image && (!Img1Create(image.get(), width, height, alignBits, nullptr) || !hasRows<Bilevel>(image.get())))
-        image.reset();
-    return image;
-}
-
 /// `paint` fills an image of that size from the rows; null when it cannot.
 template <class Paint>
 Temporary painted(const ImgHandle& image, const RenderSize& size, Paint paint) {
@@ -69,9 +61,9 @@ Temporary painted(const ImgHandle& image, const RenderSize& size, Paint paint) {
     const TileGrid grid(header);
     if (!image.data || !header.byteCounts || grid.tiles() == 0) return nullptr;
     CodedRows rows(image, grid);
-    Temporary result;
-    if (rows.begin()) result = newBilevel(size.width, size.height, size.alignBits);
-    if (result && !paint(areaOf<Bilevel>(*result), rows)) result.reset();
+    if (!rows.begin()) return nullptr;
+    Temporary result = createClear(ImgTypeBilevel, size.width, size.height, size.alignBits, nullptr, 0);
+    if (!hasRows<Bilevel>(result.get()) || !paint(areaOf<Bilevel>(*result), rows)) return nullptr;
     return result;
 }
 

@@ -24,6 +24,11 @@ struct PackedRows {
 struct BitArea {
     PackedRows rows;
     std::uint32_t left, width, height;
+
+    /// A rectangle that lies in it.
+    BitArea part(std::uint32_t x, std::uint32_t y, std::uint32_t w, std::uint32_t h) const {
+        return {{rows[y], rows.stride}, left + x, w, h};
+    }
 };
 
 /// The same rows in reverse order.
@@ -70,6 +75,16 @@ inline void copyBits(unsigned char* dst, std::size_t count, const unsigned char*
     if (to == count) return;
     std::memset(dst + to, 0, count - to);
     if (first + static_cast<std::int64_t>(to) == end - 1) dst[to] = static_cast<unsigned char>(src[end - 1] << shift);
+}
+
+/// Fills the rows of `to` whole: what pads them takes the pixels that follow those of `from`, and 0 from the end of its
+/// block on, `bytes` behind the beginning of its first row.
+inline void copyRows(const BitArea& to, const BitArea& from, std::uint64_t bytes) {
+    for (std::size_t y = 0; y < to.height; ++y) {
+        const std::uint64_t start = std::uint64_t{y} * static_cast<std::size_t>(from.rows.stride);
+        copyBits(to.rows[y], static_cast<std::size_t>(to.rows.stride), from.rows[y],
+                 static_cast<std::size_t>(bytes - start), from.left);
+    }
 }
 
 /// Turns every bit of `count` bytes over.

@@ -24,6 +24,14 @@ inline constexpr Places kRotate90{true, true, false};
 inline constexpr Places kRotateMinus90{true, false, true};
 inline constexpr Places kRotate180{false, true, true};
 
+/// Degrees within which an angle counts as a right one.
+inline constexpr double kSnapTolerance = 0.001;
+
+/// The places of a picture turned by 90, 180 or 270 degrees; null for any other angle.
+inline const Places* rightAngle(double degrees) {
+    return degrees == 90 ? &kRotate90 : degrees == 180 ? &kRotate180 : degrees == 270 ? &kRotateMinus90 : nullptr;
+}
+
 inline void reversePixels(unsigned char* dst, const unsigned char* src, std::size_t count) {
     const unsigned char* end = src + count;
     for (; end - src >= 16; end -= 16, dst += 16) storeLanes(dst, reverseBytes(loadLanes<Words2>(end - 16)));

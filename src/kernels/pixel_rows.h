@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace tilepress {
 
@@ -20,7 +21,19 @@ struct PixelArea {
     std::uint32_t width, height;
 
     Pixel* operator[](std::size_t row) const { return table[row] + left; }
+    /// A rectangle that lies in it.
+    PixelArea part(std::uint32_t x, std::uint32_t y, std::uint32_t w, std::uint32_t h) const {
+        return {table + y, left + x, w, h};
+    }
 };
+
+/// Copies `count` pixels a row, which may be more than the areas are wide, of those before `end`. Rows in order: where
+/// they overlap, the next one overwrites what follows a row's own pixels.
+template <class Pixel>
+inline void copyRows(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from, std::size_t count, const Pixel* end) {
+    for (std::size_t y = 0; y < to.height; ++y)
+        std::memcpy(to[y], from[y], std::min(count, static_cast<std::size_t>(end - from[y])) * sizeof(Pixel));
+}
 
 /// One pixel as often as eight or sixteen bytes hold it.
 inline std::uint64_t repeated(unsigned char pixel) { return everyByte(pixel); }

@@ -49,12 +49,9 @@ bool CImg1::initData() {
 }
 
 bool CImg1::initData(unsigned char* data, ImgULong length) {
-    if (numberOfTiles == 0 || !data) return false;
+    if (!data || !initData()) return false;
     if (numberOfTiles > 1) return true;
-    const std::uint64_t bytes = std::uint64_t{getHeight()} * bytesPerLine;
-    if (bytes > UINT32_MAX) return false;
-    totalBytes = static_cast<ImgULong>(bytes);
-    if (!verifyHeader(length) || !initData()) return false;
+    if (!verifyHeader(length)) return false;
     std::memcpy(pixels, data, totalBytes);
     return true;
 }

@@ -1,11 +1,10 @@
 #include "tilepress/CImg32.h"
 
-#include "model/unset_pixels.h"
+#include "model/row_storage.h"
 #include "tilepress/Export.h"
 #include "tilepress/TileIterators.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 using namespace tilepress;
@@ -33,24 +32,12 @@ bool CImg32::verifyHeader(ImgULong length) const {
            totalBytes <= length;
 }
 
-bool CImg32::initData() { return FreshPixels::make(*this, true); }
-
-bool CImg32::initData(ImgULong* data, ImgULong length) {
-    if (rows || !data || length < 4) return false;
-    const std::uint64_t bytes = std::uint64_t{bytesPerLine} * getHeight();
-    if (bytes > UINT32_MAX) return false;
-    totalBytes = static_cast<ImgULong>(bytes);
-    if (!verifyHeader(length) || !initData()) return false;
-    std::memcpy(rows[0], data, totalBytes);
-    return true;
-}
+bool CImg32::initData() { return RowStorage::make(*this, true); }
+bool CImg32::initData(ImgULong* data, ImgULong length) { return RowStorage::copy(*this, data, length); }
 
 bool CImg32::initDataFrom24(unsigned char* data, ImgULong length, ImgAlignmentEnum rowAlignment, RGBOrder sourceOrder) {
-    if (rows || !data || length < 3) return false;
-    const std::uint64_t width = getWidth(), height = getHeight(), bytes = bytesPerLine * height;
-    if (bytes > UINT32_MAX) return false;
-    totalBytes = static_cast<ImgULong>(bytes);
-    const std::uint64_t widened = std::uint64_t{length} * 4 / 3;
+    if (!data || length < 3 || !RowStorage::setTotalBytes(*this)) return false;
+    const std::uint64_t width = getWidth(), height = getHeight(), widened = std::uint64_t{length} * 4 / 3;
     if (!verifyHeader(static_cast<ImgULong>(std::min<std::uint64_t>(widened, UINT32_MAX)))) return false;
     if (rowAlignment == ImgAlignDword && length < (height - 1) * ((width * 3 + 3) / 4 * 4) + width * 3) return false;
     return initData() &&
@@ -74,7 +61,7 @@ CImg32* CImg32::create(ImgULong width, ImgULong height, ImgULong* data, ImgULong
 }
 
 CImg32* CImg32::create(const IImg& source, RGBOrder order) {
-    CImg32* image = FreshPixels::create(source.getWidth(), source.getHeight(), order);
+    CImg32* image = RowStorage::createUnset(source.getWidth(), source.getHeight(), order);
     // Kept: a refused conversion leaves a blank image, and no code.
     if (image) convertInto(*image, source);
     return image;
@@ -98,26 +85,8 @@ IImg* CImg32::clone() const { return create(*this, RGBOrderRGB); }
 
 // --- pixels ---
 
-ImgErr CImg32::transferData(ImgULong** data, ImgULong length) {
-    if (!verifyHeader(length) || !data) return imgRaise(ImgErrCreate);
-    // The old block goes last: it may be the one handed in.
-    ImgULong** const old = rows;
-    rows = nullptr;
-    const bool copied = initData(*data, length);
-    freeRows(old);
-    if (!copied) return imgRaise(ImgErrCreate);
-    // Kept: the caller's block is copied and its pointer lost, unlike the bilevel kind.
-    *data = nullptr;
-    return imgRaise(ImgErrNone);
-}
-
-ImgErr CImg32::dupData(ImgULong* data, ImgULong length) {
-    if (!verifyHeader(length) || !data) return imgRaise(ImgErrCreate);
-    if (!rows && !initData()) return imgRaise(ImgErrCreate);
-    std::memmove(rows[0], data, totalBytes);
-    return imgRaise(ImgErrNone);
-}
-
+ImgErr CImg32::transferData(ImgULong** data, ImgULong length) { return RowStorage::transfer(*this, data, length); }
+ImgErr CImg32::dupData(ImgULong* data, ImgULong length) { return RowStorage::duplicate(*this, data, length); }
 ImgULong* CImg32::ownData() { return releaseBlock(rows); }
 ImgULong* CImg32::peekData() const { return rows ? rows[0] : nullptr; }
 ImgULong** CImg32::peekDataArray() const { return rows; }

@@ -1,11 +1,9 @@
 #include "tilepress/CImg8.h"
 
-#include "model/temporary.h"
-#include "model/unset_pixels.h"
+#include "model/row_storage.h"
 #include "tilepress/Export.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 using namespace tilepress;
@@ -41,18 +39,8 @@ bool CImg8::verifyHeader(ImgULong length) const {
            length == totalBytes;
 }
 
-bool CImg8::initData() { return FreshPixels::make(*this, true); }
-
-bool CImg8::initData(unsigned char* data, ImgULong length) {
-    // Kept: fewer than four bytes are refused.
-    if (rows || !data || length < 4) return false;
-    const std::uint64_t bytes = std::uint64_t{rowBytes} * getHeight();
-    if (bytes > UINT32_MAX) return false;
-    totalBytes = static_cast<ImgULong>(bytes);
-    if (!verifyHeader(length) || !initData()) return false;
-    std::memcpy(rows[0], data, length);
-    return true;
-}
+bool CImg8::initData() { return RowStorage::make(*this, true); }
+bool CImg8::initData(unsigned char* data, ImgULong length) { return RowStorage::copy(*this, data, length); }
 
 bool CImg8::initColorMap(ColorMap* map) {
     if (colorMap) return true;
@@ -90,7 +78,7 @@ CImg8* CImg8::create(ImgULong width, ImgULong height, unsigned char* data, ImgUL
 }
 
 CImg8* CImg8::create(const IImg& source, ColorMap* map, ImgAlignmentEnum rowAlignment) {
-    Temporary<CImg8> image(FreshPixels::create(source.getWidth(), source.getHeight(), map, rowAlignment));
+    Temporary<CImg8> image(RowStorage::createUnset(source.getWidth(), source.getHeight(), map, rowAlignment));
     return image && Export::xfm(*image, source) ? image.release() : nullptr;
 }
 
@@ -108,26 +96,8 @@ IImg* CImg8::clone() const { return create(*this, nullptr, ImgAlignNone); }
 
 // --- pixels ---
 
-ImgErr CImg8::transferData(unsigned char** data, ImgULong length) {
-    if (!verifyHeader(length) || !data) return imgRaise(ImgErrCreate);
-    // The old block goes last: it may be the one handed in.
-    unsigned char** const old = rows;
-    rows = nullptr;
-    const bool copied = initData(*data, length);
-    freeRows(old);
-    if (!copied) return imgRaise(ImgErrCreate);
-    // Kept: the caller's block is copied and its pointer lost, unlike the bilevel kind.
-    *data = nullptr;
-    return imgRaise(ImgErrNone);
-}
-
-ImgErr CImg8::dupData(unsigned char* data, ImgULong length) {
-    if (!verifyHeader(length) || !data) return imgRaise(ImgErrCreate);
-    if (!rows && !initData()) return imgRaise(ImgErrCreate);
-    std::memmove(rows[0], data, length);
-    return imgRaise(ImgErrNone);
-}
-
+ImgErr CImg8::transferData(unsigned char** data, ImgULong length) { return RowStorage::transfer(*this, data, length); }
+ImgErr CImg8::dupData(unsigned char* data, ImgULong length) { return RowStorage::duplicate(*this, data, length); }
 unsigned char* CImg8::ownData() { return releaseBlock(rows); }
 unsigned char* CImg8::peekData() const { return rows ? rows[0] : nullptr; }
 unsigned char** CImg8::peekDataArray() const { return rows; }

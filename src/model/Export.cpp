@@ -1,10 +1,11 @@
 #include "tilepress/Export.h"
 
 #include "foundation/bits.h"
+#include "foundation/colour_entries.h"
 #include "kernels/dither.h"
 #include "kernels/expand_bits.h"
 #include "model/image_kinds.h"
-#include "model/unset_pixels.h"
+#include "model/row_storage.h"
 #include "tilepress/CImg1G4.h"
 
 #include <algorithm>
@@ -12,35 +13,15 @@
 
 using namespace tilepress;
 
-// --- rows ---
-
 static ImgULong withEndsExchanged(ImgULong pixel) {
     return (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
 }
 
-// --- colours of a palette image ---
-
-/// The map's colour for a pixel, components in 0 to 255; black past its entries.
-struct Palette {
-    const ColorMapEntry* entries;
-    unsigned count;
-
-    explicit Palette(const CImg8& image) : entries(nullptr), count(0) {
-        const ColorMap* map = image.getColorMap();
-        if (!map || !map->entries) return;
-        entries = map->entries;
-        count = static_cast<unsigned>(std::max(0, std::min(map->count, map->capacity)));
-    }
-    /// of(red, green, blue) for each of the 256 pixel values.
-    template <class T, class Of>
-    void tabulate(T (&table)[256], Of of) const {
-        const auto clamped = [](int32_t component) { return static_cast<unsigned>(std::clamp(component, 0, 255)); };
-        for (unsigned i = 0; i < 256; ++i) {
-            const ColorMapEntry colour = i < count ? entries[i] : ColorMapEntry{0, 0, 0};
-            table[i] = of(clamped(colour.red), clamped(colour.green), clamped(colour.blue));
-        }
-    }
-};
+/// of(red, green, blue) for each of the 256 pixel values of a palette image.
+template <class T, class Of>
+static void tabulate(T (&table)[256], const CImg8& image, Of of) {
+    for (std::int32_t pixel = 0; pixel < 256; ++pixel) table[pixel] = colourAt(image.getColorMap(), pixel, of);
+}
 
 // --- one function for each pair that can be converted ---
 
@@ -77,7 +58,7 @@ static bool convert(CImg32& to, const CImg1& from) {
 static bool convert(CImg1& to, const CImg8& from) {
     if (!sameSize(to, from)) return false;
     unsigned char tones[256];
-    Palette(from).tabulate(tones, toneOf);
+    tabulate(tones, from, toneOf);
     const std::size_t width = from.getWidth();
     return dither(to.peekData(), to.getTotalBytes(), std::uint64_t{width} + to.getPadBits(), width, from.getHeight(),
                   [&](unsigned char* line, std::size_t y) { loadTones(line, from.peekDataArray()[y], tones, width); });
@@ -85,11 +66,10 @@ static bool convert(CImg1& to, const CImg8& from) {
 
 /// `fresh`: nobody has seen the pixels of `to`, and they count as 0.
 static bool convert(CImg32& to, const CImg8& from, bool fresh = false) {
-    const Palette palette(from);
-    if (!sameSize(to, from) || palette.count == 0) return false;
+    if (!sameSize(to, from) || usableEntries(from.getColorMap()) == 0) return false;
     const bool redFirst = to.getRGBOrder() == RGBOrderRGB;
     ImgULong pixels[256];
-    palette.tabulate(pixels, [redFirst](unsigned red, unsigned green, unsigned blue) {
+    tabulate(pixels, from, [redFirst](unsigned red, unsigned green, unsigned blue) {
         return static_cast<ImgULong>(redFirst ? red | green << 8 | blue << 16 : blue | green << 8 | red << 16);
     });
     const std::size_t width = from.getWidth(), height = from.getHeight();
@@ -133,45 +113,24 @@ static bool converted(IImg& to, const IImg& from) {
     return hasPixels(destination) && hasPixels(source) && convert(destination, source);
 }
 
-static bool fromBilevel(IImg& to, const IImg& from) {
-    switch (to.getType()) {
-    case ImageTypeBilevel: return converted<CImg1, CImg1>(to, from);
-    case ImageTypePalette: return converted<CImg8, CImg1>(to, from);
-    case ImageTypeRGB: return converted<CImg32, CImg1>(to, from);
-    default: return false;
-    }
-}
-
-static bool fromPalette(IImg& to, const IImg& from) {
-    switch (to.getType()) {
-    case ImageTypeBilevel: return converted<CImg1, CImg8>(to, from);
-    case ImageTypeRGB: return converted<CImg32, CImg8>(to, from);
-    default: return false;
-    }
-}
-
-static bool fromRGB(IImg& to, const IImg& from) {
-    switch (to.getType()) {
-    case ImageTypeBilevel: return converted<CImg1, CImg32>(to, from);
-    case ImageTypeRGB: return converted<CImg32, CImg32>(to, from);
-    default: return false;
-    }
-}
-
-static bool fromCompressed(IImg& to, const IImg& from) {
-    if (to.getType() != ImageTypeBilevel) return false;
-    return static_cast<CImg1G4&>(unconst(from)).uncompress(static_cast<CImg1*>(&to), from.getRect());
-}
+static constexpr std::uint64_t pair(ImageType from, ImageType to) { return std::uint64_t{from} << 32 | to; }
 
 bool Export::xfm(IImg* destination, const IImg* source) {
     if (!destination || !source) return false;
-    switch (unconst(*source).getType()) {
-    case ImageTypeBilevel: return fromBilevel(*destination, *source);
-    case ImageTypeBilevelG4: return fromCompressed(*destination, *source);
-    case ImageTypePalette: return fromPalette(*destination, *source);
-    case ImageTypeRGB: return fromRGB(*destination, *source);
+    IImg& to = *destination;
+    const IImg& from = *source;
+    switch (pair(unconst(from).getType(), to.getType())) {
+    case pair(ImageTypeBilevel, ImageTypeBilevel): return converted<CImg1, CImg1>(to, from);
+    case pair(ImageTypeBilevel, ImageTypePalette): return converted<CImg8, CImg1>(to, from);
+    case pair(ImageTypeBilevel, ImageTypeRGB): return converted<CImg32, CImg1>(to, from);
+    case pair(ImageTypeBilevelG4, ImageTypeBilevel):
+        return static_cast<CImg1G4&>(unconst(from)).uncompress(static_cast<CImg1*>(&to), from.getRect());
+    case pair(ImageTypePalette, ImageTypeBilevel): return converted<CImg1, CImg8>(to, from);
+    case pair(ImageTypePalette, ImageTypeRGB): return converted<CImg32, CImg8>(to, from);
+    case pair(ImageTypeRGB, ImageTypeBilevel): return converted<CImg1, CImg32>(to, from);
+    case pair(ImageTypeRGB, ImageTypeRGB): return converted<CImg32, CImg32>(to, from);
+    default: return false;
     }
-    return false;
 }
 
 void tilepress::convertInto(CImg32& fresh, const IImg& source) {

@@ -14,11 +14,6 @@ inline PackedRows packedRows(const CImg1& image) {
 
 /// The whole image, or a rectangle that lies in it.
 inline BitArea areaOf(const CImg1& image) { return {packedRows(image), 0, image.getWidth(), image.getHeight()}; }
-inline BitArea areaOf(const CImg1& image, const ImgRect& part) {
-    const PackedRows rows = packedRows(image);
-    return {{rows[part.getTop()], rows.stride}, part.getLeft(), part.getWidth(), part.getHeight()};
-}
-
 inline PixelArea<unsigned char> areaOf(const CImg8& image) {
     return {image.peekDataArray(), 0, image.getWidth(), image.getHeight()};
 }
@@ -27,12 +22,7 @@ inline PixelArea<ImgULong> areaOf(const CImg32& image) {
 }
 template <class Image>
 inline auto areaOf(const Image& image, const ImgRect& part) {
-    auto area = areaOf(image);
-    area.table += part.getTop();
-    area.left = part.getLeft();
-    area.width = part.getWidth();
-    area.height = part.getHeight();
-    return area;
+    return areaOf(image).part(part.getLeft(), part.getTop(), part.getWidth(), part.getHeight());
 }
 
 }  // namespace tilepress

@@ -3,7 +3,7 @@
 // What differs between the kinds of uncompressed image, so that code above is
 // written once, and the tests every worker makes first.
 
-#include "model/unset_pixels.h"
+#include "model/row_storage.h"
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
@@ -47,10 +47,10 @@ inline CImg1* createLike(const CImg1& source, ImgULong width, ImgULong height) {
                          alignmentOf(source));
 }
 inline CImg8* createLike(const CImg8& source, ImgULong width, ImgULong height) {
-    return FreshPixels::create(width, height, source.getColorMap(), alignmentOf(source));
+    return RowStorage::createUnset(width, height, source.getColorMap(), alignmentOf(source));
 }
 inline CImg32* createLike(const CImg32& source, ImgULong width, ImgULong height) {
-    return FreshPixels::create(width, height, source.getRGBOrder());
+    return RowStorage::createUnset(width, height, source.getRGBOrder());
 }
 
 }  // namespace tilepress

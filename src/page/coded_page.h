@@ -59,7 +59,7 @@ struct RelaidTiles {
 };
 
 /// Widest and highest page and tile, and longest tile, that the row decoder takes.
-inline constexpr std::uint32_t kMostPixelsASide = 0x7FFFFFFF - 16, kMostTileBytes = 0x7FFFFFFF - 256;
+inline constexpr std::uint32_t kMostPixelsASide = g4::kMaxListWidth, kMostTileBytes = 0x7FFFFFFF - 256;
 
 }  // namespace tilepress
 

@@ -20,10 +20,11 @@ bool isOfKind(const IImg& other, ImageType kind) {
     return refuse(ImgErrBadArgument);
 }
 
-/// The copy that a copying form works on, or null with the error recorded.
-template <class Image>
-Image* orRaise(Image* copy) {
-    if (!copy) imgRaise(ImgErrCreate);
+/// A copying form: the same in place on a copy, which may be null.
+template <class Image, class... Request>
+IImg* onCopy(Image* copy, Request&&... request) {
+    if (!copy) return refuse(ImgErrCreate);
+    copy->doRasOpInPlace(request...);
     return copy;
 }
 
@@ -118,8 +119,8 @@ ImgErr CImg1::rasOpSet(CImg1* dest, bool onlyOthers, ImgULong keepValue, ImgULon
 
 IImg* CImg1::doRasOp(RasOpT op, RasOpXfmAttr& attr, const IImg& other) {
     if (!isOfKind(other, ImageTypeBilevel)) return nullptr;
-    CImg1* copy = orRaise(create(*this, backgroundInterpretation, foregroundInterpretation, alignment));
-    if (!copy) return nullptr;
+    CImg1* copy = create(*this, backgroundInterpretation, foregroundInterpretation, alignment);
+    if (!copy) return refuse(ImgErrCreate);
     const CImg1& second = static_cast<const CImg1&>(other);
     ImgErr result = ImgErrNone;
     if (op == RasOpAnd) result = rasOpAnd(copy, attr, second);
@@ -148,15 +149,11 @@ ImgErr CImg8::rasOpSet(CImg8* dest, bool onlyOthers, ImgULong keepValue, ImgULon
 // Kept: no palette image can be made from a palette image, so both copying forms always fail.
 IImg* CImg8::doRasOp(RasOpT op, RasOpXfmAttr& attr, const IImg& other) {
     if (!isOfKind(other, ImageTypePalette)) return nullptr;
-    CImg8* copy = orRaise(create(*this, colorMap, alignment));
-    if (copy) copy->doRasOpInPlace(op, attr, other);
-    return copy;
+    return onCopy(create(*this, colorMap, alignment), op, attr, other);
 }
 
 IImg* CImg8::doRasOp(RasOpT op, bool onlyOthers, ImgULong keepValue, ImgULong value) {
-    CImg8* copy = orRaise(create(*this, colorMap, alignment));
-    if (copy) copy->doRasOpInPlace(op, onlyOthers, keepValue, value);
-    return copy;
+    return onCopy(create(*this, colorMap, alignment), op, onlyOthers, keepValue, value);
 }
 
 void CImg8::doRasOpInPlace(RasOpT op, RasOpXfmAttr& attr, const IImg& other) {
@@ -180,15 +177,11 @@ ImgErr CImg32::rasOpSet(CImg32* dest, bool onlyOthers, ImgULong keepValue, ImgUL
 
 IImg* CImg32::doRasOp(RasOpT op, RasOpXfmAttr& attr, const IImg& other) {
     if (!isOfKind(other, ImageTypeRGB)) return nullptr;
-    CImg32* copy = orRaise(create(*this, RGBOrderRGB));
-    if (copy) copy->doRasOpInPlace(op, attr, other);
-    return copy;
+    return onCopy(create(*this, RGBOrderRGB), op, attr, other);
 }
 
 IImg* CImg32::doRasOp(RasOpT op, bool onlyOthers, ImgULong keepValue, ImgULong value) {
-    CImg32* copy = orRaise(create(*this, RGBOrderRGB));
-    if (copy) copy->doRasOpInPlace(op, onlyOthers, keepValue, value);
-    return copy;
+    return onCopy(create(*this, RGBOrderRGB), op, onlyOthers, keepValue, value);
 }
 
 void CImg32::doRasOpInPlace(RasOpT op, RasOpXfmAttr& attr, const IImg& other) {

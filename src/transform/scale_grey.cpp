@@ -101,7 +101,7 @@ CImg32* CImg1::Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const Img
     InkCounter counter(areaOf(*this, src), calculateBackground() == 1);
     if (!maps.prepare(src.getWidth(), src.getHeight(), dstWidth, dstHeight) || !counter.prepare(dstWidth))
         return nullptr;
-    CImg32* const result = FreshPixels::create(dstWidth, dstHeight, RGBOrderRGB);
+    CImg32* const result = RowStorage::createUnset(dstWidth, dstHeight, RGBOrderRGB);
     if (!result) return nullptr;
     const ImgULong low = src.getWidth() / dstWidth;
     forEachMark(src.getHeight(), dstHeight, [&](ImgULong first, ImgULong height, ImgULong band) {
