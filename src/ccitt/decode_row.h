@@ -18,7 +18,9 @@ enum RowStatus : std::int16_t {
     kRowInvalidMode = 6,
     // By the standard alone:
     kRowBackwards = 7,  // a code leads left of where the row already is
-    kRowNoData = 8      // the data end, or an end-of-block ends them, before the row does
+    kRowNoData = 8,     // the data end, or an end-of-block ends them, before the row does
+    // By a cursor alone:
+    kRowNoMemory = 9
 };
 
 /// What rows mean that no coder of the plain kind writes.

@@ -25,7 +25,8 @@ struct TileCodes {
     CodeOrder order = CodeOrder::ready;
 };
 
-/// The rows of a tile, from the top. Codes that are not ready for the decoder are copied on entering the tile.
+/// The rows of a tile, from the top. Codes that are not ready for the decoder are copied as rows come to them, into a
+/// window that grows for a row of more codes than it holds, and with damaged ones up to the tile's end.
 class RowCursor {
 public:
     RowCursor() = default;
@@ -38,14 +39,16 @@ public:
     /// Goes to the top of a tile; false when memory runs out. The codes must stay until the next one is entered.
     bool enter(const TileCodes& codes);
 
-    /// Decodes a row; where that fails, the row before stays.
+    /// Decodes a row; where that fails, the row before stays. After kRowNoMemory another tile must be entered.
     RowStatus next() {
         if (still_) return kRowDecoded;
         if (staysWhite(codes_, bit_, row())) {
             ++bit_;
             return kRowDecoded;
         }
-        const RowStatus status = decodeLine(codes_, bit_, row(), width_, coding_, codingCount_, how_);
+        const std::int64_t begin = bit_;
+        RowStatus status = decodeLine(codes_, bit_, row(), width_, coding_, codingCount_, how_);
+        if (goesOn_) status = moveOn(begin, status);
         if (status != kRowDecoded) return status;
         std::swap(coding_, row_);
         std::swap(codingCount_, count_);
@@ -59,12 +62,27 @@ public:
         if (paper) becomePaper();
     }
     /// The bit at which the next row's codes begin.
-    std::int64_t position() const { return bit_; }
-    /// The codes as they are decoded.
-    const CodedData& codes() const { return codes_; }
+    std::int64_t position() const { return 8 * window_.base + bit_; }
+    /// Bytes of the tile's codes.
+    std::int64_t length() const {
+        return tile_.length + (tile_.order == CodeOrder::pairsExchanged && tile_.length % 2);
+    }
+    /// The codes from the next row's or a little before them up to the tile's end, and the bit at which that row's
+    /// begin; null when memory runs out.
+    const CodedData* rest(std::int64_t& bit);
 
 private:
-    bool copy(const TileCodes& codes);
+    /// The stretch of codes that is copied.
+    struct Window {
+        Heap<unsigned char> bytes;
+        std::int64_t room = 0;     ///< bytes, without the zeros behind them
+        std::int64_t base = 0;     ///< the tile's byte that is the first
+        std::int64_t certain = 0;  ///< a row that ends before this bit does not depend on what follows
+    };
+
+    bool reserve(std::int64_t room);
+    void copyFrom(std::int64_t base);
+    RowStatus moveOn(std::int64_t begin, RowStatus status);
     void becomePaper();
 
     CodedData codes_{nullptr, 0, false};
@@ -75,8 +93,9 @@ private:
     Decoding how_ = Decoding::classic;
     bool blackPaper_ = false;
     bool still_ = true;
-    Heap<unsigned char> copied_;
-    std::uint64_t room_ = 0;
+    bool goesOn_ = false;  ///< the window is not all of the tile's codes from it on
+    TileCodes tile_;
+    Window window_;
 };
 
 }  // namespace tilepress::g4

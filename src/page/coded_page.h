@@ -27,7 +27,8 @@ struct PageTiles {
     g4::CodeOrder order;
     std::uint32_t longest;  ///< bytes of the longest tile
 
-    /// Bytes that a walk over a rectangle takes, copies of codes that cannot be decoded where they are with them.
+    /// Bytes that a walk over a rectangle takes at most, copies of codes that cannot be decoded where they are with
+    /// them: all codes of tiles that are damaged.
     std::uint64_t walkMemory(const g4::PageRect& rect) const {
         const std::uint64_t columns =
             (rect.left + (rect.width - 1)) / layout.tileWidth - rect.left / layout.tileWidth + 1;

@@ -43,6 +43,7 @@ bool TileWalk::enterTileRow() {
 
 /// Whether the walk goes on past a tile that cannot be decoded, which its cursor is then prepared for.
 bool TileWalk::goesOn(std::uint32_t k, RowStatus status) {
+    if (status == kRowNoMemory) return fail(WalkEnd::noMemory);
     const std::uint32_t column = firstColumn_ + k;
     damage_ = {std::size_t{row_ / layout_.tileHeight} * layout_.across() + column,
                rowInTile_,

@@ -1,8 +1,8 @@
 #pragma once
 
 // The one walk over a grid of coded tiles: the rows of a rectangle from the top, of each row the tiles under it from
-// the left. No tile is expanded; memory is two lists a tile column, and copies of codes that are not ready for the
-// decoder.
+// the left. No tile is expanded; memory is two lists a tile column, and a window of codes that are not ready for
+// the decoder.
 
 #include "ccitt/row_cursor.h"
 

@@ -24,49 +24,55 @@ std::int64_t pastEndsOfLine(const CodedData& codes, std::int64_t bit) {
     return bit;
 }
 
-/// Where the bytes begin that nothing explains, or -1.
-std::int64_t leftOver(const RowCursor& cursor) {
-    const CodedData& codes = cursor.codes();
-    const std::int64_t byte = (pastEndsOfLine(codes, cursor.position()) + 7) >> 3;
-    return codes.length - byte > kMostFill ? byte : -1;
+/// Where the bytes begin that nothing explains, or -1. Like `decode` it notes what ends the call.
+std::int64_t leftOver(RowCursor& cursor, tp_status& ended) {
+    std::int64_t bit = 0;
+    const CodedData* const codes = cursor.rest(bit);
+    if (!codes) {
+        ended = TP_E_MEMORY;
+        return -1;
+    }
+    const std::int64_t left = codes->length - ((pastEndsOfLine(*codes, bit) + 7) >> 3);
+    return left > kMostFill ? cursor.length() - left : -1;
 }
 
 /// Decodes `rows` of the tile's rows; the first one that fails is `row` then.
-RowStatus decode(RowCursor& cursor, std::uint32_t& row, std::uint32_t rows, CallOptions& call, bool& cancelled) {
-    for (; row < rows && !cancelled; ++row) {
-        if (const RowStatus status = cursor.next(); status != kRowDecoded) return status;
-        cancelled = !call.rowDone();
+RowStatus decode(RowCursor& cursor, std::uint32_t& row, std::uint32_t rows, CallOptions& call, tp_status& ended) {
+    for (; row < rows && ended == TP_OK; ++row) {
+        const RowStatus status = cursor.next();
+        if (status == kRowNoMemory) ended = TP_E_MEMORY;
+        if (status != kRowDecoded) return status;
+        if (!call.rowDone()) ended = TP_E_CANCELLED;
     }
     return kRowDecoded;
 }
 
-/// Reports what is wrong with the tile that the cursor has entered, of which `pageRows` lie on the page; false when the
-/// caller wants no more.
-bool verifyTile(RowCursor& cursor, tp_damage place, std::uint32_t height, std::uint32_t pageRows, bool isStrip,
-                CallOptions& call) {
+/// Reports what is wrong with the tile that the cursor has entered, of which `pageRows` lie on the page; TP_OK unless
+/// the call has ended.
+tp_status verifyTile(RowCursor& cursor, tp_damage place, std::uint32_t height, std::uint32_t pageRows, bool isStrip,
+                     CallOptions& call) {
     const std::uint32_t top = place.top;
-    bool cancelled = false;
+    tp_status ended = TP_OK;
     const auto report = [&](std::uint32_t row, std::int64_t byte, std::uint32_t kind) {
         place.row = row;
         place.top = top + row;
-        place.byte = std::min<std::uint64_t>(static_cast<std::uint64_t>(byte),
-                                             static_cast<std::uint64_t>(cursor.codes().length));
+        place.byte = static_cast<std::uint64_t>(std::min(byte, cursor.length()));
         place.kind = kind;
         call.report(place);
     };
     // The last strip ends with the page, but a tile that happens to be as wide as its page goes on.
     const std::uint32_t rows = isStrip ? std::min(height, pageRows) : height;
     std::uint32_t row = 0;
-    if (const RowStatus status = decode(cursor, row, rows, call, cancelled); status != kRowDecoded) {
-        report(row, cursor.position() >> 3, kindOf(status));
-        return true;
+    if (const RowStatus status = decode(cursor, row, rows, call, ended); status != kRowDecoded) {
+        if (ended == TP_OK) report(row, cursor.position() >> 3, kindOf(status));
+        return ended;
     }
-    const std::int64_t byte = cancelled ? -1 : leftOver(cursor);
-    if (byte < 0) return !cancelled;
-    if (rows < height && decode(cursor, row, height, call, cancelled) == kRowDecoded && leftOver(cursor) < 0)
-        return !cancelled;
-    report(rows, byte, TP_LEFT_OVER);
-    return !cancelled;
+    const std::int64_t byte = ended == TP_OK ? leftOver(cursor, ended) : -1;
+    if (byte < 0) return ended;
+    if (rows < height && decode(cursor, row, height, call, ended) == kRowDecoded && leftOver(cursor, ended) < 0)
+        return ended;
+    if (ended == TP_OK) report(rows, byte, TP_LEFT_OVER);
+    return ended;
 }
 
 }  // namespace
@@ -87,9 +93,10 @@ tp_status TILEPRESS_CALL tp_page_verify(const tp_page* page, tp_options* options
         if (!cursor.enter(tiles.source().codesOf(&tiles, k))) return TP_E_MEMORY;
         const std::uint32_t top = k / across * layout.tileHeight;
         const tp_damage place{k, 0, 0, 0, k % across * layout.tileWidth, top};
-        if (!verifyTile(cursor, place, layout.tileHeight, std::min(layout.tileHeight, layout.height - top),
-                        layout.tileWidth == layout.width, call))
-            return TP_E_CANCELLED;
+        const tp_status ended =
+            verifyTile(cursor, place, layout.tileHeight, std::min(layout.tileHeight, layout.height - top),
+                       layout.tileWidth == layout.width, call);
+        if (ended != TP_OK) return ended;
     }
     return call.finish();
 }

@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -346,8 +347,10 @@ TEST(AllocationFailure, Pages) {
         failEach("render", [&] { return isDone(tp_page_render(page, views + k, 1, nullptr)); });
     }
     failEach("render several", [&] { return isDone(tp_page_render(page, views, 3, nullptr)); });
+    const auto verify = [&] { return isDone(tp_page_verify(page, nullptr)); };
+    failEach("verify borrowed", verify);
     failEach("open", [&] { return open(0); });
-    failEach("verify", [&] { return isDone(tp_page_verify(page, nullptr)); });
+    failEach("verify", verify);
     failEach("read", [&] {
         tp_reader* reader = nullptr;
         const bool done = isDone(tp_reader_open(page, 0, 0, 0, 0, nullptr, &reader));
@@ -355,6 +358,18 @@ TEST(AllocationFailure, Pages) {
         return done;
     });
     failEach("prepare", [&] { return isDone(tp_page_prepare(page, nullptr)); });
+    tp_encoder_close(encoder);
+
+    // A row of more codes than are copied at once.
+    std::vector<std::uint32_t> changes(9999);
+    std::iota(changes.begin(), changes.end(), 1);
+    ASSERT_EQ(tp_encoder_open(10000, 1, nullptr, &encoder), TP_OK);
+    ASSERT_EQ(tp_encoder_add_changes(encoder, changes.data(), 9999), TP_OK);
+    ASSERT_EQ(tp_encoder_finish(encoder, &strip.data, &strip.size), TP_OK);
+    info.width = 10000, info.height = 1;
+    ASSERT_TRUE(open(TP_BORROW));
+    failEach("verify a long row", verify);
+    failEach("render a long row", [&] { return isDone(tp_page_render(page, views + 2, 1, nullptr)); });
     tp_page_release(page);
     tp_encoder_close(encoder);
 }
