@@ -31,8 +31,11 @@ bool isColour(const ViewPlan& plan) { return plan.format == TP_RGBA || plan.form
 
 }  // namespace
 
-PictureRows::PictureRows(const ViewPlan& plan) : plan_(plan), quads_(colourOf(plan, 255), colourOf(plan, 0)) {
-    for (unsigned tone = 0; isColour(plan) && tone < 256; ++tone) colours_[tone] = colourOf(plan, tone);
+PictureRows::PictureRows(const ViewPlan& plan) : plan_(plan) {
+    if (isColour(plan)) {
+        for (unsigned tone = 0; tone < 256; ++tone) colours_[tone] = colourOf(plan, tone);
+        quads_.emplace(colours_[255], colours_[0]);
+    }
     bandStride_ = plan.format == TP_BITS ? packedBytes(plan.width) : plan.width;
 }
 
@@ -59,8 +62,10 @@ unsigned char* PictureRows::place() const { return plan_.row(plan_.bottomUp ? pl
 /// Counts the row that has been written, and writes it again.
 void PictureRows::repeat(std::uint32_t copies) {
     const unsigned char* const first = place();
+    ++y_;
+    if (copies == 1) return;
     const auto bytes = static_cast<std::size_t>(rowBytes(plan_.format, plan_.width));
-    for (++y_; copies > 1; --copies, ++y_) std::memcpy(place(), first, bytes);
+    for (; copies > 1; --copies, ++y_) std::memcpy(place(), first, bytes);
 }
 
 void PictureRows::putBits(const unsigned char* bits, std::uint32_t copies) {
@@ -81,7 +86,7 @@ void PictureRows::putBits(const unsigned char* bits, std::uint32_t copies) {
         if (bits != to) std::memcpy(to, bits, packedBytes(width));
         break;
     case TP_GREY8: expandRow(to, bits, width); break;
-    default: expandRow(words_.get(), bits, width, quads_); std::memcpy(to, words_.get(), 4 * width);
+    default: expandRow(words_.get(), bits, width, *quads_); std::memcpy(to, words_.get(), 4 * width);
     }
     repeat(copies);
 }

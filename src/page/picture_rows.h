@@ -8,6 +8,7 @@
 #include "page/view.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace tilepress {
 
@@ -35,8 +36,9 @@ private:
     void putTurned(const unsigned char* row, std::uint64_t bytes, std::uint32_t copies);
 
     const ViewPlan plan_;
-    ImgULong colours_[256];  ///< of tones, in the order of the picture's bytes
-    Quads quads_;
+    // Of pictures in colours alone: of tones and of bits, in the order of the picture's bytes.
+    ImgULong colours_[256];
+    std::optional<Quads> quads_;
     Heap<unsigned char> reversed_, band_;
     Heap<ImgULong> words_;
     std::uint64_t bandStride_ = 0;

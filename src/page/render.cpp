@@ -39,7 +39,9 @@ public:
     }
 
     tp_status create(const Views& views, const tp_page_info& page, const tp_limits& limits) {
-        if (!table_.reserve(views.count())) return TP_E_MEMORY;
+        room_ = views.count();
+        *table_.out() = allocateUnset<ViewPainter*>(kLists * std::uint64_t{room_});
+        if (!table_) return TP_E_MEMORY;
         for (std::size_t k = 0; k < views.count(); ++k) {
             ViewPlan plan;
             if (const tp_status status = views.plan(k, page, limits, plan); status != TP_OK) return status;
@@ -54,10 +56,14 @@ public:
     }
     std::size_t count() const { return count_; }
     ViewPainter* operator[](std::size_t k) const { return table_[k]; }
+    /// Room for as many painters, for lists of some of them: two.
+    ViewPainter** list(std::size_t k) const { return table_.get() + (k + 1) * room_; }
 
 private:
+    static constexpr std::size_t kLists = 3;
+
     Heap<ViewPainter*> table_;
-    std::size_t count_ = 0;
+    std::size_t room_ = 0, count_ = 0;
 };
 
 /// Views whose tiles touch, and the part of the page over which they are drawn together.
@@ -73,9 +79,8 @@ class Drawing {
 public:
     Drawing(const PageTiles& tiles, const Painters& painters, CallOptions& call)
         : tiles_(tiles), tileWidth_(tiles.layout.tileWidth), tileHeight_(tiles.layout.tileHeight), painters_(painters),
-          call_(call) {}
+          call_(call), active_(painters.list(0)), wanted_(painters.list(1)) {}
 
-    bool prepare() { return active_.reserve(painters_.count()) && wanted_.reserve(painters_.count()); }
     tp_status draw() {
         std::uint64_t rows = 0;
         forEachGroup([&](const Group& group) {
@@ -137,7 +142,7 @@ private:
         }
         const std::uint64_t top = firstTileRow * tileHeight_;
         bottom = std::min(bottom, pastTileRow * tileHeight_);
-        return {active_.get() + k,
+        return {active_ + k,
                 end - k,
                 {left, static_cast<std::uint32_t>(top), static_cast<std::uint32_t>(right - left),
                  static_cast<std::uint32_t>(bottom - top)}};
@@ -159,7 +164,7 @@ private:
     }
 
     bool next(TileWalk& walk, std::size_t wanted) {
-        ViewPainter* const* const views = wanted_.get();
+        ViewPainter* const* const views = wanted_;
         if (wanted == 0) return walk.skip();
         if (wanted == 1) return walk.next([view = views[0]](const TileRow& row) { view->add(row); });
         return walk.next([=, this](const TileRow& row) {
@@ -175,7 +180,7 @@ private:
     const std::uint32_t tileWidth_, tileHeight_;
     const Painters& painters_;
     CallOptions& call_;
-    Heap<ViewPainter*> active_, wanted_;
+    ViewPainter **const active_, **const wanted_;
     std::size_t activeCount_ = 0;
 };
 
@@ -219,7 +224,6 @@ tp_status TILEPRESS_CALL tp_page_render(const tp_page* page, const tp_view* view
     Painters painters;
     if (const tp_status status = painters.create(all, page->info, call.limits()); status != TP_OK) return status;
     Drawing drawing(tiles, painters, call);
-    if (!drawing.prepare()) return TP_E_MEMORY;
     const tp_status status = drawing.draw();
     return status == TP_OK ? call.finish() : status;
 }
