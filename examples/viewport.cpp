@@ -4,77 +4,57 @@
 
 #include <tilepress/page.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
-#include <vector>
-
+#include <err.h>
 #include <png.h>
 #include <tiffio.h>
+#include <cstdlib>
+#include <vector>
 
-static void require(bool condition, const char* message) {
-    if (condition) return;
-    std::fprintf(stderr, "viewport: %s\n", message);
-    std::exit(1);
+static void check(tp_status status) {
+    if (status != TP_OK) errx(1, "%s", tp_status_text(status));
 }
 
-/// A page of the file's first directory, as it lies there: nothing is decoded.
-static tp_page* openPage(const char* path) {
-    const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff(TIFFOpen(path, "r"), TIFFClose);
-    require(tiff != nullptr, "cannot open the file");
+/// The file's first page as it lies there: nothing is decoded.
+static tp_page* openPage(TIFF* tiff) {
     tp_page_info info{};
     info.size = sizeof info;
-    std::uint16_t compression = 0, photometric = 0, order = 1;
-    TIFFGetField(tiff.get(), TIFFTAG_COMPRESSION, &compression);
-    require(compression == COMPRESSION_CCITTFAX4, "not a Group 4 file");
-    TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &info.width);
-    TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &info.height);
-    TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric);
-    TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_FILLORDER, &order);
-    info.photometric = photometric;
-    info.fill_order = order;
-    const bool tiled = TIFFIsTiled(tiff.get()) != 0;
-    if (tiled) TIFFGetField(tiff.get(), TIFFTAG_TILEWIDTH, &info.tile_width);
-    TIFFGetField(tiff.get(), tiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, &info.tile_height);
-
-    const std::uint32_t count = tiled ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get());
-    std::vector<std::vector<unsigned char>> bytes(count);
-    std::vector<tp_coded> tiles(count);
-    for (std::uint32_t k = 0; k < count; ++k) {
-        bytes[k].resize(static_cast<std::size_t>(TIFFGetStrileByteCount(tiff.get(), k)));
-        const tmsize_t size = static_cast<tmsize_t>(bytes[k].size());
-        const tmsize_t read = tiled ? TIFFReadRawTile(tiff.get(), k, bytes[k].data(), size)
-                                    : TIFFReadRawStrip(tiff.get(), k, bytes[k].data(), size);
-        require(read == size, "cannot read a tile");
-        tiles[k] = {bytes[k].data(), bytes[k].size()};
+    uint16_t compression = 0, photometric = 0, order = 1;
+    const bool tiled = TIFFIsTiled(tiff) != 0;
+    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
+    TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
+    TIFFGetField(tiff, TIFFTAG_FILLORDER, &order);
+    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &info.width);
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &info.height);
+    TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &info.tile_width);  // strips have none, and 0 is the page's
+    TIFFGetField(tiff, tiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, &info.tile_height);
+    info.photometric = photometric, info.fill_order = order;
+    if (compression != COMPRESSION_CCITTFAX4) errx(1, "not a Group 4 file");
+    std::vector<std::vector<unsigned char>> bytes(tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff));
+    std::vector<tp_coded> tiles;
+    for (uint32_t k = 0; k < bytes.size(); ++k) {
+        bytes[k].resize(TIFFGetStrileByteCount(tiff, k));
+        const auto size = static_cast<tmsize_t>(bytes[k].size());
+        if ((tiled ? TIFFReadRawTile : TIFFReadRawStrip)(tiff, k, bytes[k].data(), size) != size) errx(1, "cut short");
+        tiles.push_back({bytes[k].data(), bytes[k].size()});
     }
+    TIFFClose(tiff);
     tp_page* page = nullptr;
-    const tp_status status = tp_page_open(&info, tiles.data(), count, &page);
-    require(status == TP_OK, tp_status_text(status));
+    check(tp_page_open(&info, tiles.data(), tiles.size(), &page));
     return page;
 }
 
 int main(int argc, char** argv) {
-    require(argc == 8, "page.tif left top width height out-width out-height");
-    const std::unique_ptr<tp_page, void (*)(tp_page*)> page(openPage(argv[1]), tp_page_release);
-    std::uint32_t number[6];
-    for (int k = 0; k < 6; ++k) number[k] = static_cast<std::uint32_t>(std::strtoul(argv[k + 2], nullptr, 10));
-    std::vector<unsigned char> pixels(std::size_t{number[4]} * number[5]);
-    tp_view view{};
-    view.size = sizeof view;
-    view.left = number[0], view.top = number[1], view.width = number[2], view.height = number[3];
-    view.out_width = number[4], view.out_height = number[5];
-    view.mode = TP_COVERAGE;
-    view.format = TP_GREY8;
-    view.pixels = pixels.data();
-    view.stride = static_cast<std::ptrdiff_t>(view.out_width);
-    tp_page_prepare(page.get(), nullptr);  // once: then every view costs what it shows
-    const tp_status status = tp_page_render(page.get(), &view, 1, nullptr);
-    require(status == TP_OK, tp_status_text(status));
-
-    png_image png{};
-    png.version = PNG_IMAGE_VERSION;
-    png.width = view.out_width, png.height = view.out_height;
-    png.format = PNG_FORMAT_GRAY;
-    require(png_image_write_to_stdio(&png, stdout, 0, pixels.data(), 0, nullptr) != 0, "cannot write");
+    TIFF* const tiff = argc == 8 ? TIFFOpen(argv[1], "r") : nullptr;
+    if (!tiff) errx(1, "page.tif left top width height out-width out-height");
+    tp_page* const page = openPage(tiff);
+    const auto number = [argv](int k) { return static_cast<uint32_t>(std::strtoul(argv[k], nullptr, 10)); };
+    png_image png{nullptr, PNG_IMAGE_VERSION, number(6), number(7), PNG_FORMAT_GRAY, 0, 0, 0, {}};
+    std::vector<unsigned char> pixels(std::size_t{png.width} * png.height);
+    const tp_view view{sizeof view, number(2),  number(3),   number(4),     number(5),
+                       png.width,   png.height, TP_COVERAGE, TP_GREY8,      0,
+                       0,           0,          0,           pixels.data(), static_cast<std::ptrdiff_t>(png.width)};
+    tp_page_prepare(page, nullptr);  // once: then every view costs what it shows
+    check(tp_page_render(page, &view, 1, nullptr));
+    tp_page_release(page);
+    return png_image_write_to_stdio(&png, stdout, 0, pixels.data(), 0, nullptr) ? 0 : 1;
 }

@@ -7,13 +7,11 @@
 import functools
 import http.server
 import io
-import re
 import sys
 
 import tilepress
 
 SIDE = 256
-PATH = re.compile(r"/?(\d+)/(\d+)/(\d+)/(\d+)\.png$")
 
 
 @functools.lru_cache(maxsize=8)
@@ -39,7 +37,7 @@ def tile(page, level, column, row):
 
 
 def answer(path, request):
-    number, level, column, row = map(int, PATH.match(request).groups())
+    number, level, column, row = map(int, request.strip("/").removesuffix(".png").split("/"))
     return tile(prepared(path, number), min(level, 24), column, row)
 
 
@@ -47,7 +45,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
         try:
             png = answer(sys.argv[1], self.path)
-        except (AttributeError, IndexError, tilepress.Error) as error:
+        except (IndexError, ValueError, tilepress.Error) as error:
             return self.send_error(404, str(error))
         self.send_response(200)
         self.send_header("Content-Type", "image/png")
