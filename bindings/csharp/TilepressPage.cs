@@ -128,8 +128,8 @@ public sealed class TilepressPage : IDisposable
         return pixels;
     }
 
-    /// <summary>Draws views into the caller's memory at Pixels, such as a bitmap's locked bits or a pinned span, decoding
-    /// the page once for all of them. What was damaged and filled in.</summary>
+    /// <summary>Draws views into the caller's memory at Pixels, such as a bitmap's locked bits, decoding the page once
+    /// for all of them. What was damaged and filled in. Spans: TilepressSpan.cs.</summary>
     public Tilepress.Damage[] RenderInto(Tilepress.View[] views, TilepressOnDamage onDamage = TilepressOnDamage.Fail)
     {
         for (int k = 0; k < views.Length; ++k) views[k].Size = (uint)Marshal.SizeOf(typeof(Tilepress.View));
@@ -189,7 +189,7 @@ public sealed class TilepressPage : IDisposable
             Damage = records, DamageCapacity = records == IntPtr.Zero ? 0u : Records };
     }
 
-    static uint RowBytes(Tilepress.View view)
+    internal static uint RowBytes(Tilepress.View view)
     {
         switch ((TilepressFormat)view.Format)
         {

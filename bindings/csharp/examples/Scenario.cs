@@ -21,7 +21,11 @@ static class Scenario
         byte[] rows = Pattern(), coded = TilepressPage.Encode(rows, Width);
         using (var page = new TilepressPage(Width, Height, new[] { coded }))
         {
-            long checksum = page.Render(25, 15).Select((level, k) => (long)(k + 1) * level).Sum() % 65536;
+            var grey = new byte[25 * 15];
+            page.RenderInto(new Tilepress.View { OutWidth = 25, OutHeight = 15, Format = (uint)TilepressFormat.Grey8 },
+                new Span<byte>(grey));
+            if (!grey.SequenceEqual(page.Render(25, 15))) throw new InvalidOperationException("the span differs");
+            long checksum = grey.Select((level, k) => (long)(k + 1) * level).Sum() % 65536;
             Console.WriteLine("{0} bytes as {1}, {2} damaged tiles, grey {3}", rows.Length, coded.Length,
                 page.Verify().Length, checksum);
             var same = page.Render(Width, Height, TilepressMode.Grey, TilepressFormat.Bits).SequenceEqual(rows);
