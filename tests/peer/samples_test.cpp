@@ -1,5 +1,6 @@
 #include "peer/tiff_pages.h"
 #include "readme_example_cpp.h"
+#include "support/pages.h"
 
 #include <gtest/gtest.h>
 
@@ -18,6 +19,21 @@ std::vector<fs::path> samples() {
         if (entry.path().extension() == ".tif") files.push_back(entry.path());
     std::sort(files.begin(), files.end());
     return files;
+}
+
+Page pageOf(const TiffPage& sample, std::uint32_t photometric) {
+    std::vector<Bytes> bytes;
+    for (const Bytes& tile : sample.tiles) bytes.push_back(exchanged(tile));
+    std::vector<tp_coded> tiles;
+    for (const Bytes& tile : bytes) tiles.push_back({tile.data(), tile.size()});
+    tp_page_info info{};
+    info.size = sizeof info;
+    info.width = sample.width, info.height = sample.height;
+    info.tile_width = sample.tileWidth, info.tile_height = sample.tileHeight;
+    info.photometric = photometric;
+    tp_page* made = nullptr;
+    EXPECT_EQ(tp_page_open(&info, tiles.data(), tiles.size(), &made), TP_OK);
+    return Page(made);
 }
 
 /// The rectangle's pixels as the page has them, packed anew.
@@ -42,6 +58,11 @@ void expectSamePixels(TiffPage& page, CImg1G4& image, const ImgRect& r, const st
     const Bytes expected = cutOf(page, r);
     ASSERT_EQ(expected.size(), result->getTotalBytes());
     EXPECT_EQ(std::memcmp(result->peekData(), expected.data(), expected.size()), 0) << what;
+    tp_view view =
+        viewOf(r.getLeft(), r.getTop(), r.getWidth(), r.getHeight(), r.getWidth(), r.getHeight(), TP_GREY, TP_BITS);
+    Canvas canvas(view, 0, false);
+    EXPECT_EQ(tp_page_render(pageOf(page, TP_WHITE_IS_ZERO).get(), &view, 1, nullptr), TP_OK) << what;
+    EXPECT_TRUE(canvas.pixels() == expected) << what;
 }
 
 void expectEqualToLibtiff(const std::string& path, std::mt19937& random) {
@@ -80,6 +101,27 @@ TEST(Samples, ExpandAlsoInOtherTilings) {
             expectEqualToLibtiff(copy.string(), random);
         }
     fs::remove(copy);
+}
+
+// Any part of every page at any size, coded black as ink and coded white.
+TEST(Samples, PagesAreDrawnAsTheClassDrawsThem) {
+    std::mt19937 random(14);
+    for (const auto& file : samples())
+        for (TiffPage& sample : readTiff(file.string())) {
+            const G4Image image = imageOf(sample);
+            for (std::uint32_t n = 0; n < 24; ++n) {
+                const Page page = pageOf(sample, n % 3 == 0);
+                if (n % 4 == 3) tp_page_prepare(page.get(), nullptr);
+                const ImgRect part = randomRect(random, sample.width, sample.height);
+                const ImgULong width = part.getWidth(), height = part.getHeight(), factor = upTo(random, 12);
+                const bool free = n % 2 == 0;  // in any size, or as large across as down
+                const tp_view view = viewOf(
+                    part.getLeft(), part.getTop(), width, height, free ? upTo(random, 2 * width) : width / factor + 1,
+                    free ? upTo(random, 2 * height) : height / factor + 1, random() % 3 ? TP_GREY : TP_INK, 0);
+                expectAsTheClassDraws(page.get(), *image, view);
+                ASSERT_FALSE(HasFailure()) << file << " " << n;
+            }
+        }
 }
 
 // README's example: a dark page stays dark. White is text, a small part of it.

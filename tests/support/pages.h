@@ -203,4 +203,35 @@ private:
     std::vector<unsigned> upright_;
 };
 
+/// Black pixels of the class interface as bits, grey ones as tones.
+inline Bytes classPixels(IImg* image) {
+    Bytes pixels;
+    for (const std::uint32_t pixel : pictureOf(image).pixels)
+        pixels.push_back(static_cast<unsigned char>(image->getType() == ImageTypeRGB ? pixel : pixel ? 0 : 255));
+    return pixels;
+}
+
+/// Compares the view's rectangle, in its size and mode, grey or ink, with what the class interface makes of it. At full
+/// size that only copies, and where it enlarges dark pages it has oddities of its own: there nothing is compared.
+inline void expectAsTheClassDraws(const tp_page* page, CImg1G4& image, tp_view view) {
+    tp_page_info info{};
+    info.size = sizeof info;
+    ASSERT_EQ(tp_page_describe(page, &info), TP_OK);
+    const bool dark = info.photometric == TP_BLACK_IS_ZERO;
+    const bool reduces = view.out_width <= view.width && view.out_height <= view.height;
+    if ((view.out_width == view.width && view.out_height == view.height) || (dark && !reduces)) return;
+    image.setBackgroundColor(dark);
+    ImgRect rect;
+    rect.setRect(view.left, view.top, view.left + view.width - 1, view.top + view.height - 1);
+    ImgScaleAttr attr{view.mode == TP_GREY ? 32u : 1u};
+    const std::unique_ptr<IImg> expected(image.scale(rect, view.out_width, view.out_height, attr));
+    ASSERT_TRUE(expected);
+    view.format = TP_GREY8;
+    view.orientation = 1;
+    view.flags = 0;
+    Canvas canvas(view, 0, false);
+    ASSERT_EQ(tp_page_render(page, &view, 1, nullptr), TP_OK);
+    EXPECT_TRUE(canvas.pixels() == classPixels(expected.get()));
+}
+
 }  // namespace support
