@@ -2,6 +2,8 @@
 
 #include "pages.h"
 
+#include <functional>
+
 namespace bench {
 
 /// Decoding, scaling while decoding, and encoding of the page.
@@ -14,9 +16,13 @@ void addTransformPairs(const PagePtr& page);
 void addPagePairs(const PagePtr& page);
 /// What a call of it costs.
 void addCallPairs();
-/// The same in two threads, printed at once.
-void printThreads(const std::vector<PagePtr>& pages);
+/// Views of the larger pages in two threads, printed at once. False when the pictures differ from those of one call.
+bool printThreads(const std::vector<PagePtr>& pages);
+/// What calls of it take, printed at once.
+void printPageMemory(const std::vector<PagePtr>& pages);
 
+/// Kilobytes by which the peak grows while `work` runs in a process of its own; -1 when it cannot be told.
+long growth(const std::function<void()>& work);
 /// Peak memory of reductions, each in a process of its own, printed at once.
 void printMemory(const std::vector<PagePtr>& pages);
 

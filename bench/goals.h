@@ -71,4 +71,7 @@ inline constexpr Goal kGoals[] = {
     {"dither RGB", "dependency chain", 1 / 1.2},
 };
 
+/// Of the page interface: two threads beside one, and what preparing a page takes beside its coded bytes.
+inline constexpr double kTwoThreads = 1.8, kPreparedMemory = 1.5;
+
 }  // namespace bench

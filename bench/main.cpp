@@ -59,8 +59,7 @@ bool printTimes(const std::vector<bench::PagePtr>& pages, bool named) {
     for (const auto& page : pages) bench::addPagePairs(page);
     bench::addCallPairs();
     const bool same = bench::runPairs();
-    bench::printThreads(pages);
-    return same;
+    return bench::printThreads(pages) && same;
 }
 
 }  // namespace
@@ -83,6 +82,7 @@ int main(int argc, char** argv) {
         auto all = pages;
         if (named) all.push_back(drawing);
         bench::printMemory(all);
+        bench::printPageMemory(all);
     }
     if (arguments.times && arguments.memory) std::printf("\n");
     return !arguments.times || printTimes(pages, named) ? 0 : 1;

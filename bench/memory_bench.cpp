@@ -30,7 +30,8 @@ bool forgetPeak() {
     return std::fclose(file) == 0 && written;
 }
 
-/// Kilobytes by which the peak grows while `work` runs in a process of its own; -1 when it cannot be told.
+}  // namespace
+
 long growth(const std::function<void()>& work) {
     int ends[2];
     if (pipe(ends) != 0) return -1;
@@ -53,6 +54,8 @@ long growth(const std::function<void()>& work) {
     if (child > 0) waitpid(child, nullptr, 0);
     return grown;
 }
+
+namespace {
 
 void reduce(const CodedTiles& tiles, const Page& page, ImgULong depth) {
     const auto image = tiles.image();
