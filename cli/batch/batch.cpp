@@ -6,6 +6,7 @@
 #include "batch/meter.h"
 #include "batch/result_log.h"
 #include "batch/worker_pool.h"
+#include "files/output_file.h"
 #include "files/temporary_file.h"
 
 #include <fmt/format.h>
@@ -17,11 +18,16 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <sstream>
 #include <thread>
 #include <unordered_set>
+#include <utility>
 
 namespace {
+
+using Clock = WorkerPool::Clock;
 
 volatile std::sig_atomic_t s_signal = 0;
 
@@ -49,11 +55,24 @@ struct OpenInput {
 };
 using OpenInputPtr = std::shared_ptr<OpenInput>;
 
-/// What a worker is at.
+/// What a worker is at, or was.
 struct Assignment {
     OpenInputPtr input;
     WorkerTask task;
     std::uint64_t key = 0;
+    WorkerResult result;
+};
+
+struct WorkerState {
+    Assignment now;
+    std::vector<Assignment> waiting;  ///< pages whose outputs are not on the disk yet; nothing is said of them before
+    Clock::time_point settled = Clock::now();  ///< when that was last so of none
+
+    bool mustSettle() const {
+        // As long as single waits are a small part of the time, results are not held back.
+        constexpr std::chrono::milliseconds kMostWait(250);
+        return waiting.size() >= GatheredOutputs::kMost || (!waiting.empty() && Clock::now() - settled > kMostWait);
+    }
 };
 
 /// Size and time of an input: another stamp, other outputs.
@@ -116,8 +135,9 @@ public:
 
     int run() {
         while (!s_signal) {
-            while (assignNext()) {
-            }
+            for (unsigned worker = 0; worker < workers_.size(); ++worker)
+                while (!pool_.isBusy(worker) && assignNext(worker)) {
+                }
             if (!pool_.isBusy() && inputs_.atEnd() && open_.empty()) break;
             bool readable = false;
             pool_.wait(inputs_.descriptor(), std::chrono::milliseconds(200), readable,
@@ -135,18 +155,26 @@ private:
         if (inputs_.total() == 0) return -1;
         return static_cast<double>(finishedInputs_) / static_cast<double>(inputs_.total());
     }
-    /// Gives an idle worker something to do; false when no worker or no work is there.
-    bool assignNext() {
-        const std::optional<unsigned> worker = pool_.idleWorker();
-        if (!worker) return false;
-        if (!open_.empty()) {
-            assignPart(*worker);
-            return true;
+    /// Gives an idle worker something to do, or finds that it does not need to be done; false: there is nothing.
+    bool assignNext(unsigned worker) {
+        if (workers_[worker].mustSettle()) {
+            settle(worker);
+        } else if (!again_.empty()) {
+            Assignment lost = std::move(again_.back());
+            again_.pop_back();
+            assign(worker, std::move(lost));
+        } else if (!open_.empty()) {
+            assignPart(worker);
+        } else if (const std::optional<BatchInput> next = inputs_.next()) {
+            openInput(worker, *next);
+        } else if (!workers_[worker].waiting.empty()) {
+            settle(worker);
+        } else {
+            return false;
         }
-        const std::optional<BatchInput> next = inputs_.next();
-        if (next) openInput(*worker, *next);
-        return next.has_value();
+        return true;
     }
+    void settle(unsigned worker) { assign(worker, {nullptr, {WorkerTask::Kind::settle, {}, {}, {}, {}}, 0, {}}); }
     void openInput(unsigned worker, const BatchInput& next) {
         const auto input = std::make_shared<OpenInput>();
         input->path = next.path;
@@ -174,16 +202,16 @@ private:
                 fmt::format("{} would be written twice: {{dir}} or {{ext}} in the output's name keep inputs apart",
                             input->output.expanded(next.path, 1)));
         input->stamp = stampOf(next.path);
-        assign(worker, {input, {WorkerTask::Kind::open, next.path, {}, {}, {}}, 0});
+        ++input->underWay;
+        assign(worker, {input, {WorkerTask::Kind::open, next.path, {}, {}, {}}, 0, {}});
     }
     std::string placed(const std::string& pattern) const {
         const std::string named = pattern.empty() || pattern.ends_with('/') ? pattern + job_.usualName : pattern;
         return options_.folder.empty() || named.starts_with('/') ? named : options_.folder + "/" + named;
     }
     void assign(unsigned worker, Assignment assignment) {
-        ++assignment.input->underWay;
         pool_.assign(worker, assignment.task);
-        workers_[worker] = std::move(assignment);
+        workers_[worker].now = std::move(assignment);
     }
     void assignPart(unsigned worker) {
         const OpenInputPtr input = open_.back();
@@ -200,7 +228,8 @@ private:
             report(*input, pages, output, key, failure(Exit::failed, output + " would be written twice"));
             return closeIfDone(*input);
         }
-        assign(worker, {input, {WorkerTask::Kind::page, input->path, pages, output, log_.made(key)}, key});
+        ++input->underWay;
+        assign(worker, {input, {WorkerTask::Kind::page, input->path, pages, output, log_.made(key)}, key, {}});
     }
     static WorkerResult failure(Exit code, const std::string& message) {
         WorkerResult result;
@@ -209,18 +238,47 @@ private:
         return result;
     }
     void finished(unsigned worker, TaskEnd end) {
-        const Assignment assignment = std::move(workers_[worker]);
+        WorkerState& state = workers_[worker];
+        Assignment assignment = std::move(state.now);
         const WorkerTask& task = assignment.task;
-        OpenInput& input = *assignment.input;
-        --input.underWay;
+        if (task.kind == WorkerTask::Kind::settle) return settled(state, end);
         if (!end.died.empty()) {
+            // What the worker had done and not yet told the disk is done again.
+            std::ranges::move(state.waiting, std::back_inserter(again_));
+            state.waiting.clear();
             if (!task.output.empty()) unlink(TemporaryFile::nameFor(task.output).c_str());
             end.result = end.late ? failure(Exit::tooLarge, fmt::format("{}: took more than {} seconds", task.input,
                                                                         *options_.pageSeconds))
                                   : failure(Exit::failed, fmt::format("{}: {}", task.input, end.died));
         }
-        if (task.kind == WorkerTask::Kind::page) report(input, task.pages, task.output, assignment.key, end.result);
-        else opened(assignment.input, end.result);
+        assignment.result = std::move(end.result);
+        if (assignment.result.waits) {
+            state.waiting.push_back(std::move(assignment));
+        } else {
+            close(assignment);
+        }
+    }
+    void settled(WorkerState& state, const TaskEnd& end) {
+        std::vector<Assignment> ended = std::exchange(state.waiting, {});
+        state.settled = Clock::now();
+        std::istringstream failures(end.result.messages);
+        std::string why;
+        for (std::size_t i; failures >> i && std::getline(failures >> std::ws, why) && i < ended.size();)
+            ended[i].result = failure(Exit::failed, fmt::format("{}: {}", ended[i].task.output, why));
+        for (Assignment& assignment : ended) {
+            if (!end.died.empty())
+                assignment.result = failure(Exit::failed, fmt::format("{}: {}", assignment.task.output, end.died));
+            close(assignment);
+        }
+    }
+    /// Tells how a task ended.
+    void close(const Assignment& assignment) {
+        const WorkerTask& task = assignment.task;
+        OpenInput& input = *assignment.input;
+        --input.underWay;
+        if (task.kind == WorkerTask::Kind::page)
+            report(input, task.pages, task.output, assignment.key, assignment.result);
+        else opened(assignment.input, assignment.result);
         closeIfDone(input);
     }
     void closeIfDone(const OpenInput& input) { finishedInputs_ += input.parts.empty() && input.underWay == 0; }
@@ -276,7 +334,8 @@ private:
     ResultLog log_;
     Meter meter_;
     std::vector<OpenInputPtr> open_;
-    std::vector<Assignment> workers_;
+    std::vector<Assignment> again_;  ///< what is to be done once more
+    std::vector<WorkerState> workers_;
     std::unordered_set<std::uint64_t> names_;  ///< hashes: names of 100 million outputs would fill the memory
     std::uint64_t finishedInputs_ = 0;
     int worst_ = 0;

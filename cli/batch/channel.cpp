@@ -68,30 +68,32 @@ std::vector<std::string> Channel::receiveFields(std::size_t count) const {
 
 bool Channel::send(const WorkerTask& task) const {
     return sendFields(
-        {task.kind == WorkerTask::Kind::open ? "open" : "page", task.input, task.pages, task.output, task.expected});
+        {std::to_string(static_cast<int>(task.kind)), task.input, task.pages, task.output, task.expected});
 }
 
 std::optional<WorkerTask> Channel::receiveTask() const {
     std::vector<std::string> f = receiveFields(5);
     if (f.empty()) return std::nullopt;
-    return WorkerTask{f[0] == "open" ? WorkerTask::Kind::open : WorkerTask::Kind::page, f[1], f[2], f[3], f[4]};
+    return WorkerTask{static_cast<WorkerTask::Kind>(number(f[0])), f[1], f[2], f[3], f[4]};
 }
 
 bool Channel::send(const WorkerResult& result) const {
-    return sendFields({std::to_string(result.code), result.kept ? "1" : "0", std::to_string(result.pages),
-                       result.messages, result.report, result.made, std::to_string(result.milliseconds)});
+    return sendFields({std::to_string(result.code), result.kept ? "1" : "0", result.waits ? "1" : "0",
+                       std::to_string(result.pages), result.messages, result.report, result.made,
+                       std::to_string(result.milliseconds)});
 }
 
 std::optional<WorkerResult> Channel::receiveResult() const {
-    std::vector<std::string> f = receiveFields(7);
+    std::vector<std::string> f = receiveFields(8);
     if (f.empty()) return std::nullopt;
     WorkerResult result;
     result.code = static_cast<int>(number(f[0]));
     result.kept = f[1] == "1";
-    result.pages = static_cast<unsigned>(number(f[2]));
-    result.messages = std::move(f[3]);
-    result.report = std::move(f[4]);
-    result.made = std::move(f[5]);
-    result.milliseconds = number(f[6]);
+    result.waits = f[2] == "1";
+    result.pages = static_cast<unsigned>(number(f[3]));
+    result.messages = std::move(f[4]);
+    result.report = std::move(f[5]);
+    result.made = std::move(f[6]);
+    result.milliseconds = number(f[7]);
     return result;
 }

@@ -8,7 +8,7 @@
 
 /// What a worker is to do.
 struct WorkerTask {
-    enum class Kind { open, page } kind = Kind::open;
+    enum class Kind { open, page, settle } kind = Kind::open;  ///< settle: what pages left waiting
     std::string input;
     std::string pages;   ///< a page list
     std::string output;  ///< empty: none
@@ -20,8 +20,10 @@ struct WorkerTask {
 struct WorkerResult {
     int code = 0;
     bool kept = false;     ///< the output of an earlier run is whole
+    bool waits = false;    ///< the output is not on the disk yet
     unsigned pages = 0;    ///< that the input has; of Kind::open
-    std::string messages;  ///< what the command wrote on standard error
+    std::string messages;  ///< what the command wrote on standard error; of Kind::settle, a line for each failure,
+                           ///< which begins with the number of the output that waited
     std::string report;    ///< and on standard output
     std::string made;      ///< size and checksum of the output
     unsigned long milliseconds = 0;

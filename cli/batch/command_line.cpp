@@ -86,7 +86,8 @@ BatchJob BatchCommand::chosenJob() {
         if (options.output.path.empty() && options_.folder.empty())
             throw Failure(Exit::failed, "where do the outputs go? --folder DIR or -o NAME says it");
         job.output = options.output.path;
-        job.usualName = "{name}-{page}.png";
+        if constexpr (requires { options.format; })
+            job.usualName = "{name}-{page}." + (options.format.empty() ? "png" : options.format);
         job.pages = chosen.count("--page") > 0 ? options.pages : PageList("all");
         job.run = [&options, command](const std::string& input, const PageList& pages, const std::string& output) {
             return command(forOne(options, input, pages, output));

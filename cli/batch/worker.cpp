@@ -4,6 +4,8 @@
 #include "base/guarded.h"
 #include "base/memory_limit.h"
 #include "commands/page_count.h"
+#include "files/output_file.h"
+#include "sources/open_pages.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -49,8 +51,17 @@ void makeFolderOf(const std::string& path) {
     if (!folder.empty()) std::filesystem::create_directories(folder, error);
 }
 
-WorkerResult done(const WorkerTask& task, const BatchJob& job) {
+WorkerResult settled(GatheredOutputs& outputs) {
     WorkerResult result;
+    const std::vector<std::string> failures = outputs.settle();
+    for (std::size_t i = 0; i < failures.size(); ++i)
+        if (!failures[i].empty()) result.messages += fmt::format("{} {}\n", i, failures[i]);
+    return result;
+}
+
+WorkerResult done(const WorkerTask& task, const BatchJob& job, GatheredOutputs& outputs) {
+    WorkerResult result;
+    if (task.kind == WorkerTask::Kind::settle) return settled(outputs);
     if (task.kind == WorkerTask::Kind::open) {
         result.code = guarded([&] {
             const PageCount counted = countPages(InputFile(task.input));
@@ -66,8 +77,11 @@ WorkerResult done(const WorkerTask& task, const BatchJob& job) {
         return result;
     }
     if (!task.output.empty()) makeFolderOf(task.output);
+    const std::size_t waiting = outputs.count();
     result.code = guarded([&] { return job.run(task.input, PageList(task.pages), task.output); });
-    if (result.code == static_cast<int>(Exit::good) && !task.output.empty()) result.made = fingerprint(task.output);
+    result.waits = outputs.count() > waiting;
+    if (result.code == static_cast<int>(Exit::good) && !task.output.empty())
+        result.made = fingerprint(result.waits ? outputs.lastName() : task.output);
     if (task.output.empty()) result.made = "-";
     return result;
 }
@@ -99,15 +113,19 @@ void runWorker(const Channel& channel, const BatchJob& job, std::uint64_t maxMem
     if (nothing >= 0) dup2(nothing, STDIN_FILENO);
     const Caught errors(stderr, STDERR_FILENO), output(stdout, STDOUT_FILENO);
     limitMemory(maxMemory);
+    keepPagesOpen();
+    GatheredOutputs outputs;
     while (const std::optional<WorkerTask> task = channel.receiveTask()) {
         const auto start = std::chrono::steady_clock::now();
-        WorkerResult result = done(*task, job);
+        WorkerResult result = done(*task, job, outputs);
         const auto taken = std::chrono::steady_clock::now() - start;
         result.milliseconds =
             static_cast<unsigned long>(std::chrono::duration_cast<std::chrono::milliseconds>(taken).count());
-        result.messages = errors.take();
+        result.messages += errors.take();
         result.report = output.take();
+        if (result.code != static_cast<int>(Exit::good)) closeKeptPages();
         if (!channel.send(result)) break;
     }
+    outputs.discard();
     _exit(static_cast<int>(Exit::good));
 }

@@ -45,12 +45,6 @@ void WorkerPool::start(Worker& worker) {
     worker.busy = false;
 }
 
-std::optional<unsigned> WorkerPool::idleWorker() const {
-    const auto found = std::ranges::find(workers_, false, &Worker::busy);
-    if (found == workers_.end()) return std::nullopt;
-    return static_cast<unsigned>(found - workers_.begin());
-}
-
 bool WorkerPool::isBusy() const {
     return std::ranges::any_of(workers_, [](const Worker& worker) { return worker.busy; });
 }
@@ -60,6 +54,7 @@ void WorkerPool::assign(unsigned worker, const WorkerTask& task) {
     workers_[worker].channel.send(task);
     workers_[worker].busy = true;
     workers_[worker].since = Clock::now();
+    workers_[worker].timed = task.kind != WorkerTask::Kind::settle;
 }
 
 TaskEnd WorkerPool::buried(Worker& worker, bool late) {
@@ -96,7 +91,7 @@ void WorkerPool::wait(int other, std::chrono::milliseconds wait, bool& readable,
             worker.busy = false;
             ended(i, result ? TaskEnd{std::move(*result), {}, false} : buried(worker, false));
         } else if (const std::chrono::duration<double> taken = Clock::now() - worker.since;
-                   limits_.seconds && taken.count() > *limits_.seconds) {
+                   worker.timed && limits_.seconds && taken.count() > *limits_.seconds) {
             ended(i, buried(worker, true));
         }
     }

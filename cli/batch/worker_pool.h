@@ -36,7 +36,7 @@ public:
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    std::optional<unsigned> idleWorker() const;
+    bool isBusy(unsigned worker) const { return workers_[worker].busy; }
     bool isBusy() const;
     void assign(unsigned worker, const WorkerTask& task);
     /// Waits until a task ends, something can be read from `other` (-1: nothing), `wait` has passed or a signal
@@ -49,7 +49,7 @@ private:
     struct Worker {
         pid_t process = -1;
         Channel channel;
-        bool busy = false;
+        bool busy = false, timed = false;
         Clock::time_point since;
     };
     void start(Worker& worker);

@@ -1,11 +1,6 @@
 #include "commands/convert.h"
 
-#include "base/console.h"
 #include "base/failure.h"
-#include "base/stats.h"
-#include "commands/page_count.h"
-#include "picture/picture_writer.h"
-#include "sources/drawable.h"
 
 #include <utility>
 
@@ -28,40 +23,27 @@ Picture converted(Picture picture, Pixels to) {
     return picture;
 }
 
-int convertOne(const ConvertOptions& options, InputFile input) {
-    Stats stats;
-    Progress progress(options.quiet);
-    const Coding coding(options.format, options.output.path, options.quality);
-    const auto source = openDrawable(std::move(input), options.page);
-    const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
+Drawing plan(const ConvertOptions& options, const Drawable& from, const Shown& shown, const Coding& to) {
     Drawing whole;
-    whole.rect = {0, 0, source->size.width, source->size.height};
+    whole.rect = {0, 0, from.size.width, from.size.height};
     whole.orientation = shown.orientation;
     whole.target = shown.stretched(shown.size);
     requirePixels("the picture", whole.target, options.maxPixels);
-    coding.require(options.to, whole.target);
-    Drawn drawn = source->draw(whole, false, progress);
-    drawn.picture.dpiX = shown.dpiX * shown.stretchX;
-    drawn.picture.dpiY = shown.dpiY * shown.stretchY;
-    progress.show("converting");
-    const Picture picture = converted(std::move(drawn.picture), options.to);
-    stats.compressedBytes = drawn.compressedBytes;
-    stats.expandedBytes = picture.rowBytes() * picture.size().height;
-    writePicture(picture, options.output, coding, progress);
-    progress.clear();
-    if (options.stats) stats.print(picture.size());
-    for (const std::string& remark : drawn.remarks) complain(remark);
-    return static_cast<int>(drawn.damaged ? Exit::damaged : Exit::good);
+    to.require(options.to, whole.target);
+    return whole;
 }
 
 }  // namespace
 
 int runConvert(const ConvertOptions& options) {
-    return forEachPage(options.input, options.pages, options.output,
-                       [&](InputFile input, unsigned page, const OutputOptions& output) {
-                           ConvertOptions one = options;
-                           one.page = page;
-                           one.output = output;
-                           return convertOne(one, std::move(input));
-                       });
+    const auto finish = [&](Picture picture, const Drawing&, const Shown& shown, Progress& progress) {
+        picture.dpiX = shown.dpiX * shown.stretchX;
+        picture.dpiY = shown.dpiY * shown.stretchY;
+        progress.show("converting");
+        return converted(std::move(picture), options.to);
+    };
+    return drawPages(options, {[&](const Drawable& from, const Shown& shown, const Coding& to) {
+                                   return plan(options, from, shown, to);
+                               },
+                               finish});
 }

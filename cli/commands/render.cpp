@@ -1,11 +1,6 @@
 #include "commands/render.h"
 
-#include "base/console.h"
 #include "base/failure.h"
-#include "base/stats.h"
-#include "commands/page_count.h"
-#include "picture/picture_writer.h"
-#include "sources/drawable.h"
 
 #include <cmath>
 #include <utility>
@@ -31,7 +26,6 @@ Pixels reducedPixels(Pixels pixels, Mode mode) {
     return pixels == Pixels::palette && mode == Mode::area ? Pixels::rgb : pixels;
 }
 
-/// Everything that can be refused before a pixel is read.
 Drawing plan(const RenderOptions& options, const Shown& shown, Pixels pixels, const Coding& coding) {
     requirePixels("the page", shown.stored, options.maxInputPixels);
     Drawing drawing;
@@ -64,35 +58,18 @@ void setResolution(Picture& picture, std::optional<double> wanted, const Shown& 
     picture.dpiY = shown.dpiY * drawing.target.height / from.height;
 }
 
-int renderOne(const RenderOptions& options, InputFile input) {
-    const Coding coding(options.format, options.output.path, options.quality);
-    Stats stats;
-    Progress progress(options.quiet);
-    const auto source = openDrawable(std::move(input), options.page);
-    const Shown shown(source->size, source->dpiX, source->dpiY, source->orientation, options.show);
-    const Drawing drawing = plan(options, shown, source->pixels, coding);
-    Drawn drawn = source->draw(drawing, options.salvage, progress);
-    stats.compressedBytes = drawn.compressedBytes;
-    stats.expandedBytes = expandedBytes(drawing.rect.size(), source->pixels);
-    setResolution(drawn.picture, options.dpi, shown, drawing);
-    progress.show("turning");
-    Picture picture = turned(std::move(drawn.picture), drawing);
-    if (std::lround(drawing.angle / 90) % 2 != 0) std::swap(picture.dpiX, picture.dpiY);
-    writePicture(picture, options.output, coding, progress);
-    progress.clear();
-    if (options.stats) stats.print(picture.size());
-    for (const std::string& remark : drawn.remarks) complain(remark);
-    return static_cast<int>(drawn.damaged ? Exit::damaged : Exit::good);
-}
-
 }  // namespace
 
 int runRender(const RenderOptions& options) {
-    return forEachPage(options.input, options.pages, options.output,
-                       [&](InputFile input, unsigned page, const OutputOptions& output) {
-                           RenderOptions one = options;
-                           one.page = page;
-                           one.output = output;
-                           return renderOne(one, std::move(input));
-                       });
+    const auto finish = [&](Picture picture, const Drawing& drawing, const Shown& shown, Progress& progress) {
+        setResolution(picture, options.dpi, shown, drawing);
+        progress.show("turning");
+        picture = turned(std::move(picture), drawing);
+        if (std::lround(drawing.angle / 90) % 2 != 0) std::swap(picture.dpiX, picture.dpiY);
+        return picture;
+    };
+    return drawPages(options, {[&](const Drawable& from, const Shown& shown, const Coding& to) {
+                                   return plan(options, shown, from.pixels, to);
+                               },
+                               finish});
 }

@@ -18,24 +18,23 @@ namespace {
 /// The same file's pixels as libtiff decodes them.
 class Reference {
 public:
-    explicit Reference(InputFile input) {
-        tiff_ = messages_.open(input.release(), input.name(), "rm");
+    explicit Reference(const InputFile& input) : pages_(input.again(), "rm"), tiff_(pages_.get()) {
         if (!tiff_) throw Failure(Exit::unsupported, input.name() + ": libtiff cannot read the file");
     }
     /// Decodes a tile of a page; false when libtiff cannot.
     bool decode(const TiffPage& page, std::uint32_t k) {
-        if (!TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(page.number - 1))) return false;
-        const tmsize_t bytes = page.tiled ? TIFFTileSize(tiff_.get()) : TIFFVStripSize(tiff_.get(), page.rowsOfTile(k));
+        if (!pages_.goTo(page.number)) return false;
+        const tmsize_t bytes = page.tiled ? TIFFTileSize(tiff_) : TIFFVStripSize(tiff_, page.rowsOfTile(k));
         pixels_.assign(static_cast<std::size_t>(bytes), 0);
-        return (page.tiled ? TIFFReadEncodedTile(tiff_.get(), k, pixels_.data(), bytes)
-                           : TIFFReadEncodedStrip(tiff_.get(), k, pixels_.data(), bytes)) == bytes;
+        return (page.tiled ? TIFFReadEncodedTile(tiff_, k, pixels_.data(), bytes)
+                           : TIFFReadEncodedStrip(tiff_, k, pixels_.data(), bytes)) == bytes;
     }
     /// The tile's rows, each as wide as the tile in whole bytes; 1 is coded black.
     const unsigned char* pixels() const { return pixels_.data(); }
 
 private:
-    LibtiffMessages messages_;
-    TiffHandle tiff_;
+    TiffPages pages_;
+    TIFF* const tiff_;
     std::vector<unsigned char> pixels_;
 };
 
@@ -139,7 +138,7 @@ Exit verifyPage(PageSource& source, unsigned number, const VerifyOptions& option
 Exit verifyFile(const std::string& path, const VerifyOptions& options, Json& entry) {
     InputFile input(path);
     std::optional<Reference> reference;
-    if (options.reference) reference.emplace(input.again());
+    if (options.reference) reference.emplace(input);
     const auto opened = openPages(std::move(input));
     PageSource& source = *opened;
     const unsigned pages = source.countPages();

@@ -103,10 +103,17 @@ InputFile::InputFile(const std::string& path, std::string name) : displayName_(s
         throw Failure(Exit::failed, displayName_ + ": not a regular file");
     }
     fileBytes_ = static_cast<std::uint64_t>(status.st_size);
+    written_ = status.st_mtim;
 }
 
 bool InputFile::isAt(const struct stat& other) const {
     return number_ != 0 && other.st_dev == device_ && other.st_ino == number_;
+}
+
+bool InputFile::isSameAs(const InputFile& other) const {
+    return number_ != 0 && number_ == other.number_ && device_ == other.device_ && fileBytes_ == other.fileBytes_ &&
+           written_.tv_sec == other.written_.tv_sec && written_.tv_nsec == other.written_.tv_nsec &&
+           displayName_ == other.displayName_;
 }
 
 InputFile::~InputFile() {
@@ -115,7 +122,7 @@ InputFile::~InputFile() {
 
 InputFile::InputFile(InputFile&& other) noexcept
     : displayName_(std::move(other.displayName_)), file_(std::exchange(other.file_, -1)), fileBytes_(other.fileBytes_),
-      device_(other.device_), number_(other.number_) {}
+      device_(other.device_), number_(other.number_), written_(other.written_) {}
 
 int InputFile::release() { return std::exchange(file_, -1); }
 

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 struct stat;
@@ -22,6 +23,8 @@ public:
 
     /// Whether `other` is the file that was asked for.
     bool isAt(const struct stat& other) const;
+    /// Whether both are one file by one name, which has not been written to in between.
+    bool isSameAs(const InputFile& other) const;
     /// How messages call it.
     const std::string& name() const { return displayName_; }
     std::uint64_t bytes() const { return fileBytes_; }
@@ -39,4 +42,5 @@ private:
     std::uint64_t fileBytes_ = 0;
     dev_t device_ = 0;  ///< of the file that was asked for, with the number there; 0 and 0 when it is no file
     ino_t number_ = 0;
+    timespec written_{};
 };

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <limits>
 #include <string_view>
 
 namespace {
@@ -45,4 +46,25 @@ int LibtiffMessages::onWarning(TIFF* file, void* self, const char* module, const
     if (!static_cast<LibtiffMessages*>(self)->faxWarnings_) return 1;
     return std::string_view(module ? module : "").starts_with("Fax3") ? onError(file, self, module, format, arguments)
                                                                       : 1;
+}
+
+TiffPages::TiffPages(InputFile input, const char* mode, bool faxWarnings) {
+    const int descriptor = input.release();
+    file_ = messages_.open(descriptor, input.name(), mode, faxWarnings);
+}
+
+bool TiffPages::goTo(unsigned number) {
+    if (number == 0 || number - 1 > std::numeric_limits<tdir_t>::max()) return false;
+    if (number == current_) return true;
+    const bool good = read(number);
+    current_ = good ? number : 0;
+    return good;
+}
+
+bool TiffPages::read(unsigned number) const {
+    // From page to page where it is not far, because any other way leads past all the pages before it.
+    constexpr unsigned kNear = 64;
+    unsigned at = current_;
+    while (at > 0 && at < number && number - current_ <= kNear && TIFFReadDirectory(file_.get()) != 0) ++at;
+    return at == number || TIFFSetDirectory(file_.get(), static_cast<tdir_t>(number - 1)) != 0;
 }

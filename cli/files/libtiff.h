@@ -3,6 +3,7 @@
 // libtiff's files, and what it says about them.
 
 #include "base/failure.h"
+#include "files/input_file.h"
 
 #include <tiffio.h>
 
@@ -43,4 +44,25 @@ private:
     std::string first_;
     int systemError_ = 0;
     bool faxWarnings_ = false;
+};
+
+/// The pages of a file that is read.
+class TiffPages {
+public:
+    /// `mode` and `faxWarnings` are those of LibtiffMessages::open. A file that cannot be opened has no pages.
+    TiffPages(InputFile input, const char* mode, bool faxWarnings = false);
+
+    /// Null: it could not be opened.
+    TIFF* get() const { return file_.get(); }
+    LibtiffMessages& messages() { return messages_; }
+    const LibtiffMessages& messages() const { return messages_; }
+    /// Makes a page, from 1, the current one; false when it cannot be read.
+    bool goTo(unsigned number);
+
+private:
+    bool read(unsigned number) const;
+
+    LibtiffMessages messages_;
+    TiffHandle file_;
+    unsigned current_ = 0;  ///< the page; 0: not known
 };

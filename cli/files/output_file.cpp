@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -48,6 +49,8 @@ bool synchroniseFolder(const std::string& path) {
     return good;
 }
 
+GatheredOutputs* s_gathered = nullptr;
+
 }  // namespace
 
 bool OutputOptions::isDone() const {
@@ -84,7 +87,7 @@ void OutputFile::openTemporary() {
     // A file that nobody may write is meant to stay, also where root could.
     if (exists && ((status.st_mode & kAnyoneWrites) == 0 || access(path_.c_str(), W_OK) != 0))
         throw Failure(Exit::failed, options_.path + ": is read-only");
-    temporary_.emplace(path_);
+    temporary_ = std::make_unique<TemporaryFile>(path_);
     if (!temporary_->good()) fail();
     const int descriptor = temporary_->descriptor();
     file_ = fdopen(descriptor, "wb");
@@ -123,6 +126,12 @@ void OutputFile::copyFrom(std::FILE* other) {
 
 void OutputFile::commit() {
     if (std::fflush(file_) != 0) fail();
+    if (temporary_ && s_gathered) {
+        if (!s_gathered->watchSystemOf(temporary_->descriptor()) || std::fclose(std::exchange(file_, nullptr)) != 0)
+            fail();
+        s_gathered->waiting_.push_back({std::move(temporary_), path_, !options_.keepExisting});
+        return;
+    }
     if (temporary_ && !synchronise(temporary_->descriptor())) fail();
     std::FILE* const file = std::exchange(file_, nullptr);
     if (file != stdout && std::fclose(file) != 0) fail();
@@ -132,4 +141,45 @@ void OutputFile::commit() {
     if (!synchroniseFolder(folder) || !temporary_->rename(path_, !options_.keepExisting) || !synchroniseFolder(folder))
         fail();
     temporary_.reset();
+}
+
+GatheredOutputs::GatheredOutputs() { s_gathered = this; }
+
+GatheredOutputs::~GatheredOutputs() {
+    s_gathered = nullptr;
+    discard();
+}
+
+// By a descriptor from before its data are written back: it tells of every failure to do so.
+bool GatheredOutputs::watchSystemOf(int output) {
+    struct stat status;
+    if (fstat(output, &status) != 0) return false;
+    if (std::ranges::find(systems_, status.st_dev, &FileSystem::device) != systems_.end()) return true;
+    const int copy = fcntl(output, F_DUPFD_CLOEXEC, 0);
+    if (copy >= 0) systems_.push_back({status.st_dev, copy});
+    return copy >= 0;
+}
+
+void GatheredOutputs::discard() {
+    for (const FileSystem& system : systems_) close(system.descriptor);
+    systems_.clear();
+    waiting_.clear();
+}
+
+std::vector<std::string> GatheredOutputs::settle() {
+    std::vector<std::string> failures(waiting_.size());
+    const auto fail = [&](std::size_t i) {
+        if (failures[i].empty()) failures[i] = std::strerror(errno);
+    };
+    const auto synchroniseAll = [&] {
+        for (const FileSystem& system : systems_)
+            if (syncfs(system.descriptor) != 0)
+                for (std::size_t i = 0; i < waiting_.size(); ++i) fail(i);
+    };
+    synchroniseAll();
+    for (std::size_t i = 0; i < waiting_.size(); ++i)
+        if (failures[i].empty() && !waiting_[i].temporary->rename(waiting_[i].path, waiting_[i].mayReplace)) fail(i);
+    synchroniseAll();
+    discard();
+    return failures;
 }

@@ -4,8 +4,9 @@
 #include "files/temporary_file.h"
 
 #include <cstdio>
-#include <optional>
+#include <memory>
 #include <string>
+#include <vector>
 
 /// Where a command's result goes, and what may be replaced.
 struct OutputOptions {
@@ -34,7 +35,7 @@ public:
     void write(const void* data, std::size_t bytes);
     /// Appends all of another stream.
     void copyFrom(std::FILE* other);
-    /// Closes the file, and gives it its name.
+    /// Closes the file, and gives it its name; while outputs are gathered, they do that.
     void commit();
     [[noreturn]] void fail() const;
 
@@ -43,7 +44,47 @@ private:
     void discard();
 
     OutputOptions options_;
-    std::string path_;                        ///< the options', links followed
-    std::optional<TemporaryFile> temporary_;  ///< none when writing directly
+    std::string path_;                          ///< the options', links followed
+    std::unique_ptr<TemporaryFile> temporary_;  ///< none when writing directly
     std::FILE* file_ = nullptr;
+};
+
+/// Outputs that are complete and wait for their names, so that many wait for the disk together. Whoever makes this
+/// gathers all outputs of the process.
+class GatheredOutputs {
+public:
+    /// So many at once, all of which a signal removes.
+    static constexpr std::size_t kMost = 32;
+
+    GatheredOutputs();
+    ~GatheredOutputs();
+    GatheredOutputs(const GatheredOutputs&) = delete;
+    GatheredOutputs& operator=(const GatheredOutputs&) = delete;
+
+    std::size_t count() const { return waiting_.size(); }
+    /// What the output gathered last is called for now.
+    const std::string& lastName() const { return waiting_.back().temporary->name(); }
+    /// Waits until all are on the disk, and gives them their names. The result has, for each, what went wrong, or
+    /// nothing. Waits for whole file systems, which takes no longer than for one of their files.
+    std::vector<std::string> settle();
+    /// Removes them.
+    void discard();
+
+private:
+    friend class OutputFile;
+    struct Output {
+        std::unique_ptr<TemporaryFile> temporary;
+        std::string path;
+        bool mayReplace;
+    };
+    /// One to wait for.
+    struct FileSystem {
+        dev_t device;
+        int descriptor;
+    };
+    /// False: errno says why it cannot be.
+    bool watchSystemOf(int output);
+
+    std::vector<Output> waiting_;
+    std::vector<FileSystem> systems_;
 };

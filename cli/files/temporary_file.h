@@ -18,6 +18,7 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     bool good() const { return descriptor_ >= 0; }
+    const std::string& name() const { return name_; }
     /// The caller closes it.
     int descriptor() const { return descriptor_; }
     /// Takes the place of `path`; unless `mayReplace`, only where there is nothing. False: errno says why.

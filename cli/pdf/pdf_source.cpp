@@ -109,7 +109,8 @@ std::unique_ptr<PackedRows> PdfSource::rows(const TiffPage& page) {
     TiffPage only = page;
     only.number = 1;
     const int mode = FAXMODE_NORTC | FAXMODE_NOEOL | (fax.byteAligned ? FAXMODE_BYTEALIGN : 0);
-    return std::make_unique<PackedRows>(wrapped.reopened(), only, lines ? -1 : mode);
+    return std::make_unique<PackedRows>(std::make_shared<TiffPages>(wrapped.reopened(), "rm", true), name(), only,
+                                        lines ? -1 : mode);
 }
 
 void PdfSource::copyTags(TIFF* to) const {

@@ -6,6 +6,9 @@
 #include "picture/picture.h"
 
 #include <memory>
+#include <string>
+
+class TiffPages;
 
 /// Delivers the rows of a picture file from the top. Operations throw Failure.
 class PictureReader {
@@ -29,5 +32,5 @@ public:
 std::unique_ptr<PictureReader> openPicture(InputFile input);
 std::unique_ptr<PictureReader> openPng(InputFile input);
 std::unique_ptr<PictureReader> openPnm(InputFile input);
-/// A page, from 1, of a TIFF file in greys or colours.
-std::unique_ptr<PictureReader> openTiffPicture(InputFile input, unsigned page);
+/// A page, from 1, of a TIFF file in greys or colours; `name` is for messages.
+std::unique_ptr<PictureReader> openTiffPicture(std::shared_ptr<TiffPages> from, const std::string& name, unsigned page);

@@ -14,10 +14,11 @@ namespace {
 
 class TiffReader : public PictureReader {
 public:
-    TiffReader(InputFile input, unsigned page) : name_(fmt::format("{}: page {}", input.name(), page)) {
-        tiff_ = messages_.open(input.release(), input.name(), "rm");
-        TIFF* const file = tiff_.get();
-        if (!file || !TIFFSetDirectory(file, static_cast<tdir_t>(page - 1))) fail(Exit::unsupported, "cannot be read");
+    TiffReader(std::shared_ptr<TiffPages> from, const std::string& name, unsigned page)
+        : name_(fmt::format("{}: page {}", name, page)), pages_(std::move(from)), messages_(pages_->messages()) {
+        TIFF* const file = pages_->get();
+        messages_.clear();
+        if (!file || !pages_->goTo(page)) fail(Exit::unsupported, "cannot be read");
         messages_.clear();
         TIFFGetField(file, TIFFTAG_IMAGEWIDTH, &size.width);
         TIFFGetField(file, TIFFTAG_IMAGELENGTH, &size.height);
@@ -62,8 +63,8 @@ private:
         std::vector<std::uint32_t> raster(std::size_t{part_.width} * part_.height);
         band_.resize(std::size_t{size.width} * rows);
         for (std::uint32_t left = 0; left < size.width; left += part_.width) {
-            const int read = tiled_ ? TIFFReadRGBATileExt(tiff_.get(), left, y_, raster.data(), 1)
-                                    : TIFFReadRGBAStripExt(tiff_.get(), y_, raster.data(), 1);
+            const int read = tiled_ ? TIFFReadRGBATileExt(pages_->get(), left, y_, raster.data(), 1)
+                                    : TIFFReadRGBAStripExt(pages_->get(), y_, raster.data(), 1);
             if (!read || !messages_.empty()) fail(Exit::damaged, fmt::format("row {} cannot be decoded", y_ + 1));
             const std::uint32_t width = std::min(part_.width, size.width - left), high = tiled_ ? part_.height : rows;
             for (std::uint32_t row = 0; row < rows; ++row)
@@ -76,8 +77,8 @@ private:
     }
 
     const std::string name_;
-    LibtiffMessages messages_;
-    TiffHandle tiff_;
+    const std::shared_ptr<TiffPages> pages_;
+    LibtiffMessages& messages_;
     bool tiled_ = false;
     Size part_;
     std::vector<std::uint32_t> band_;
@@ -86,6 +87,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<PictureReader> openTiffPicture(InputFile input, unsigned page) {
-    return std::make_unique<TiffReader>(std::move(input), page);
+std::unique_ptr<PictureReader> openTiffPicture(std::shared_ptr<TiffPages> from, const std::string& name,
+                                               unsigned page) {
+    return std::make_unique<TiffReader>(std::move(from), name, page);
 }

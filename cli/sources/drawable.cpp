@@ -13,7 +13,7 @@ namespace {
 
 class DrawablePage : public Drawable {
 public:
-    DrawablePage(std::unique_ptr<PageSource> from, unsigned number)
+    DrawablePage(std::shared_ptr<PageSource> from, unsigned number)
         : owned_(std::move(from)), source_(*owned_), page_(source_.codedPage(number)) {
         size = page_.size;
         dpiX = page_.dpiX;
@@ -43,7 +43,7 @@ public:
     }
 
 private:
-    const std::unique_ptr<PageSource> owned_;
+    const std::shared_ptr<PageSource> owned_;
     PageSource& source_;
     const TiffPage page_;
 };
@@ -77,13 +77,12 @@ std::unique_ptr<Drawable> openDrawable(InputFile input, unsigned page) {
         if (page != 1) throw Failure(Exit::failed, "--page is for files of several pages");
         return std::make_unique<DrawablePicture>(bytes, openPicture(std::move(input)));
     }
-    InputFile second = input.again();
-    auto source = openPages(std::move(input));
+    const std::shared_ptr<PageSource> source = openPages(std::move(input));
     source->countPages();
     const TiffPage stored = source->page(page);
-    if (stored.bilevel || second.kind() != InputFile::Kind::tiff)
-        return std::make_unique<DrawablePage>(std::move(source), page);
-    auto picture = std::make_unique<DrawablePicture>(bytes, openTiffPicture(std::move(second), page));
+    const std::shared_ptr<TiffPages> decoder = stored.bilevel ? nullptr : source->decoder();
+    if (!decoder) return std::make_unique<DrawablePage>(source, page);
+    auto picture = std::make_unique<DrawablePicture>(bytes, openTiffPicture(decoder, source->name(), page));
     picture->dpiX = stored.dpiX;
     picture->dpiY = stored.dpiY;
     picture->orientation = stored.orientation;

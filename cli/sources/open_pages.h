@@ -7,5 +7,11 @@
 
 #include <memory>
 
-/// A TIFF or PDF file.
-std::unique_ptr<PageSource> openPages(InputFile input);
+/// A TIFF or PDF file. Throws Failure.
+std::shared_ptr<PageSource> openPages(InputFile input);
+
+/// From now on the file opened last stays open, for the next call if that asks for the same one: a command for each of
+/// many pages would look for each from the file's beginning.
+void keepPagesOpen();
+/// Closes it, after something went wrong with it.
+void closeKeptPages();

@@ -5,14 +5,16 @@
 #include "files/libtiff.h"
 #include "tiff/page_source.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 /// Delivers rows from the top, packed, 1 being what is stored as 1. Throws Failure, for damage too.
 class PackedRows {
 public:
-    /// `faxMode`: libtiff's pseudo tag of that name, for codes that no TIFF file would have; negative: none.
-    PackedRows(InputFile input, const TiffPage& page, int faxMode = -1);
+    /// Of a page of `from`, which is opened with its warnings. `faxMode`: libtiff's pseudo tag of that name, for codes
+    /// that no TIFF file would have; negative: none.
+    PackedRows(std::shared_ptr<TiffPages> from, const std::string& name, const TiffPage& page, int faxMode = -1);
 
     /// Valid until the next call.
     const unsigned char* next();
@@ -23,8 +25,9 @@ private:
 
     const std::string name_;
     const TiffPage page_;
-    LibtiffMessages messages_;  ///< rows may arrive in spite of a complaint
-    TiffHandle tiff_;
+    const std::shared_ptr<TiffPages> from_;
+    TIFF* const tiff_;
+    LibtiffMessages& messages_;  ///< rows may arrive in spite of a complaint
     std::size_t rowBytes_ = 0;
     std::vector<unsigned char> packed_, tileRow_;
     std::uint32_t y_ = 0;

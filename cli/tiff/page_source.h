@@ -43,13 +43,14 @@ class PackedRows;
 /// All operations throw Failure.
 class PageSource {
 public:
-    explicit PageSource(const InputFile& input) : name_(input.name()), fileBytes_(input.bytes()) {}
+    explicit PageSource(const InputFile& input) : file_(input.again()) {}
     virtual ~PageSource() = default;
     PageSource(const PageSource&) = delete;
     PageSource& operator=(const PageSource&) = delete;
 
-    const std::string& name() const { return name_; }
-    std::uint64_t bytes() const { return fileBytes_; }
+    const std::string& name() const { return file_.name(); }
+    std::uint64_t bytes() const { return file_.bytes(); }
+    const InputFile& file() const { return file_; }
     virtual unsigned countPages() = 0;
     /// What is wrong with the list that countPages went through, for a message; the pages before that can be used.
     /// Empty for a good one.
@@ -61,6 +62,8 @@ public:
     /// The same with its codes ready, as the file has them, or, for one that is stored in another way, coded anew in
     /// memory, row by row, into one strip. Tiles are those of the result from now on.
     TiffPage codedPage(unsigned number);
+    /// What libtiff decodes pages by; null for a file that is no TIFF.
+    virtual std::shared_ptr<TiffPages> decoder() { return nullptr; }
     /// Sets the tags of the page asked for last that say how to show it and what it is, not how it is stored.
     virtual void copyTags(TIFF* to) const = 0;
 
@@ -80,7 +83,6 @@ protected:
     void forgetCodes() { recoded_.clear(); }
 
 private:
-    std::string name_;
-    std::uint64_t fileBytes_;
+    const InputFile file_;
     std::vector<unsigned char> recoded_;
 };

@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace {
@@ -60,17 +59,27 @@ void addResolution(TIFF* tiff, TiffPage& page) {
     page.dpiY = double{y} * perInch;
 }
 
+InputFile requireTiff(InputFile input) {
+    if (input.kind() != InputFile::Kind::tiff) throw Failure(Exit::unsupported, input.name() + ": not a TIFF file");
+    return input;
+}
+
 }  // namespace
 
+std::shared_ptr<TiffPages> TiffSource::decoder() {
+    if (!decoder_) decoder_ = std::make_shared<TiffPages>(file().again(), "rm", true);
+    return decoder_;
+}
+
 std::unique_ptr<PackedRows> TiffSource::rows(const TiffPage& page) {
-    return std::make_unique<PackedRows>(again_.again(), page);
+    return std::make_unique<PackedRows>(decoder(), name(), page);
 }
 
 void TiffSource::copyTags(TIFF* to) const {
-    TIFF* const from = tiff_.get();
+    TIFF* const from = tiff_;
     for (const std::uint32_t tag : {TIFFTAG_ORIENTATION, TIFFTAG_RESOLUTIONUNIT, TIFFTAG_THRESHHOLDING})
         if (std::uint16_t value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, value);
-    TIFFSetField(to, TIFFTAG_PHOTOMETRIC, inkIsOne_ ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(to, TIFFTAG_PHOTOMETRIC, current_.inkIsOne ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK);
     for (const std::uint32_t tag : {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION})
         if (float value = 0; TIFFGetField(from, tag, &value)) TIFFSetField(to, tag, double{value});
     if (std::uint32_t type = 0; TIFFGetField(from, TIFFTAG_SUBFILETYPE, &type))
@@ -83,11 +92,11 @@ void TiffSource::copyTags(TIFF* to) const {
         if (char* text = nullptr; TIFFGetField(from, tag, &text)) TIFFSetField(to, tag, text);
 }
 
-TiffSource::TiffSource(InputFile input) : PageSource(input), again_(input.again()) {
-    if (input.kind() != InputFile::Kind::tiff) throw Failure(Exit::unsupported, name() + ": not a TIFF file");
-    // m: not mapped, so that a file that shrinks cannot kill us; O: tables of tiles are loaded when first asked for;
-    // c: strips are reported as they are.
-    tiff_ = messages_.open(input.release(), name(), "rmOc");
+// m: not mapped, so that a file that shrinks cannot kill us; O: tables of tiles are loaded when first asked for;
+// c: strips are reported as they are.
+TiffSource::TiffSource(InputFile input)
+    : PageSource(input), pages_(requireTiff(std::move(input)), "rmOc"), messages_(pages_.messages()),
+      tiff_(pages_.get()) {
     if (!tiff_) fail("the TIFF file cannot be read");
 }
 
@@ -96,30 +105,24 @@ void TiffSource::fail(const std::string& otherwise) {
 }
 
 unsigned TiffSource::countPages() {
+    if (pageCount_ > 0) return pageCount_;
     messages_.clear();
-    const unsigned pages = TIFFNumberOfDirectories(tiff_.get());
+    pageCount_ = TIFFNumberOfDirectories(tiff_);
     pageListDamage_ = messages_.reason();
-    return pages;
+    return pageCount_;
 }
 
 std::string TiffSource::damageOfPageList() const {
     return pageListDamage_.empty() ? "" : fmt::format("{}: the list of pages is damaged{}", name(), pageListDamage_);
 }
 
-bool TiffSource::goTo(unsigned number) {
-    if (number == 0 || number - 1 > std::numeric_limits<tdir_t>::max()) return false;
-    const auto directory = static_cast<tdir_t>(number - 1);
-    // From page to page, because any other way leads past all the pages before it.
-    return number > 1 && TIFFCurrentDirectory(tiff_.get()) + 1 == directory
-               ? TIFFReadDirectory(tiff_.get()) != 0
-               : TIFFSetDirectory(tiff_.get(), directory) != 0;
-}
-
 TiffPage TiffSource::page(unsigned number) {
-    TIFF* const file = tiff_.get();
-    messages_.clear();
+    TIFF* const file = tiff_;
     forgetCodes();
-    if (!goTo(number)) {
+    if (current_.number == number && number > 0) return current_;
+    current_ = {};
+    messages_.clear();
+    if (!pages_.goTo(number)) {
         const Failure unreadable(messages_.code(Exit::unsupported),
                                  fmt::format("{}: page {} cannot be read{}", name(), number, messages_.reason()));
         const unsigned pages = countPages();
@@ -142,15 +145,14 @@ TiffPage TiffSource::page(unsigned number) {
     messages_.clear();
     addResolution(file, page);
     addUnsupported(file, page);
-    page.inkIsOne = inkIsOne_ = onePaints(file, page);
+    page.inkIsOne = onePaints(file, page);
     addLayout(page);
     addSizes(page);
-    currentTiled_ = page.tiled;
-    return page;
+    return current_ = page;
 }
 
 void TiffSource::addLayout(TiffPage& page) {
-    TIFF* const file = tiff_.get();
+    TIFF* const file = tiff_;
     page.tiled = TIFFIsTiled(file) != 0;
     if (page.tiled) {
         TIFFGetField(file, TIFFTAG_TILEWIDTH, &page.tile.width);
@@ -177,8 +179,8 @@ void TiffSource::addSizes(TiffPage& page) {
     messages_.clear();
     for (std::uint32_t k = 0; k < page.tiles; ++k) {
         int badOffset = 0, badCount = 0;
-        TIFFGetStrileOffsetWithErr(tiff_.get(), k, &badOffset);
-        const std::uint64_t given = TIFFGetStrileByteCountWithErr(tiff_.get(), k, &badCount);
+        TIFFGetStrileOffsetWithErr(tiff_, k, &badOffset);
+        const std::uint64_t given = TIFFGetStrileByteCountWithErr(tiff_, k, &badCount);
         if (badOffset || badCount || !messages_.empty())
             fail(fmt::format("page {}: the place of {} {} cannot be read", page.number, page.tileName(), k + 1));
         const std::uint64_t bytes = tileBytes(k);
@@ -189,19 +191,19 @@ void TiffSource::addSizes(TiffPage& page) {
 }
 
 bool TiffSource::storedEmpty(std::uint32_t k) const {
-    return TIFFGetStrileByteCount(tiff_.get(), k) == 0 && TIFFGetStrileOffset(tiff_.get(), k) == 0;
+    return TIFFGetStrileByteCount(tiff_, k) == 0 && TIFFGetStrileOffset(tiff_, k) == 0;
 }
 
 std::uint64_t TiffSource::storedBytes(std::uint32_t k) {
-    const std::uint64_t offset = TIFFGetStrileOffset(tiff_.get(), k);
-    return std::min(TIFFGetStrileByteCount(tiff_.get(), k), bytes() - std::min(offset, bytes()));
+    const std::uint64_t offset = TIFFGetStrileOffset(tiff_, k);
+    return std::min(TIFFGetStrileByteCount(tiff_, k), bytes() - std::min(offset, bytes()));
 }
 
 void TiffSource::readStored(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) {
     if (bytes == 0) return;
     const auto asked = static_cast<tmsize_t>(bytes);
-    const tmsize_t got = currentTiled_ ? TIFFReadRawTile(tiff_.get(), k, buffer, asked)
-                                       : TIFFReadRawStrip(tiff_.get(), k, buffer, asked);
+    const tmsize_t got =
+        current_.tiled ? TIFFReadRawTile(tiff_, k, buffer, asked) : TIFFReadRawStrip(tiff_, k, buffer, asked);
     if (got != asked)
         throw Failure(Exit::failed, fmt::format("{}: cannot read {} bytes{}", name(), bytes, messages_.reason()));
 }

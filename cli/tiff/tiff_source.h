@@ -14,6 +14,7 @@ public:
     unsigned countPages() override;
     std::string damageOfPageList() const override;
     TiffPage page(unsigned number) override;
+    std::shared_ptr<TiffPages> decoder() override;
     void copyTags(TIFF* to) const override;
 
 private:
@@ -22,13 +23,14 @@ private:
     void readStored(std::uint32_t k, unsigned char* buffer, std::uint64_t bytes) override;
     std::unique_ptr<PackedRows> rows(const TiffPage& page) override;
     [[noreturn]] void fail(const std::string& otherwise);
-    bool goTo(unsigned number);
     void addLayout(TiffPage& page);
     void addSizes(TiffPage& page);
 
-    const InputFile again_;  ///< for pages that libtiff decodes
-    LibtiffMessages messages_;
+    TiffPages pages_;
+    LibtiffMessages& messages_;
+    TIFF* const tiff_;
+    std::shared_ptr<TiffPages> decoder_;
+    unsigned pageCount_ = 0;  ///< 0: not counted yet
     std::string pageListDamage_;
-    TiffHandle tiff_;
-    bool currentTiled_ = false, inkIsOne_ = true;
+    TiffPage current_;
 };

@@ -88,16 +88,17 @@ TEST(Pages, AreChosenByListsAndNamedApart) {
 TEST(Batch, MakesWhatTheSingleCommandsMakeAndReportsEachPageOnce) {
     const Folder folder;
     const std::string inputs = sample("text.tif") + " " + sample("pages.tif");
-    ASSERT_EQ(tool("batch render --scale 0.1 --folder " + (folder / "one") + " -j1 " + inputs).code, 0);
-    const Outcome run = tool("batch render --scale 0.1 --folder " + (folder / "two") + " -j3 " + inputs);
+    ASSERT_EQ(tool("batch render --scale 0.1 --format tif --folder " + (folder / "one") + " -j1 " + inputs).code, 0);
+    const Outcome run = tool("batch render --scale 0.1 --format tif --folder " + (folder / "two") + " -j3 " + inputs);
     ASSERT_EQ(run.code, 0) << run.errors;
     EXPECT_EQ(filesIn(folder / "one"), filesIn(folder / "two"));
     ASSERT_EQ(lines(run.output).size(), 5u);
     for (const json& line : lines(run.output)) {
-        const std::string single = folder / "single.png", input = line["file"];
+        const std::string single = folder / "single.tif", input = line["file"];
         ASSERT_EQ(tool("render --scale 0.1 --page " + line["page"].dump() + " " + input + " -o " + single).code, 0);
         EXPECT_EQ(readFile(single), readFile(line["output"])) << line;
         EXPECT_EQ(line["exit"], 0);
+        EXPECT_EQ(fs::path(line["output"].get<std::string>()).extension(), ".tif");
     }
     EXPECT_EQ(tool("batch repack --folder " + (folder / "repacked") + " " + inputs).code, 0);
     EXPECT_EQ(readTiff(folder / "repacked/pages.tif", 3), readTiff(sample("pages.tif"), 3));
