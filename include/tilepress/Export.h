@@ -28,7 +28,7 @@ public:
 
 private:
     Export();
-    ~Export();
+    ~Export();  // NOLINT(performance-trivially-destructible): has an address in the library
 };
 
 #endif

@@ -5,7 +5,7 @@
 /// Rothstein codes and the tables that every scaler takes its pixel mapping from.
 ///
 /// A code spreads m marks over n positions as evenly as integers allow: for
-/// 1 <= m <= n exactly the positions ceil(k * n / m) are marked. A run table has at each mark
+/// 1 <= m <= n exactly the positions ceil(k * n / m) are marked. A size table has at each mark
 /// the distance to the next one (to n for the last) and 0 elsewhere.
 ///
 /// Every result is a new block, null when memory runs out, which the caller
@@ -26,24 +26,24 @@ TILEPRESS_API void getRothsteinArray(ImgULong positions, ImgULong marks, rothste
 /// Releases a circular list: the payloads from the third node on and the head's, then the head.
 TILEPRESS_API void DestroyRothsteinList(rothstein_code_struct* head);
 
-/// outA: run table of d marks over b positions; outB: of c marks over a positions.
+/// outA: size table of d marks over b positions; outB: of c marks over a positions.
 TILEPRESS_API void CreateRothTables(ImgULong** outA, ImgULong** outB, ImgULong a, ImgULong b, ImgULong c, ImgULong d);
 
-/// Tables of an enlargement: row runs (dstHeight entries), column runs (dstWidth), first
+/// Tables of an enlargement: row sizes (dstHeight entries), column sizes (dstWidth), first
 /// destination column of each source column (srcWidth), byte and bit number of each destination column (dstWidth).
 TILEPRESS_API void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong srcWidth, ImgULong srcHeight,
-                                           ImgULong** rowRuns, ImgULong** colRuns, ImgULong** colGroupStart,
+                                           ImgULong** rowSizes, ImgULong** colSizes, ImgULong** colGroupStart,
                                            ImgULong** colByte, ImgULong** colBit);
 
-/// Tables of a reduction: row runs (srcHeight entries), and for every source column (srcWidth) its group's
+/// Tables of a reduction: row sizes (srcHeight entries), and for every source column (srcWidth) its group's
 /// size (at the group's first column, else 0), the group's first column, byte and bit of the destination column.
 TILEPRESS_API void CreateRothReduceTables(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
-                                          ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst,
+                                          ImgULong** rowSizes, ImgULong** groupSize, ImgULong** groupFirst,
                                           ImgULong** dstByte, ImgULong** dstBit);
 
 /// As CreateRothReduceTables, and the destination column of every source column.
 TILEPRESS_API void CreateRothReduceTables2(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
-                                           ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst,
+                                           ImgULong** rowSizes, ImgULong** groupSize, ImgULong** groupFirst,
                                            ImgULong** dstByte, ImgULong** dstBit, ImgULong** dstColumn);
 
 /// Grey values (`levels` bytes) of cells by their number of foreground pixels: entry 0 is 255 and the last 0, or

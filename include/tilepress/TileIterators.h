@@ -74,19 +74,19 @@ private:
     void tileUNCOMPRESSED_NULL();
 
     // The layout is part of the interface: add nothing, move nothing.
-    CImg32* image;
-    CImg32::TileFormat format;
-    ImgULong tileWidth, tileHeight;
-    ImgULong tilesAcross, tilesDown;
-    ImgULong rightPadding, rightPaddingBytes, bottomPadding;
-    ImgULong tileCount;
-    ImgULong tileRowBytes, tileBytes;
-    ImgULong currentTileRow, currentTileColumn;
-    bool lastRow, lastColumn;
-    unsigned char* tileBuffer;
-    ImgULong tileLength, tileColor;
-    ImgULong tileX, tileY;
-    ImgULong* backgroundRow;
+    CImg32* image = nullptr;
+    CImg32::TileFormat format{};
+    ImgULong tileWidth = 0, tileHeight = 0;
+    ImgULong tilesAcross = 0, tilesDown = 0;
+    ImgULong rightPadding = 0, rightPaddingBytes = 0, bottomPadding = 0;
+    ImgULong tileCount = 0;
+    ImgULong tileRowBytes = 0, tileBytes = 0;
+    ImgULong currentTileRow = 0, currentTileColumn = 0;
+    bool lastRow = false, lastColumn = false;
+    unsigned char* tileBuffer = nullptr;
+    ImgULong tileLength = 0, tileColor = 0;
+    ImgULong tileX = 0, tileY = 0;
+    ImgULong* backgroundRow = nullptr;
 };
 
 #endif

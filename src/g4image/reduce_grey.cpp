@@ -4,6 +4,7 @@
 
 #include "kernels/cell_counter.h"
 #include "kernels/grey_maps.h"
+#include "model/image_kinds.h"
 #include "model/temporary.h"
 #include "tilepress/CImg32.h"
 

@@ -87,10 +87,6 @@ inline bool isMostlyBlack(std::uint64_t black, std::uint64_t pixels) {
     return !(static_cast<double>(black) / static_cast<double>(pixels) <= 0.55);
 }
 
-inline bool isReduction(const ImgRect& r, ImgULong width, ImgULong height) {
-    return width != 0 && height != 0 && width <= r.getWidth() && height <= r.getHeight();
-}
-
 /// A clear image of this size with an image's colours, or null.
 CImg1* emptyLike(const CImg1G4& image, ImgULong width, ImgULong height);
 

@@ -20,6 +20,11 @@ void* TILEPRESS_CALL Img1Free(ImgHandle** where, void* keep);
 void* TILEPRESS_CALL ImgRowsFree(ImgHandle** where, void* keep);
 template <class Kind>
 ImgHandle* TILEPRESS_CALL clone(ImgHandle*);
+/// What a raster operation changes: the image itself or a copy, which may be null.
+template <class Kind, class Desc>
+ImgHandle* targetOf(ImgHandle* image, const Desc& desc) {
+    return desc.inPlace == 1 ? image : clone<Kind>(image);
+}
 
 // header.cpp
 std::uint32_t TILEPRESS_CALL ImgQuadWidth(ImgHandle*);
@@ -27,7 +32,7 @@ std::uint32_t TILEPRESS_CALL ImgQuadHeight(ImgHandle*);
 /// Stores the corners of an image of that size in all three quadrilaterals.
 void setQuads(ImgQuads&, std::uint32_t width, std::uint32_t height);
 
-// render.cpp
+// turn_scale.cpp
 template <class Kind>
 ImgHandle* TILEPRESS_CALL render(ImgHandle*, std::uint32_t width, std::uint32_t height, const void* header,
                                  std::uint32_t arg1, std::uint32_t arg2, std::uint32_t alignBits);

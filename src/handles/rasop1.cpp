@@ -8,12 +8,6 @@
 using namespace tilepress;
 using namespace tilepress::handles;
 
-/// The image to change: this one or a copy, which may be null.
-template <class Kind>
-static ImgHandle* targetOf(ImgHandle* image, const ImgRasOp1Desc& desc) {
-    return desc.inPlace == 1 ? image : clone<Kind>(image);
-}
-
 static bool keepsAll(const ImgRasOp1Desc& desc) { return desc.keepColorA && desc.keepColorB; }
 
 /// The one colour that stays, or null.

@@ -10,11 +10,6 @@
 namespace tilepress::handles {
 namespace {
 
-template <class Kind>
-ImgHandle* targetOf(ImgHandle* destination, const ImgRasOp2Desc& desc) {
-    return desc.inPlace == 1 ? destination : clone<Kind>(destination);
-}
-
 // --- whole images -----------------------------------------------------------------------
 
 void combineBytes(std::uint32_t op, unsigned char* dst, const unsigned char* src, std::size_t count) {

@@ -24,10 +24,11 @@ void freeColumnBuffers(void** buffers, std::uint64_t count) {
 
 }  // namespace
 
-void setTiles(const ImgG4Header& header, const TileGrid& grid, ImgG4TileRec* tile, void* const* tileData) {
-    for (std::uint32_t row = 0; row < grid.down; ++row) {
+void setTiles(const ImgG4Header& header, ImgG4TileRec* tile, void* const* tileData) {
+    const std::uint32_t across = layoutOf(header).across(), down = layoutOf(header).down();
+    for (std::uint32_t row = 0; row < down; ++row) {
         header.tileRows[row] = tile;
-        for (std::uint32_t column = 0; column < grid.across; ++column, ++tile) {
+        for (std::uint32_t column = 0; column < across; ++column, ++tile) {
             tile->tileData = *tileData++;
             tile->decodeState = 0;
             tile->decodeFlag = 1;
@@ -50,22 +51,23 @@ std::uint32_t ImgTIFFG4Create(ImgHandle* image, std::uint32_t width, std::uint32
     h.bytesPerLine = static_cast<std::uint32_t>(packedBytes(width));
     h.tileWidth = tileWidth;
     h.tileHeight = tileHeight;
-    const TileGrid grid(h);
-    Heap<std::uint32_t> counts(grid.tiles());
-    Heap<ImgG4TileRec> records(grid.tiles());
-    Heap<ImgG4TileRec*> rows(std::uint64_t{grid.down});
+    const std::uint32_t across = layoutOf(h).across();
+    const std::uint64_t tiles = layoutOf(h).tiles();
+    Heap<std::uint32_t> counts(tiles);
+    Heap<ImgG4TileRec> records(tiles);
+    Heap<ImgG4TileRec*> rows(std::uint64_t{layoutOf(h).down()});
     if (!counts || !records || !rows) return 0;
 
     std::uint64_t total = 0;
-    for (std::size_t k = 0; k < grid.tiles(); ++k) total += counts[k] = byteCounts[k];
+    for (std::size_t k = 0; k < tiles; ++k) total += counts[k] = byteCounts[k];
     if (total > UINT32_MAX) return 0;
     h.totalBytes = static_cast<std::uint32_t>(total);
     // Nothing reads these buffers here: one that cannot be had stays null.
-    h.columnBufA = columnBuffers(grid.across, tileWidth);
-    h.columnBufB = columnBuffers(grid.across, tileWidth);
+    h.columnBufA = columnBuffers(across, tileWidth);
+    h.columnBufB = columnBuffers(across, tileWidth);
     h.byteCounts = counts.release();
     h.tileRows = rows.release();
-    setTiles(h, grid, records.release(), tileData);
+    setTiles(h, records.release(), tileData);
     image->data = tileData;
     MemSetPointer(0, tileData, &image->data);
     image->header = header.release();
@@ -80,19 +82,19 @@ void* ImgTIFFG4Free(ImgHandle** where, void* keep) {
     if (!where || !isTiffG4(*where) || livesInBlock(**where)) return nullptr;
     ImgHandle* const image = *where;
     ImgG4Header* const header = static_cast<ImgG4Header*>(image->header);
-    const TileGrid grid(*header);
+    const auto layout = layoutOf(*header);
     void* const kept = image->data == keep ? keep : nullptr;
     if (image->data && !kept) {
         void** const tiles = static_cast<void**>(image->data);
-        for (std::size_t k = 0; k < grid.tiles(); ++k) MemFree(0, tiles[k]);
+        for (std::size_t k = 0, count = layout.tiles(); k < count; ++k) MemFree(0, tiles[k]);
         MemFree(0, tiles);
     }
     if (header->tileRows) {
         std::free(header->tileRows[0]);
         std::free(header->tileRows);
     }
-    freeColumnBuffers(header->columnBufA, grid.across);
-    freeColumnBuffers(header->columnBufB, grid.across);
+    freeColumnBuffers(header->columnBufA, layout.across());
+    freeColumnBuffers(header->columnBufB, layout.across());
     std::free(header->byteCounts);
     std::free(header);
     std::free(image);

@@ -11,13 +11,14 @@ namespace {
 
 /// Where the areas of a block lie. Pointers have the size of this system's.
 struct FlatLayout {
+    std::uint64_t across, tiles;
     std::uint64_t tileRows, columnBufA, columnBufB, byteCounts, tileData, records, columnBuffers, coded, total;
 
-    FlatLayout(const TileGrid& grid, const ImgG4Header& header) {
+    explicit FlatLayout(const ImgG4Header& header)
+        : across(layoutOf(header).across()), tiles(layoutOf(header).tiles()) {
         constexpr std::uint64_t pointer = sizeof(void*);
-        const std::uint64_t across = grid.across, tiles = grid.tiles();
         tileRows = sizeof(ImgHandle) + sizeof(ImgG4Header);
-        columnBufA = tileRows + pointer * grid.down;
+        columnBufA = tileRows + pointer * layoutOf(header).down();
         columnBufB = columnBufA + pointer * across;
         byteCounts = columnBufB + pointer * across;
         tileData = (byteCounts + 4 * tiles + pointer - 1) / pointer * pointer;
@@ -27,8 +28,12 @@ struct FlatLayout {
         total = coded + header.totalBytes;
     }
     /// Sizes of blocks are 32-bit words.
-    static bool fits(const TileGrid& grid, const ImgG4Header& header) {
-        return grid.tiles() <= UINT32_MAX && FlatLayout(grid, header).total <= UINT32_MAX;
+    bool fits() const { return tiles <= UINT32_MAX && total <= UINT32_MAX; }
+    /// Whether the tiles' bytes are no more than the header says.
+    bool holds(const ImgG4Header& header) const {
+        std::uint64_t sum = 0;
+        for (std::size_t k = 0; k < tiles; ++k) sum += header.byteCounts[k];
+        return sum <= header.totalBytes;
     }
 };
 static_assert(sizeof(ImgG4Header) == (sizeof(void*) == 4 ? 168 : 184));
@@ -38,7 +43,7 @@ static_assert(sizeof(ImgHandle) == 18 * sizeof(void*));
 /// An offset where a pointer will be.
 template <class T>
 T* offset(std::uint64_t n) {
-    return reinterpret_cast<T*>(static_cast<std::uintptr_t>(n));
+    return reinterpret_cast<T*>(static_cast<std::uintptr_t>(n));  // NOLINT(performance-no-int-to-ptr): it is one
 }
 
 // --- the other byte order ---------------------------------------------------------------
@@ -80,13 +85,12 @@ void** setPointers(unsigned char* block, ImgG4Header& header, const FlatLayout& 
 }
 
 /// Fills in the tiles' records and the columns' buffers.
-void setParts(unsigned char* block, const ImgG4Header& header, const TileGrid& grid, const FlatLayout& at,
-              void* const* tiles) {
-    setTiles(header, grid, reinterpret_cast<ImgG4TileRec*>(block + static_cast<std::size_t>(at.records)), tiles);
+void setParts(unsigned char* block, const ImgG4Header& header, const FlatLayout& at, void* const* tiles) {
+    setTiles(header, reinterpret_cast<ImgG4TileRec*>(block + static_cast<std::size_t>(at.records)), tiles);
     const auto bytes = static_cast<std::size_t>(columnBufferBytes(header.tileWidth));
     unsigned char* buffer = block + static_cast<std::size_t>(at.columnBuffers);
     for (void** const buffers : {header.columnBufA, header.columnBufB})
-        for (std::uint32_t c = 0; c < grid.across; ++c, buffer += bytes) buffers[c] = buffer;
+        for (std::uint64_t c = 0; c < at.across; ++c, buffer += bytes) buffers[c] = buffer;
 }
 
 }  // namespace
@@ -97,13 +101,8 @@ std::uint32_t ImgTIFFG4Serialize(ImgHandle* image, void** buffer, std::uint32_t*
     *size = 0;
     if (!isTiffG4(image) || !image->data) return 0;
     const ImgG4Header& header = *static_cast<const ImgG4Header*>(image->header);
-    const TileGrid grid(header);
-    if (!header.byteCounts || !FlatLayout::fits(grid, header)) return 0;
-    std::uint64_t sum = 0;
-    for (std::uint64_t k = 0; k < grid.tiles(); ++k) sum += header.byteCounts[k];
-    if (sum > header.totalBytes) return 0;
-
-    const FlatLayout at(grid, header);
+    const FlatLayout at(header);
+    if (!header.byteCounts || !at.fits() || !at.holds(header)) return 0;
     unsigned char* const block = allocate<unsigned char>(at.total);
     if (!block) return 0;
     ImgHandle handle{};
@@ -116,10 +115,10 @@ std::uint32_t ImgTIFFG4Serialize(ImgHandle* image, void** buffer, std::uint32_t*
     flat.columnBufB = offset<void*>(at.columnBufB);
     flat.byteCounts = offset<std::uint32_t>(at.byteCounts);
     std::memcpy(block + sizeof handle, &flat, sizeof flat);
-    std::memcpy(block + at.byteCounts, header.byteCounts, static_cast<std::size_t>(4 * grid.tiles()));
+    std::memcpy(block + at.byteCounts, header.byteCounts, static_cast<std::size_t>(4 * at.tiles));
     unsigned char* coded = block + at.coded;
     void* const* const tiles = static_cast<void* const*>(image->data);
-    for (std::uint64_t k = 0; k < grid.tiles(); ++k) {
+    for (std::size_t k = 0; k < at.tiles; ++k) {
         if (tiles[k]) std::memcpy(coded, tiles[k], header.byteCounts[k]);
         coded += header.byteCounts[k];
     }
@@ -140,24 +139,19 @@ ImgHandle* ImgTIFFG4Deserialize(void* buffer) {
         convertHeader(header);
         if (!isValid(header)) return nullptr;
     }
-    const TileGrid grid(header);
-    if (!FlatLayout::fits(grid, header)) return nullptr;
-    const FlatLayout at(grid, header);
+    const FlatLayout at(header);
+    if (!at.fits()) return nullptr;
     void** const tiles = setPointers(block, header, at);
     image->data = tiles;
-    std::uint64_t sum = 0;
-    for (std::size_t n = 0; n < grid.tiles(); ++n) {
-        if (foreign) tra_swap_4(&header.byteCounts[n]);
-        sum += header.byteCounts[n];
-    }
-    if (sum > header.totalBytes) return nullptr;
+    for (std::size_t k = 0; foreign && k < at.tiles; ++k) tra_swap_4(&header.byteCounts[k]);
+    if (!at.holds(header)) return nullptr;
     unsigned char* coded = block + static_cast<std::size_t>(at.coded);
-    for (std::size_t n = 0; n < grid.tiles(); ++n) {
-        if (foreign) exchangePairs(coded, coded, header.byteCounts[n] & ~1u);
-        tiles[n] = coded;
-        coded += header.byteCounts[n];
+    for (std::size_t k = 0; k < at.tiles; ++k) {
+        if (foreign) exchangePairs(coded, coded, header.byteCounts[k] & ~1u);
+        tiles[k] = coded;
+        coded += header.byteCounts[k];
     }
-    setParts(block, header, grid, at, tiles);
+    setParts(block, header, at, tiles);
     return image;
 }
 

@@ -13,10 +13,9 @@ namespace {
 /// The rows of a compressed handle, from the top; each is read once.
 class CodedRows {
 public:
-    explicit CodedRows(const ImgHandle& image, const TileGrid& grid)
-        : walk_({grid.width, grid.height, grid.tileWidth, grid.tileHeight}, {&image, codesOf},
-                {0, 0, grid.width, grid.height}, g4::Decoding::classic),
-          whole_{0, grid.width} {}
+    CodedRows(const ImgHandle& image, const g4::TileLayout& layout)
+        : walk_(layout, {&image, codesOf}, {0, 0, layout.width, layout.height}, g4::Decoding::classic),
+          whole_{0, layout.width} {}
 
     bool begin() { return painter_.prepare(width()) && walk_.begin(); }
     std::uint32_t width() const { return walk_.rect().width; }
@@ -58,9 +57,9 @@ bool expand(const BitArea& to, CodedRows& rows) {
 template <class Paint>
 Temporary painted(const ImgHandle& image, const RenderSize& size, Paint paint) {
     const ImgG4Header& header = *static_cast<const ImgG4Header*>(image.header);
-    const TileGrid grid(header);
-    if (!image.data || !header.byteCounts || grid.tiles() == 0) return nullptr;
-    CodedRows rows(image, grid);
+    const g4::TileLayout layout = layoutOf(header);
+    if (!image.data || !header.byteCounts || layout.tiles() == 0) return nullptr;
+    CodedRows rows(image, layout);
     if (!rows.begin()) return nullptr;
     Temporary result = createClear(ImgTypeBilevel, size.width, size.height, size.alignBits, nullptr, 0);
     if (!hasRows<Bilevel>(result.get()) || !paint(areaOf<Bilevel>(*result), rows)) return nullptr;
@@ -81,6 +80,8 @@ ImgHandle* ImgTIFFG4Render(ImgHandle* image, std::uint32_t width, std::uint32_t 
     const RenderSize size(width, height, alignBits, how.quads);
     if (!size.isValid()) return nullptr;
     const bool turns = how.mirror == 1 || how.mirror == 2 || how.rotation != 0;
+    if (!turns && size.width == widthOf(*image) && size.height == heightOf(*image))
+        return painted(*image, size, expand).release();
     if (!turns && size.width >= widthOf(*image) && size.height >= heightOf(*image))
         return painted(*image, size, enlargeBits<CodedRows&>).release();
     if (!turns && size.width <= widthOf(*image) && size.height <= heightOf(*image))

@@ -111,9 +111,9 @@ public:
             !out_.reserve(2 * std::uint64_t{lasts_.pairs()}))
             return false;
         std::memset(inner_.get(), 0xFF, 16 * lasts_.pairs());
-        forEachMark(newWidth_, width_, [this](std::uint32_t first, std::uint32_t run, std::uint32_t) {
+        forEachMark(newWidth_, width_, [this](std::uint32_t first, std::uint32_t size, std::uint32_t) {
             inner_[first / 64] ^= std::uint64_t{1} << (63 - first % 64);
-            lasts_.mark(std::size_t{first} + run - 1);
+            lasts_.mark(std::size_t{first} + size - 1);
         });
         return true;
     }

@@ -11,6 +11,7 @@ using namespace tilepress;
 
 // --- placeholders ---
 
+// NOLINTBEGIN(performance-unnecessary-value-param): images by value are the interface
 Img1TileIterator::Img1TileIterator() = default;
 Img1TileIterator::Img1TileIterator(CImg1) {}
 Img1TileIterator::Img1TileIterator(CImg1, ImgULong, ImgULong) {}
@@ -28,15 +29,11 @@ Img1G4TileIterator::Img1G4TileIterator(CImg1G4) {}
 Img1G4TileIterator::Img1G4TileIterator(CImg1G4, ImgULong, ImgULong) {}
 Img1G4TileIterator::Img1G4TileIterator(CImg1G4, ImgULong, ImgULong, ImageType) {}
 bool Img1G4TileIterator::getNextTile(void*, ImgULong, ImgULong, ImgULong, ImgULong, ImgULong, bool&) { return true; }
+// NOLINTEND(performance-unnecessary-value-param)
 
 // --- RGB ---
 
-Img32TileIterator::Img32TileIterator()
-    : image(nullptr), format(), tileWidth(0), tileHeight(0), tilesAcross(0), tilesDown(0), rightPadding(0),
-      rightPaddingBytes(0), bottomPadding(0), tileCount(0), tileRowBytes(0), tileBytes(0), currentTileRow(0),
-      currentTileColumn(0), lastRow(false), lastColumn(false), tileBuffer(nullptr), tileLength(0), tileColor(0),
-      tileX(0), tileY(0), backgroundRow(nullptr) {}
-
+Img32TileIterator::Img32TileIterator() = default;
 Img32TileIterator::~Img32TileIterator() {
     std::free(tileBuffer);
     std::free(backgroundRow);

@@ -35,6 +35,11 @@ inline bool inside(const CImg& image, const ImgRect& r) {
            r.getBottom() < image.getHeight();
 }
 
+/// Whether a part of that size can be reduced to another, which may be the same.
+inline bool isReduction(const ImgRect& part, ImgULong width, ImgULong height) {
+    return width != 0 && height != 0 && width <= part.getWidth() && height <= part.getHeight();
+}
+
 // The getter is not const, though it changes nothing.
 inline ImgAlignmentEnum alignmentOf(const CImg1& image) { return const_cast<CImg1&>(image).getAlignment(); }
 inline ImgAlignmentEnum alignmentOf(const CImg8& image) { return const_cast<CImg8&>(image).getAlignment(); }

@@ -77,7 +77,7 @@ tp_status TILEPRESS_CALL tp_page_open(const tp_page_info* callersInfo, const tp_
     if (!readRecord(info, callersInfo) || !tiles) return TP_E_ARGUMENT;
     if (const tp_status status = settle(info); status != TP_OK) return status;
     const PageTiles grid = gridOf(info);
-    if (count != std::uint64_t{grid.layout.across()} * grid.layout.down()) return TP_E_ARGUMENT;
+    if (count != grid.layout.tiles()) return TP_E_ARGUMENT;
     std::uint64_t room = 0;
     if (const tp_status status = measure(info, tiles, count, room); status != TP_OK) return status;
     const std::uint64_t memory = sizeof(tp_page) + count * std::uint64_t{sizeof(CodedTile)} + room;

@@ -98,11 +98,11 @@ bool Relayer::prepare() {
     coders_ = new (std::nothrow) TileCoder[across];
     made_ = new (std::nothrow) RelaidTiles;
     if (!coders_ || !made_) return false;
-    made_->memory = sizeof(RelaidTiles) + sizeof(CodedTile) * std::uint64_t{across} * layout_.down();
+    made_->memory = sizeof(RelaidTiles) + sizeof(CodedTile) * layout_.tiles();
     fits_ = room_ > made_->memory;
     if (!fits_) return true;
     *made_->bytes.out() = allocateUnset<unsigned char>(room_ - made_->memory);
-    return made_->bytes && made_->tiles.reserve(std::uint64_t{across} * layout_.down()) &&
+    return made_->bytes && made_->tiles.reserve(layout_.tiles()) &&
            std::all_of(coders_, coders_ + across, [](TileCoder& coder) { return coder.begin(); });
 }
 
@@ -160,7 +160,7 @@ bool Relayer::finish() {
     if (!fitting) return false;
     auto* bytes = static_cast<unsigned char*>(fitting);
     *made_->bytes.out() = bytes;
-    const std::uint64_t count = std::uint64_t{layout_.across()} * layout_.down();
+    const std::uint64_t count = layout_.tiles();
     for (std::size_t k = 0; k < count; ++k) {
         CodedTile& tile = made_->tiles[k];
         if (tile.size == 0) continue;
@@ -193,7 +193,7 @@ tp_status Relayer::run() {
 
 /// Coded bytes that the page was opened with.
 std::uint64_t codedBytes(const PageTiles& tiles) {
-    const std::uint64_t count = std::uint64_t{tiles.layout.across()} * tiles.layout.down();
+    const std::uint64_t count = tiles.layout.tiles();
     std::uint64_t sum = 0;
     for (std::size_t k = 0; k < count; ++k) sum += tiles.tiles[k].size;
     return sum;

@@ -10,13 +10,17 @@
 
 namespace tilepress::g4 {
 
-/// Tiles row by row; those at the right and at the bottom may reach beyond the page. No size is 0.
+/// Tiles row by row; those at the right and at the bottom may reach beyond the page. Where a size is 0 there are none.
 struct TileLayout {
     std::uint32_t width, height, tileWidth, tileHeight;
     bool blackPaper = false;  ///< what is not there, and what is filled in as paper, is coded black
 
-    std::uint32_t across() const { return (width - 1) / tileWidth + 1; }
-    std::uint32_t down() const { return (height - 1) / tileHeight + 1; }
+    std::uint32_t across() const { return count(width, tileWidth); }
+    std::uint32_t down() const { return count(height, tileHeight); }
+    std::uint64_t tiles() const { return std::uint64_t{across()} * down(); }
+    static std::uint32_t count(std::uint32_t pixels, std::uint32_t tile) {
+        return tile == 0 ? 0 : pixels / tile + (pixels % tile != 0);
+    }
 };
 
 /// Where the codes of tile `k` are; called when the walk enters the tile.

@@ -51,10 +51,10 @@ void placeBits(ImgULong* bytes, ImgULong* bits, ImgULong first, ImgULong size, I
 }  // namespace
 
 void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong srcWidth, ImgULong srcHeight,
-                             ImgULong** rowRuns, ImgULong** colRuns, ImgULong** colGroupStart, ImgULong** colByte,
+                             ImgULong** rowSizes, ImgULong** colSizes, ImgULong** colGroupStart, ImgULong** colByte,
                              ImgULong** colBit) {
-    *rowRuns = sizeTable(dstHeight, srcHeight);
-    *colRuns = sizeTable(dstWidth, srcWidth);
+    *rowSizes = sizeTable(dstHeight, srcHeight);
+    *colSizes = sizeTable(dstWidth, srcWidth);
     ImgULong* const starts = *colGroupStart = allocate<ImgULong>(srcWidth);
     *colByte = allocate<ImgULong>(dstWidth);
     *colBit = allocate<ImgULong>(dstWidth);
@@ -66,9 +66,9 @@ void CreateRothEnlargeTables(ImgULong dstWidth, ImgULong dstHeight, ImgULong src
 }
 
 void CreateRothReduceTables2(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
-                             ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst, ImgULong** dstByte,
+                             ImgULong** rowSizes, ImgULong** groupSize, ImgULong** groupFirst, ImgULong** dstByte,
                              ImgULong** dstBit, ImgULong** dstColumn) {
-    *rowRuns = sizeTable(srcHeight, dstHeight);
+    *rowSizes = sizeTable(srcHeight, dstHeight);
     *groupSize = sizeTable(srcWidth, dstWidth);
     ImgULong* const firsts = *groupFirst = allocate<ImgULong>(srcWidth);
     ImgULong* const columns = *dstColumn = allocate<ImgULong>(srcWidth);
@@ -84,10 +84,10 @@ void CreateRothReduceTables2(ImgULong srcWidth, ImgULong srcHeight, ImgULong dst
 }
 
 void CreateRothReduceTables(ImgULong srcWidth, ImgULong srcHeight, ImgULong dstWidth, ImgULong dstHeight,
-                            ImgULong** rowRuns, ImgULong** groupSize, ImgULong** groupFirst, ImgULong** dstByte,
+                            ImgULong** rowSizes, ImgULong** groupSize, ImgULong** groupFirst, ImgULong** dstByte,
                             ImgULong** dstBit) {
     ImgULong* columns = nullptr;
-    CreateRothReduceTables2(srcWidth, srcHeight, dstWidth, dstHeight, rowRuns, groupSize, groupFirst, dstByte, dstBit,
+    CreateRothReduceTables2(srcWidth, srcHeight, dstWidth, dstHeight, rowSizes, groupSize, groupFirst, dstByte, dstBit,
                             &columns);
     std::free(columns);
 }

@@ -20,7 +20,7 @@ CImg1* createScaled(const CImg1& source, ImgULong width, ImgULong height) {
 using namespace tilepress;
 
 CImg1* CImg1::Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
-    if (!enlarges(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canEnlarge(*this, src, dstWidth, dstHeight)) return nullptr;
     const bool whiteIsInk = calculateBackground() == 1;
     return finished(createScaled(*this, dstWidth, dstHeight), [&](CImg1& result) {
         result.setBackgroundColor(0);
@@ -29,7 +29,7 @@ CImg1* CImg1::Enlarge(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src)
 }
 
 CImg1* CImg1::Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
-    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canReduce(*this, src, dstWidth, dstHeight)) return nullptr;
     const bool whiteIsInk = calculateBackground() == 1;
     return finished(createScaled(*this, dstWidth, dstHeight), [&](CImg1& result) {
         result.setBackgroundColor(0);
@@ -38,7 +38,7 @@ CImg1* CImg1::Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& s
 }
 
 CImg1* CImg1::QuickReduce_bkg(ImgULong dstWidth, ImgULong dstHeight, ImgRect& src, ImgULong background) {
-    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canReduce(*this, src, dstWidth, dstHeight)) return nullptr;
     // Kept: with another background bits would only be cleared, and all of them are clear from the start.
     return finished(createScaled(*this, dstWidth, dstHeight), [&](CImg1& result) {
         return background != 0 || reduceInk(areaOf(result), InkSource(areaOf(*this, src), false));
@@ -47,7 +47,7 @@ CImg1* CImg1::QuickReduce_bkg(ImgULong dstWidth, ImgULong dstHeight, ImgRect& sr
 
 /// Every cell's top left pixel as it is; no request leads here.
 CImg1* CImg1::Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
-    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canReduce(*this, src, dstWidth, dstHeight)) return nullptr;
     return finished(createScaled(*this, dstWidth, dstHeight),
                     [&](CImg1& result) { return pickFirsts(areaOf(result), areaOf(*this, src)); });
 }

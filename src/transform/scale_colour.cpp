@@ -9,14 +9,14 @@ namespace {
 
 template <class Image>
 Image* enlarged(const Image& source, ImgULong width, ImgULong height, const ImgRect& part) {
-    if (!enlarges(source, part, width, height)) return nullptr;
+    if (!canEnlarge(source, part, width, height)) return nullptr;
     return finished(createLike(source, width, height),
                     [&](Image& result) { return enlargePixels(areaOf(result), areaOf(source, part)); });
 }
 
 template <class Image>
 Image* reduced(const Image& source, ImgULong width, ImgULong height, const ImgRect& part) {
-    if (!reduces(source, part, width, height)) return nullptr;
+    if (!canReduce(source, part, width, height)) return nullptr;
     return finished(createLike(source, width, height),
                     [&](Image& result) { return reducePixels(areaOf(result), areaOf(source, part)); });
 }
@@ -41,13 +41,13 @@ CImg32* CImg32::Reduce(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src
 }
 
 CImg8* CImg8::Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
-    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canReduce(*this, src, dstWidth, dstHeight)) return nullptr;
     const ImgULong background = calculateBackground();
     return finished(createLike(*this, dstWidth, dstHeight),
                     [&](CImg8& result) { return reducePixels(areaOf(result), areaOf(*this, src), background); });
 }
 CImg32* CImg32::Reduce_bkg(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
-    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canReduce(*this, src, dstWidth, dstHeight)) return nullptr;
     const ImgULong background = calculateBackground();
     // Kept: a result of the source's size, of which only the top left part is filled; the rest is 0.
     return finished(create(src.getWidth(), src.getHeight(), rgbOrder), [&](CImg32& result) {

@@ -96,7 +96,7 @@ private:
 using namespace tilepress;
 
 CImg32* CImg1::Reduce_greyscale(ImgULong dstWidth, ImgULong dstHeight, const ImgRect& src) {
-    if (!reduces(*this, src, dstWidth, dstHeight)) return nullptr;
+    if (!canReduce(*this, src, dstWidth, dstHeight)) return nullptr;
     GreyMaps maps;
     InkCounter counter(areaOf(*this, src), calculateBackground() == 1);
     if (!maps.prepare(src.getWidth(), src.getHeight(), dstWidth, dstHeight) || !counter.prepare(dstWidth))

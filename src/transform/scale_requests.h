@@ -16,14 +16,14 @@ bool hasPart(const Image& image, const ImgRect& part) {
 
 /// Whether `part` enlarges to that size. A size that is smaller raises nothing.
 template <class Image>
-bool enlarges(const Image& image, const ImgRect& part, ImgULong width, ImgULong height) {
+bool canEnlarge(const Image& image, const ImgRect& part, ImgULong width, ImgULong height) {
     return hasPart(image, part) && width >= part.getWidth() && height >= part.getHeight();
 }
 
 /// Whether `part` reduces to that size. A size that is larger or 0 raises nothing.
 template <class Image>
-bool reduces(const Image& image, const ImgRect& part, ImgULong width, ImgULong height) {
-    return hasPart(image, part) && width != 0 && height != 0 && width <= part.getWidth() && height <= part.getHeight();
+bool canReduce(const Image& image, const ImgRect& part, ImgULong width, ImgULong height) {
+    return hasPart(image, part) && isReduction(part, width, height);
 }
 
 }  // namespace tilepress
