@@ -2,8 +2,7 @@
 //
 //   bench.mjs [PAGE.tif...]      an A0 drawing composed of the sample pages when none is named
 //
-// Needs build/web and build/wasm (./run view) and the native tool (./run test native-release); uses vips where it is
-// installed. Times are the best of RUNS; in the browser each is a tab of its own in the same browser.
+// Needs build/web, build/wasm and the native tool, which ./run bench --web makes; uses vips where it is installed. Times are the best of RUNS; in the browser each is a tab of its own in the same browser.
 import {execFileSync, spawnSync} from 'node:child_process';
 import {mkdtemp, mkdir, readFile, readdir, rm, stat, writeFile} from 'node:fs/promises';
 import {tmpdir} from 'node:os';

@@ -48,6 +48,7 @@ const kKinds: DamageKind[] = ['missing', 'bad code', 'backwards', 'past the end'
 
 const kInfoSize = 48, kViewSize = 60, kOptionsSize = 48, kDamageSize = 32, kCodedSize = 8;
 const kDamageRoom = 64;
+const kMaxSpare = 16;
 const kMaxPixels = 2n ** 34n, kMaxBytes = 2n ** 28n;
 
 /** How a walk ended. */
@@ -58,6 +59,8 @@ export interface Walk {
 }
 
 export class Module {
+    private readonly spare: Uint8ClampedArray[] = [];
+
     private constructor(private readonly api: Exports) {}
 
     static async start(compiled: WebAssembly.Module): Promise<Module> {
@@ -116,9 +119,23 @@ export class Module {
             views.forEach((view, k) => writeView(memory, records + kViewSize * k, view, pixels[k]!));
             const walk = this.walk(form, onDamage,
                                    (options) => this.api.tp_page_render(page, records, views.length, options));
-            const pictures = pixels.map((at, k) => new Uint8ClampedArray(this.bytes(at, sizes[k]!).slice().buffer));
+            const pictures = pixels.map((at, k) => {
+                const picture = this.picture(sizes[k]!);
+                picture.set(this.bytes(at, picture.length));
+                return picture;
+            });
             return {...walk, pictures};
         });
+    }
+
+    /** Takes a picture back that is needed no more: garbage of a megabyte a tile would pile up while a page is panned. */
+    reuse(picture: Uint8ClampedArray): void {
+        if (this.spare.push(picture) > kMaxSpare) this.spare.shift();
+    }
+
+    private picture(size: number): Uint8ClampedArray {
+        const k = this.spare.findIndex(({length}) => length === size);
+        return k < 0 ? new Uint8ClampedArray(size) : this.spare.splice(k, 1)[0]!;
     }
 
     private view(): DataView { return new DataView(this.api.memory.buffer); }

@@ -92,6 +92,7 @@ async function draw(batch: Asked<'render'>[]): Promise<void> {
     for (const [k, {id, view, bitmap}] of batch.entries()) {
         const image = new ImageData(pictures[k]! as ImageDataArray, view.outWidth, view.outHeight);
         const pixels = bitmap ? await createImageBitmap(image) : image;
+        if (bitmap) module.reuse(pictures[k]!);
         const answer: Picture = {pixels, damage, cost: cost(ms / batch.length)};
         port.postMessage({id, answer}, [pixels instanceof ImageData ? pixels.data.buffer : pixels]);
     }
