@@ -99,8 +99,11 @@ TEST(Export, PalettePixelsBecomeRgb) {
     // Counts that are not the table's, and no table.
     ColorMap& own = *from->getColorMap();
     own.count = 300;
-    EXPECT_TRUE(Export::xfm(*blue, *from));
-    EXPECT_EQ(pictureOf(blue), Picture(4, {0x112233, 0x00FFFF, 0x777777, 0}));
+    for (const auto& [capacity, last] : {std::pair(4, 0x777777u), {3, 0u}}) {
+        own.capacity = capacity;
+        EXPECT_TRUE(Export::xfm(*blue, *from));
+        EXPECT_EQ(pictureOf(blue), Picture(4, {0x112233, 0x00FFFF, last, 0}));
+    }
     own.count = -1;
     EXPECT_FALSE(Export::xfm(*blue, *from));
     own.count = 3;
@@ -132,9 +135,8 @@ TEST(Export, ACompressedImageExpands) {
 }
 
 TEST(Export, OrdersThatDifferExchangeBytes) {
-    ImgULong pixels[] = {0x44332211};
-    Owned<CImg32> from(CImg32::create(1, 1, pixels, 4, RGBOrderBGR));
-    auto to = rgb(1, 1, static_cast<RGBOrder>(2));
+    const auto from = rgb(1, 1, RGBOrderBGR), to = rgb(1, 1, static_cast<RGBOrder>(2));
+    from->peekData()[0] = 0x44332211;
     EXPECT_TRUE(Export::xfm(*to, *from));
     EXPECT_EQ(to->peekData()[0], 0x44112233u);
 }
@@ -152,27 +154,20 @@ TEST(Dither, ToneCurve) {
     EXPECT_EQ(tilepress::toneOf(0, 0, 255), grey(28));
 }
 
-static const struct {
-    unsigned grey;
-    Bytes rows;
-} kDithered[] = {{100, {0xDD, 0x6B, 0xDE, 0xB5}},
-                 {128, {0xAA, 0x55, 0xAA, 0x55}},
-                 {150, {0x49, 0x24, 0x92, 0x55}},
-                 {0, {0xFF, 0xFF, 0xFF, 0xFF}},
-                 {255, {0, 0, 0, 0}}};
-
 TEST(Dither, EqualGreysGiveTheirPatterns) {
     ColorMap map(256, 255);
     for (int i = 0; i < 256; ++i) map.entries[i] = {i, i, i};
-    for (const auto& [grey, rows] : kDithered) {
-        auto eight = palette(8, 4, &map);
-        std::memset(eight->peekData(), static_cast<int>(grey), 32);
-        Owned<CImg1> fromPalette(CImg1::create(*eight, 0, 1, ImgAlignNone));
-        EXPECT_EQ(bytesOf(*fromPalette), rows) << grey;
-        auto thirtyTwo = rgb(8, 4);
-        std::fill_n(thirtyTwo->peekData(), 32, 0xAA000000 | grey * 0x010101);
-        Owned<CImg1> fromRgb(CImg1::create(*thirtyTwo, 0, 1, ImgAlignNone));
-        EXPECT_EQ(bytesOf(*fromRgb), rows) << grey;
+    for (const auto& [grey, rows] : {std::pair(100, Bytes{0xDD, 0x6B, 0xDE, 0xB5}),
+                                     {128, {0xAA, 0x55, 0xAA, 0x55}},
+                                     {150, {0x49, 0x24, 0x92, 0x55}},
+                                     {0, Bytes(4, 0xFF)},
+                                     {255, Bytes(4)}}) {
+        const auto eight = palette(8, 4, &map);
+        std::memset(eight->peekData(), grey, 32);
+        const auto thirtyTwo = rgb(8, 4);
+        std::fill_n(thirtyTwo->peekData(), 32, 0xAA000000 | static_cast<unsigned>(grey) * 0x010101);
+        for (const IImg* from : {static_cast<IImg*>(eight.get()), static_cast<IImg*>(thirtyTwo.get())})
+            EXPECT_EQ(bytesOf(*Owned<CImg1>(CImg1::create(*from, 0, 1, ImgAlignNone))), rows) << grey;
     }
 }
 

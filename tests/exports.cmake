@@ -22,20 +22,7 @@ function(compare what found expected)
   set(faults ${faults} PARENT_SCOPE)
 endfunction()
 
-# --- the list itself: what the headers declare -------------------------------------
-
 tilepress_plain_names(plain)
-set(declared "")
-file(GLOB headers ${public_headers_folder}/*.h)
-foreach(header IN LISTS headers)
-  file(READ ${header} text)
-  string(REGEX MATCHALL "TILEPRESS_CALL[ \n]+[A-Za-z][A-Za-z0-9_]*\\(" calls "${text}")
-  list(TRANSFORM calls REPLACE "TILEPRESS_CALL[ \n]+(.*)\\(" "\\1")
-  list(APPEND declared ${calls})
-endforeach()
-compare("src/dll/plain_names.txt" "${plain}" "${declared}")
-
-# --- what is exported --------------------------------------------------------------
 
 if(KIND STREQUAL elf)
   execute_process(COMMAND ${NM} -DC --defined-only --without-symbol-versions ${LIBRARY}

@@ -21,22 +21,8 @@ const Picture& page() {
     return picture;
 }
 
-Handle compressedHandle(const std::vector<Bytes>& tiles, std::uint32_t w = 100, std::uint32_t h = 50,
-                        std::uint32_t tw = 64, std::uint32_t th = 32) {
-    void* array = nullptr;
-    MemAllocate(0, tiles.size() * sizeof(void*), 0, &array);
-    void** blocks = static_cast<void**>(array);
-    std::vector<std::uint32_t> counts;
-    for (std::size_t k = 0; k < tiles.size(); ++k) {
-        counts.push_back(static_cast<std::uint32_t>(tiles[k].size()));
-        MemAllocate(0, tiles[k].size(), 0, &blocks[k]);
-        std::memcpy(blocks[k], tiles[k].data(), tiles[k].size());
-    }
-    Handle image(ImgNew(ImgTypeTiffG4));
-    EXPECT_TRUE(ImgCreateTiffG4(image.get(), w, h, tw, th, counts.data(), blocks));
-    return image;
-}
-Handle compressedPage() { return compressedHandle(tilesOf(page(), 64, 32)); }
+Handle pageOf(const std::vector<Bytes>& tiles) { return compressedHandle(tiles, 100, 50, 64, 32); }
+Handle compressedPage() { return pageOf(tilesOf(page(), 64, 32)); }
 
 struct Block {
     void* data = nullptr;
@@ -76,7 +62,7 @@ TEST(HandleTiffG4, RendersAsTheExpandedImage) {
 TEST(HandleTiffG4, DamageGivesNullAndTheCodecStaysAsItWas) {
     std::vector<Bytes> tiles = tilesOf(page(), 64, 32);
     tiles[3].assign(tiles[3].size(), 0);
-    const Handle image = compressedHandle(tiles), good = compressedPage();
+    const Handle image = pageOf(tiles), good = compressedPage();
     EXPECT_EQ(rendered(image.get()), kNone);
     const ImgConvertDesc target{1, 1, nullptr};
     EXPECT_FALSE(image->convert(image.get(), &target));
@@ -97,7 +83,7 @@ TEST(HandleTiffG4, DamageGivesNullAndTheCodecStaysAsItWas) {
 TEST(HandleTiffG4, WhatIsMissingIsWhiteOrRefused) {
     std::vector<Bytes> tiles = tilesOf(page(), 64, 32);
     tiles[1].clear();
-    const Handle image = compressedHandle(tiles);
+    const Handle image = pageOf(tiles);
     void** const data = static_cast<void**>(image->data);
     void* const last = std::exchange(data[3], nullptr);
     Picture wanted = page();
@@ -261,14 +247,11 @@ TEST(HandleFlat, FromTheOtherByteOrder) {
 }
 
 TEST(HandleFlat, OddTilesKeepTheirLastByte) {
-    Block block(compressedHandle({{1, 2, 3}, {4, 5}, {}, {6}}));
+    Block block(pageOf({{1, 2, 3}, {4, 5}, {}, {6}}));
     ImgG4Header& header = block.header();
     const std::size_t counts = reinterpret_cast<std::uintptr_t>(header.byteCounts);
-    for (std::int32_t* corner :
-         {&header.quads.srcQuad.x0, &header.quads.srcQuad.y0, &header.quads.srcQuad.x2, &header.quads.srcQuad.y2})
-        tra_swap_4(corner);
-    for (std::uint32_t* word : {&header.bytesPerLine, &header.tileWidth, &header.tileHeight, &header.totalBytes})
-        tra_swap_4(word);
+    for (std::size_t at = 0; at < 28; ++at) tra_swap_4(reinterpret_cast<std::uint32_t*>(&header) + at);
+    for (std::uint32_t* word : {&header.tileWidth, &header.tileHeight}) tra_swap_4(word);
     for (std::size_t k = 0; k < 4; ++k) tra_swap_4(&block.word(counts + 4 * k));
     ImgHandle* image = block.revive();
     ASSERT_TRUE(image);

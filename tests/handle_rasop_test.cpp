@@ -123,9 +123,7 @@ TEST(HandleRasOp, PaddingOfRgbRowsStays) {
     EXPECT_EQ(padding(), Bytes(3));
 }
 
-template <class Kind>
-class HandleRasOp2 : public ::testing::Test {};
-TYPED_TEST_SUITE(HandleRasOp2, HandleKinds);
+SUITE_FOR(HandleRasOp2, HandleKinds);
 
 TYPED_TEST(HandleRasOp2, CombinesWholeImages) {
     const Picture a = randomPixels<TypeParam>(37, 5), b = randomPixels<TypeParam>(37, 5);

@@ -8,9 +8,7 @@ using namespace support;
 
 namespace {
 
-template <class Kind>
-class HandleTransforms : public ::testing::Test {};
-TYPED_TEST_SUITE(HandleTransforms, HandleKinds);
+SUITE_FOR(HandleTransforms, HandleKinds);
 
 TYPED_TEST(HandleTransforms, AreThoseOfTheClasses) {
     using Image = typename TypeParam::Image;

@@ -91,9 +91,7 @@ TEST(Handles, PixelRows) {
     }
 }
 
-template <class Kind>
-class EveryHandle : public ::testing::Test {};
-TYPED_TEST_SUITE(EveryHandle, HandleKinds);
+SUITE_FOR(EveryHandle, HandleKinds);
 
 TYPED_TEST(EveryHandle, TakesAndGivesBackTheCallersBlock) {
     void* block = nullptr;

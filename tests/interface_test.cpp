@@ -123,19 +123,6 @@ TEST(Interface, PlaceholdersReturnTheImageItselfKept) {
 
 // --- what workers ask first ---
 
-TEST(Guards, ARectangleMustBeOrderedAndInside) {
-    const auto image = blank<CImg1>(100, 10);
-    struct Case {
-        ImgRect rect;
-        bool inside;
-    };
-    for (const Case& c :
-         {Case{image->getRect(), true}, Case{ImgRect(99, 9, 99, 9), true}, Case{ImgRect(0, 0, 100, 9), false},
-          Case{ImgRect(0, 0, 99, 10), false}, Case{ImgRect(50, 0, 20, 9), false}, Case{ImgRect(0, 9, 20, 0), false},
-          Case{ImgRect(0, 9), false}, Case{ImgRect(-5, 0, -1, 9), false}})
-        EXPECT_EQ(tilepress::inside(*image, c.rect), c.inside) << c.rect.getLeft() << ' ' << c.rect.getRight();
-}
-
 TEST(Guards, PixelsMustCoverTheExtents) {
     using tilepress::hasPixels;
     const auto bilevel = blank<CImg1>(10, 3);

@@ -1,8 +1,6 @@
-// Views of pages: by definition, as the class interface draws them, several at once, and in bands.
+// Views of pages: by definition, and several at once.
 
 #include "support/pages.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/ccitt.h"
 
 #include <random>
 #include <string>
@@ -68,21 +66,6 @@ TEST(PageRender, EveryViewIsWhatItsDefinitionSays) {
     }
 }
 
-TEST(PageRender, GreyAndInkAreThoseOfTheClassInterface) {
-    RandomPages pages;
-    for (int n = 0; n < 2000; ++n) {
-        const PageSource source = pages.page();
-        const Page page = source.open();
-        tp_view view = pages.view(source);
-        view.mode = n % 2 ? TP_INK : TP_GREY;
-        std::vector<Bytes> tiles = tilesOf(source.picture, source.info.tile_width, source.info.tile_height);
-        const G4Image image =
-            makeG4(source.info.width, source.info.height, source.info.tile_width, source.info.tile_height, tiles);
-        expectAsTheClassDraws(page.get(), *image, view);
-        ASSERT_FALSE(::testing::Test::HasFailure()) << n << ": " << described(view);
-    }
-}
-
 TEST(PageRender, SeveralViewsInOneWalkAreWhatEachIsAlone) {
     RandomPages pages;
     for (int n = 0; n < 300; ++n) {
@@ -93,7 +76,6 @@ TEST(PageRender, SeveralViewsInOneWalkAreWhatEachIsAlone) {
         for (std::size_t k = 0, count = pages.random() % 7; k < count; ++k) {
             views.push_back(pages.view(source));
             canvases.emplace_back(views.back(), 0, false);
-            views.back().pixels = canvases.back().row(0);
         }
         for (std::size_t k = 0; k < views.size(); ++k) views[k].pixels = canvases[k].row(0);
         ASSERT_EQ(tp_page_render(page.get(), views.data(), views.size(), nullptr), TP_OK);
@@ -107,20 +89,14 @@ TEST(PageRender, CellsOfMoreThan32BitsArePainted) {
     const std::uint32_t width = 1u << 17, height = 1u << 16;
     const Bytes strip = bits("001" + runText(width / 2, false) + runText(width / 2, true) +
                              std::string(2 * std::size_t{height} - 2, '1'));
-    tp_page_info info{};
-    info.size = sizeof info;
-    info.width = width;
-    info.height = height;
-    const tp_coded coded{strip.data(), strip.size()};
-    tp_page* made = nullptr;
-    ASSERT_EQ(tp_page_open(&info, &coded, 1, &made), TP_OK);
-    const Page page(made);
-    unsigned char tone = 0;
+    PageSource source(Picture(1, 1), 0, 0);
+    source.info.width = width;
+    source.info.height = height;
+    source.tiles = {strip};
     tp_view view = viewOf(0, 0, 0, 0, 1, 1, TP_COVERAGE, TP_GREY8);
-    view.pixels = &tone;
-    view.stride = 1;
-    ASSERT_EQ(tp_page_render(page.get(), &view, 1, nullptr), TP_OK);
-    EXPECT_EQ(tone, 128);
+    Canvas canvas(view, 0, false);
+    ASSERT_EQ(tp_page_render(source.open().get(), &view, 1, nullptr), TP_OK);
+    EXPECT_EQ(canvas.pixels(), Bytes{128});
 }
 
 }  // namespace

@@ -64,12 +64,6 @@ TEST(PastedRows, KeptShiftedCopiesProtectTheLowBitsOfABytes) {
     EXPECT_EQ(pasted<PasteSet>({0, 0, 0}, 6, {0xFF, 0xFF}), (Bytes{0x03, 0xC3, 0}));
 }
 
-TEST(PastedRows, KeptFollowingBytesAreOverwritten) {
-    EXPECT_EQ(pasted<PasteAnd>({0xFF, 0xFF, 0xFF}, 3, {0xA5, 0x3C}), (Bytes{0x14, 0, 0xFF}));
-    EXPECT_EQ(pasted<PasteOr>({0x80, 0, 0x01}, 3, {0xA5, 0x3C}), (Bytes{0x94, 0xA7, 0x01}));
-    EXPECT_EQ(pasted<PasteOr>({0xFF, 0xFF, 0xFF}, 3, {0, 0}), (Bytes{0xFF, 0, 0xFF}));
-}
-
 // --- bilevel images -------------------------------------------------------------------
 
 Owned<CImg1> bilevel(std::size_t width, std::size_t height, ImgAlignmentEnum alignment, int fill) {
@@ -128,9 +122,7 @@ TEST(BilevelRasOp, KeptColourOperationsDoNothing) {
 
 // --- any kind -------------------------------------------------------------------------
 
-template <class Image>
-class RasOp : public ::testing::Test {};
-TYPED_TEST_SUITE(RasOp, PixelKinds);
+SUITE_FOR(RasOp, PixelKinds);
 
 TYPED_TEST(RasOp, PlacesMustLieInsideWithoutWrapping) {
     const Picture zeros(16, 4), ones(8, 2, kWhole<TypeParam>);
@@ -188,9 +180,7 @@ TYPED_TEST(RasOp, OtherKindsAndImagesWithoutPixelsAreRefused) {
 
 // --- palette and RGB ------------------------------------------------------------------
 
-template <class Image>
-class PixelRasOp : public ::testing::Test {};
-TYPED_TEST_SUITE(PixelRasOp, ColourKinds);
+SUITE_FOR(PixelRasOp, ColourKinds);
 
 TYPED_TEST(PixelRasOp, TransparentPixelsAreLeftOut) {
     const auto image = imageOf<TypeParam>(Picture(3, {1, 2, 3, 4, 5, 6}));

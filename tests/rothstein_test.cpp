@@ -46,15 +46,14 @@ Numbers runsOf(const Numbers& bits) {
     return runs;
 }
 
-TEST(Rothstein, MarksAreSpreadEvenly) {
+TEST(Rothstein, KeptNoMarksMarkEverything) {
+    EXPECT_EQ(bitsOf(4, 0), (Numbers{1, 1, 1, 1}));
     EXPECT_EQ(bitsOf(10, 4), (Numbers{1, 0, 0, 1, 0, 1, 0, 0, 1, 0}));
     EXPECT_EQ(bitsOf(7, 3), (Numbers{1, 0, 0, 1, 0, 1, 0}));
     EXPECT_EQ(bitsOf(3, 3), (Numbers{1, 1, 1}));
     EXPECT_EQ(bitsOf(3, 8), (Numbers{1, 1, 1}));
     EXPECT_EQ(bitsOf(0, 4), Numbers{});
 }
-
-TEST(Rothstein, KeptNoMarksMarkEverything) { EXPECT_EQ(bitsOf(4, 0), (Numbers{1, 1, 1, 1})); }
 
 TEST(Rothstein, RunTablesAreThoseOfTheCode) {
     for (ImgULong n = 0; n < 70; ++n)
@@ -88,12 +87,8 @@ TEST(Rothstein, TablesOfAnEnlargement) {
     EXPECT_EQ(taken(starts, 4), (Numbers{0, 3, 5, 8}));
     EXPECT_EQ(taken(bytes, 10), (Numbers{0, 0, 0, 0, 0, 0, 0, 0, 1, 1}));
     EXPECT_EQ(taken(bits, 10), (Numbers{7, 6, 5, 4, 3, 2, 1, 0, 7, 6}));
-}
-
-TEST(Rothstein, AnEnlargementOfNothingStaysInItsTables) {
-    ImgULong *rows = nullptr, *runs = nullptr, *starts = nullptr, *bytes = nullptr, *bits = nullptr;
     CreateRothEnlargeTables(3, 1, 0, 1, &rows, &runs, &starts, &bytes, &bits);
-    EXPECT_EQ(taken(runs, 3), (Numbers{1, 1, 1}));
+    EXPECT_EQ(taken(runs, 3), (Numbers{1, 1, 1})) << "nothing enlarged stays in its tables";
     for (ImgULong* table : {rows, starts, bytes, bits}) std::free(table);
 }
 
@@ -126,6 +121,8 @@ TEST(GreyMapping, SmallCellsFollowASquareLaw) {
     EXPECT_EQ(greys(10), (Levels{255, 166, 127, 93, 65, 41, 23, 10, 2, 0}));
     EXPECT_EQ(greys(17), (Levels{255, 202, 176, 152, 129, 109, 90, 73, 57, 44, 32, 22, 14, 8, 3, 0, 0}));
     EXPECT_EQ(greys(5, true), (Levels{0, 162, 214, 245, 255}));
+    greys(0);
+    greys(1);
 }
 
 /// The ramp as its definition builds it, at run time and with the library's power function.
@@ -147,13 +144,6 @@ TEST(GreyMapping, TheRampIsTheOneOfDoubleArithmetic) {
 }
 
 TEST(GreyMapping, KeptTheStaircaseIsOneStepShort) {
-    const Levels map = greys(11000);
-    EXPECT_EQ(map[0], 255);
-    EXPECT_EQ(map[42], 255);
-    EXPECT_EQ(map[43], 254);
-    EXPECT_EQ(map[10914], 2);
-    EXPECT_EQ(map[10957], 1);
-    for (std::size_t k = 10958; k < 11000; ++k) ASSERT_EQ(map[k], 0) << k;
     for (ImgULong levels : {11000u, 11026u, 16900001u}) {
         const Levels large = greys(levels), inverted = greys(levels, true);
         for (std::uint64_t k = 0; k < 255; ++k) {
@@ -161,13 +151,8 @@ TEST(GreyMapping, KeptTheStaircaseIsOneStepShort) {
             ASSERT_TRUE(large[first] == 255 - k && large[next - 1] == 255 - k) << k;
             ASSERT_TRUE(inverted[first] == k && inverted[next - 1] == k) << k;
         }
-        EXPECT_EQ(inverted[levels - 1], 255);
+        for (std::size_t k = (255ull * levels + 255) / 256; k < levels; ++k) ASSERT_EQ(large[k] + 255 - inverted[k], 0);
     }
-}
-
-TEST(GreyMapping, NoLevelsAreHarmless) {
-    greys(0);
-    greys(1);
 }
 
 TEST(GreyMapping, EveryCellHasItsMap) {

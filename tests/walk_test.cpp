@@ -16,25 +16,7 @@ Owned<CImg1> expand(CImg1G4& image) { return expand(image, image.getRect()); }
 
 }  // namespace
 
-TEST(Uncompress, PaintsExactlyTheRectangle) {
-    struct Case {
-        const char* row;
-        ImgULong tile;
-        int left, right;
-        Bytes painted;
-    };
-    const Case cases[] = {
-        {"1111111111111111", 16, 0, 15, {0xFF, 0xFF}}, {"1111111111111111", 16, 0, 9, {0xFF, 0xC0}},
-        {"1111111111111111", 16, 0, 7, {0xFF}},        {"1111111111111111", 8, 3, 8, {0xFC}},
-        {"0000000000000001", 16, 0, 15, {0, 1}},       {"0000000000000001", 8, 0, 15, {0, 1}},
-        {"0000000110000000", 8, 0, 15, {1, 0x80}},     {"0000000110000000", 16, 0, 7, {1}},
-    };
-    for (const Case& c : cases) {
-        const G4Image image = compressed(c.row, c.tile, 1);
-        image->setBackgroundColor(0);
-        EXPECT_EQ(bytesOf(*expand(*image, ImgRect(c.left, 0, c.right, 0))), c.painted) << c.row << " tile " << c.tile;
-    }
-    // A run of a damaged row that ends left of the image.
+TEST(Uncompress, RunsThatEndLeftOfTheImagePaintNothing) {
     std::vector<Bytes> tiles{hex("AB 26 01 50 10 00")};
     const G4Image damaged = makeG4(8, 2, 8, 2, tiles);
     damaged->setBackgroundColor(0);
@@ -44,12 +26,9 @@ TEST(Uncompress, PaintsExactlyTheRectangle) {
 TEST(Uncompress, AnyRectangleOfAnyTiling) {
     std::mt19937 random(1);
     for (int round = 0; round < 300; ++round) {
-        const ImgULong width = upTo(random, 150), height = upTo(random, 40);
-        const Picture picture = randomPicture(random, width, height, random() % 100);
-        const G4Image image = compressed(picture, upTo(random, width + 10), upTo(random, height + 5));
+        const auto [picture, image, r] = RandomG4(random, random() % 100);
         image->setBackgroundColor(0);
-        const ImgRect r = randomRect(random, width, height);
-        EXPECT_EQ(pictureOf(expand(*image, r)), cut(picture, r));
+        EXPECT_EQ(bytesOf(*expand(*image, r)), bytesOf(*imageOf<CImg1>(cut(picture, r))));
         EXPECT_EQ(result<CImg1>(image->getSubImage(r)), cut(picture, r));
     }
 }
@@ -67,7 +46,6 @@ TEST(Uncompress, FiftyFivePercentBlackTurnsTheImageOver) {
         const auto expanded = expand(*image);
         EXPECT_EQ(pictureOf(expanded), over ? complement(picture) : picture);
         EXPECT_TRUE(image->isBackgroundKnown());
-        EXPECT_EQ(image->getBackgroundColor(), over ? 1u : 0u);
         EXPECT_EQ(bytesOf(*expanded)[2] & 15, over ? 15 : 0) << "pad bits turn over too";
     }
 }

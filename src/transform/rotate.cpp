@@ -96,7 +96,6 @@ void CImg::snap90(double& angle, double tolerance) {
     };
     if (angle > 360 || angle < -360) angle -= 360 * std::trunc(angle / 360);
     if (0 < angle && angle < tolerance) angle = 360 - angle;
-    if (0 < angle && angle < tolerance) angle = 0;
     snap(90);
     snap(180);
     snap(270);

@@ -1,70 +1,34 @@
 // Does every main operation once, each in a function of its own whose instructions callgrind counts.
 
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg1G4.h"
-#include "tilepress/CImg32.h"
+#include "peer/tiff_pages.h"
 #include "tilepress/CImg8.h"
 #include "tilepress/ccitt.h"
-
-#include <tiffio.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-using Picture = std::unique_ptr<IImg>;
-
-struct Release {
-    void operator()(CImg1G4* image) const {
-        image->releaseData();
-        delete image;
-    }
-};
-using Coded = std::unique_ptr<CImg1G4, Release>;
+using support::Bytes, support::G4Image;
+using Result = std::unique_ptr<IImg>;
 
 [[noreturn]] void fail(const char* what) {
     std::fprintf(stderr, "%s\n", what);
     std::exit(1);
 }
 
-/// A sample page, as the library takes it: words of two coded bytes each.
-Coded open(const char* name) {
-    TIFF* const tiff = TIFFOpen((std::string(TILEPRESS_SAMPLES "/") + name).c_str(), "r");
-    if (!tiff) fail(name);
-    std::uint32_t width = 0, height = 0, tileWidth = 0, tileHeight = 0;
-    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
-    const bool tiled = TIFFIsTiled(tiff);
-    TIFFGetField(tiff, tiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, &tileHeight);
-    tileWidth = width;
-    if (tiled) TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &tileWidth);
-    std::vector<Bytes> tiles(tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff));
-    std::vector<unsigned char*> blocks;
-    std::vector<ImgULong> lengths;
-    for (std::uint32_t k = 0; k < tiles.size(); ++k) {
-        const auto size = static_cast<tmsize_t>(TIFFGetStrileByteCount(tiff, k));
-        tiles[k].resize(static_cast<std::size_t>(size + size % 2));
-        if (tiled) TIFFReadRawTile(tiff, k, tiles[k].data(), size);
-        else TIFFReadRawStrip(tiff, k, tiles[k].data(), size);
-        for (std::size_t i = 0; i < tiles[k].size(); i += 2) std::swap(tiles[k][i], tiles[k][i + 1]);
-        blocks.push_back(tiles[k].data());
-        lengths.push_back(static_cast<ImgULong>(tiles[k].size()));
-    }
-    TIFFClose(tiff);
-    return Coded(CImg1G4::create(width, height, tileWidth, tileHeight, blocks.data(), lengths.data(), 0xFFFFFF, 0,
-                                 ImgAlignNone));
+G4Image open(const char* name) {
+    auto pages = support::readTiff(std::string(TILEPRESS_SAMPLES "/") + name);
+    if (pages.empty()) fail(name);
+    return support::imageOf(pages[0]);
 }
 
-Picture scaled(IImg& image, double factor, ImgULong depth) {
+Result scaled(IImg& image, double factor, ImgULong depth) {
     ImgScaleAttr attr{depth};
-    return Picture(image.scale(image.getRect(), static_cast<ImgULong>(image.getWidth() * factor),
-                               static_cast<ImgULong>(image.getHeight() * factor), attr));
+    return Result(image.scale(image.getRect(), static_cast<ImgULong>(image.getWidth() * factor),
+                              static_cast<ImgULong>(image.getHeight() * factor), attr));
 }
 
 }  // namespace
@@ -85,17 +49,17 @@ OPERATION(encode)(CImg1& page, Bytes& rows) {
     std::free(strip);
     return done;
 }
-OPERATION(bilevel_turn)(IImg& page) { return Picture(page.rotate(90)) != nullptr; }
-OPERATION(bilevel_mirror)(IImg& page) { return Picture(page.mirror(ImgMirY)) != nullptr; }
-OPERATION(bilevel_shear)(IImg& page) { return Picture(page.rotate(7)) != nullptr; }
+OPERATION(bilevel_turn)(IImg& page) { return Result(page.rotate(90)) != nullptr; }
+OPERATION(bilevel_mirror)(IImg& page) { return Result(page.mirror(ImgMirY)) != nullptr; }
+OPERATION(bilevel_shear)(IImg& page) { return Result(page.rotate(7)) != nullptr; }
 OPERATION(bilevel_ink_quarter)(IImg& page) { return scaled(page, 0.25, 1) != nullptr; }
 OPERATION(bilevel_grey_tenth)(IImg& page) { return scaled(page, 0.1, 32) != nullptr; }
 OPERATION(bilevel_enlarge_2)(IImg& page) { return scaled(page, 2, 1) != nullptr; }
-OPERATION(palette_turn)(IImg& page) { return Picture(page.rotate(90)) != nullptr; }
+OPERATION(palette_turn)(IImg& page) { return Result(page.rotate(90)) != nullptr; }
 OPERATION(palette_enlarge_2)(IImg& page) { return scaled(page, 2, 1) != nullptr; }
-OPERATION(rgb_turn)(IImg& page) { return Picture(page.rotate(90)) != nullptr; }
+OPERATION(rgb_turn)(IImg& page) { return Result(page.rotate(90)) != nullptr; }
 OPERATION(rgb_reduce_4)(IImg& page) { return scaled(page, 0.25, 32) != nullptr; }
-OPERATION(rgb_dither)(IImg& page) { return Picture(CImg1::create(page, 0xFFFFFF, 0, ImgAlignNone)) != nullptr; }
+OPERATION(rgb_dither)(IImg& page) { return Result(CImg1::create(page, 0xFFFFFF, 0, ImgAlignNone)) != nullptr; }
 
 namespace {
 
@@ -104,12 +68,12 @@ std::unique_ptr<CImg1> bitmapFor(const CImg1G4& page) {
 }
 
 bool codedOperations(CImg1& text) {
-    const Coded strip = open("text.tif"), tiles = open("drawing_tiled.tif"), halftone = open("halftone.tif");
+    const G4Image strip = open("text.tif"), tiles = open("drawing_tiled.tif"), halftone = open("halftone.tif");
     const auto drawing = bitmapFor(*tiles), picture = bitmapFor(*halftone);
     bool done = operation_decode_strip(*strip, text) && operation_decode_tiles(*tiles, *drawing) &&
                 operation_decode_halftone(*halftone, *picture) && operation_coded_grey_tenth(*strip) &&
                 operation_coded_enlarge_2(*strip);
-    const Coded unknown = open("text.tif");  // whose background is yet to be found
+    const G4Image unknown = open("text.tif");  // whose background is yet to be found
     return done && operation_coded_ink_quarter(*unknown);
 }
 

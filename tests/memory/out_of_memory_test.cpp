@@ -33,12 +33,16 @@ TEST(OutOfMemory, KeptAFailedEnableIsFollowedByOneWithoutTables) {
     CCITT_DisableG4Decode();
 }
 
-template <class Image>
-class ImageMemory : public ::testing::Test {};
-TYPED_TEST_SUITE(ImageMemory, PixelKinds);
+SUITE_FOR(ImageMemory, PixelKinds);
 
 TYPED_TEST(ImageMemory, EndsWithTheImageButForAPalettesMapKept) {
     TypeParam* const image = blank<TypeParam>(8, 8).release();
+    if constexpr (!std::is_same_v<TypeParam, CImg1>) {
+        auto* block = image->peekData();
+        heap::watch({block, image->peekDataArray()});
+        EXPECT_EQ(image->transferData(&block, image->getTotalBytes()), ImgErrNone);
+        EXPECT_TRUE(heap::released(0) && heap::released(1)) << "what is replaced";
+    }
     ColorMap* map = nullptr;
     if constexpr (std::is_same_v<TypeParam, CImg8>) map = image->getColorMap();
     void* rows = image->peekData();
@@ -51,9 +55,7 @@ TYPED_TEST(ImageMemory, EndsWithTheImageButForAPalettesMapKept) {
     delete map;
 }
 
-template <class Kind>
-class HandleMemory : public ::testing::Test {};
-TYPED_TEST_SUITE(HandleMemory, HandleKinds);
+SUITE_FOR(HandleMemory, HandleKinds);
 
 TYPED_TEST(HandleMemory, KeptFailingRowTablesReleaseTheCallersBlock) {
     bool created = false, lost = false;

@@ -69,4 +69,15 @@ inline ImgRect randomRect(std::mt19937& random, std::size_t width, std::size_t h
                    static_cast<int>(top + random() % (height - top)));
 }
 
+/// A page of random pixels in random tiles, and a part of it.
+struct RandomG4 {
+    Picture picture;
+    G4Image image;
+    ImgRect part;
+    RandomG4(std::mt19937& random, unsigned blackPercent, std::size_t width = 150)
+        : picture(randomPicture(random, upTo(random, width), upTo(random, 50), blackPercent)),
+          image(compressed(picture, upTo(random, picture.width + 10), upTo(random, picture.height + 5))),
+          part(randomRect(random, picture.width, picture.height)) {}
+};
+
 }  // namespace support

@@ -60,6 +60,23 @@ Handle handleOf(const Picture& picture, std::uint32_t align = 0) {
     return image;
 }
 
+/// With copies of the tiles.
+inline Handle compressedHandle(const std::vector<Bytes>& tiles, std::uint32_t w, std::uint32_t h, std::uint32_t tw,
+                               std::uint32_t th) {
+    void* array = nullptr;
+    MemAllocate(0, tiles.size() * sizeof(void*), 0, &array);
+    void** const blocks = static_cast<void**>(array);
+    std::vector<std::uint32_t> counts;
+    for (std::size_t k = 0; k < tiles.size(); ++k) {
+        counts.push_back(static_cast<std::uint32_t>(tiles[k].size()));
+        MemAllocate(0, tiles[k].size(), 0, &blocks[k]);
+        std::memcpy(blocks[k], tiles[k].data(), tiles[k].size());
+    }
+    Handle image(ImgNew(ImgTypeTiffG4));
+    EXPECT_TRUE(ImgCreateTiffG4(image.get(), w, h, tw, th, counts.data(), blocks));
+    return image;
+}
+
 /// The handle's pixels; an empty picture for null.
 template <>
 inline Picture pictureOf<ImgHandle>(const ImgHandle* image) {

@@ -162,6 +162,12 @@ Picture randomPicture(std::size_t width, std::size_t height) {
     return picture;
 }
 
+/// A suite whose tests are run for each of a list of types.
+#define SUITE_FOR(Suite, Kinds)            \
+  template <class>                         \
+  class Suite : public ::testing::Test {}; \
+  TYPED_TEST_SUITE(Suite, Kinds)
+
 using PixelKinds = ::testing::Types<CImg1, CImg8, CImg32>;
 using ColourKinds = ::testing::Types<CImg8, CImg32>;
 inline constexpr ImgAlignmentEnum kAlignments[] = {ImgAlignNone, ImgAlignByte, ImgAlignDword};

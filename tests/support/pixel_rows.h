@@ -46,8 +46,10 @@ inline std::string randomRow(std::mt19937& random, std::size_t width, std::size_
     return row;
 }
 
-/// The codes of `row` below `above`, by definition: a0, a1, a2, b1, b2 are found anew for each code.
-inline std::string rowCodes(const std::string& above, const std::string& row) {
+/// The codes of `row` below `above`, by definition: a0, a1, a2, b1, b2 are found anew for each code. Where a pass code
+/// or vertical mode is due, horizontal mode does too: it is taken where `avoids`, asked with 8 or 4, says so.
+template <class Avoids>
+std::string rowCodes(const std::string& above, const std::string& row, Avoids avoids) {
     const int width = static_cast<int>(row.size());
     const auto at = [&](const std::string& line, int x) { return x < 0 ? '0' : line[static_cast<std::size_t>(x)]; };
     const auto nextChange = [&](const std::string& line, int x) {  // first changing element right of x
@@ -63,10 +65,10 @@ inline std::string rowCodes(const std::string& above, const std::string& row) {
         int b1 = nextChange(above, a0);
         if (b1 < width && at(above, b1) == colour) b1 = nextChange(above, b1);
         const int b2 = nextChange(above, b1);
-        if (b2 < a1) {
+        if (b2 < a1 && !avoids(8)) {
             text += "0001";
             a0 = b2;
-        } else if (a1 - b1 >= -3 && a1 - b1 <= 3) {
+        } else if (a1 - b1 >= -3 && a1 - b1 <= 3 && b2 >= a1 && !avoids(4)) {
             text += vertical[a1 - b1 + 3];
             a0 = a1;
         } else {
@@ -77,6 +79,9 @@ inline std::string rowCodes(const std::string& above, const std::string& row) {
         if (a0 >= width) break;
     }
     return text;
+}
+inline std::string rowCodes(const std::string& above, const std::string& row) {
+    return rowCodes(above, row, [](int) { return false; });
 }
 
 }  // namespace support

@@ -2,13 +2,12 @@
 // ThreadSanitizer, which sees what no result shows.
 
 #include "support/g4_images.h"
-#include "support/handles.h"
+#include "support/operations.h"
 #include "support/pages.h"
-#include "tilepress/Rothstein.h"
-#include "tilepress/TileIterators.h"
 #include "tilepress/ccitt.h"
 
 #include <array>
+#include <atomic>
 #include <barrier>
 #include <functional>
 #include <thread>
@@ -43,23 +42,21 @@ Picture pageOf(unsigned seed) {
     std::mt19937 random(seed);
     return randomPicture(random, kWidth, kHeight, 20 + 20 * seed);  // one of them dark
 }
-const ImgRect kPart(10, 20, 109, 79);
 
 Picture taken(IImg* image) { return result<IImg>(image); }
 
+template <class Object>
+Results resultsOf(Object& object) {
+    Results results;
+    for (const Operation& operation : operationsOn(object)) results.push_back(operation.run());
+    return results;
+}
+
 /// What images of any kind do; `image` is changed in the end.
 Results transforms(IImg& image, IImg& other) {
-    Results results;
-    ImgScaleAttr attr{32}, ink{1};
-    for (const auto& [w, h] : {std::pair(50u, 30u), {200u, 120u}, {50u, 120u}, {200u, 30u}, {100u, 60u}})
-        for (ImgScaleAttr* how : {&attr, &ink}) results.push_back(taken(image.scale(kPart, w, h, *how)));
-    for (const double angle : {90.0, 180.0, 270.0, 33.0}) results.push_back(taken(image.rotate(angle)));
-    results.push_back(taken(image.mirror(ImgMirX)));
-    results.push_back(taken(image.mirror(ImgMirY)));
-    results.push_back(taken(image.getSubImage(kPart)));
-    RasOpXfmAttr place{};
+    Results results = resultsOf(image);
     if (image.getType() != ImageTypeBilevelG4) {
-        results.push_back(taken(image.doRasOp(RasOpCopy, place, other)));
+        RasOpXfmAttr place{};
         image.doRasOpInPlace(RasOpAnd, place, other);
         image.invert();
         IntPtT from{3, 4}, to{90, 50};
@@ -89,55 +86,9 @@ Results transformsOf(unsigned seed) {
     return transforms(*image, *other);
 }
 
-/// What handles of any type do.
-Results operationsOf(ImgHandle& image, ImgHandle& other) {
-    Results results;
-    const auto take = [&](ImgHandle* result) {
-        results.push_back(pictureOf(result == &image ? nullptr : result));
-        if (result != &image) Handle(result).reset();
-    };
-    for (const auto& [w, h] : {std::pair(50u, 30u), {300u, 200u}, {50u, 200u}})
-        take(image.render(&image, w, h, nullptr, 0, 0, 8));
-    for (const std::uint32_t type : {ImgTypeBilevel, ImgTypeRGB24}) {
-        const ImgConvertDesc target{type, 1, nullptr};
-        take(image.convert(&image, &target));
-    }
-    if (image.type == ImgTypeTiffG4) return results;
-    for (const double angle : {90.0, 33.0}) take(image.rotate(&image, angle));
-    take(image.mirror(&image, 1));
-    const ImgQuad part{10, 79, 10, 20, 109, 20, 109, 79};
-    take(image.subImage(&image, &part.x0));
-    take(image.clone(&image));
-    const ImgRasOp1Desc fill{ImgRasFill, 0, 0, 0, 0, 0};
-    take(image.rasOp1(&image, &fill, 1));
-    ImgRasOp2Desc add{};
-    add.op = ImgRasOr;
-    take(other.rasOp2(&other, &add, &image));
-    return results;
-}
-
 template <class Kind>
 Results handleOperationsOf(unsigned seed) {
-    const Handle image = handleOf<Kind>(pixelsOf<typename Kind::Image>(seed)),
-                 other = handleOf<Kind>(pixelsOf<typename Kind::Image>(3 - seed));
-    return operationsOf(*image, *other);
-}
-
-/// A compressed handle, and the array of its tiles, which it ends with.
-Handle compressedHandle(unsigned seed) {
-    const std::vector<Bytes> tiles = tilesOf(pageOf(seed), 64, 32);
-    void* array = nullptr;
-    MemAllocate(0, tiles.size() * sizeof(void*), 0, &array);
-    std::vector<std::uint32_t> counts;
-    for (std::size_t k = 0; k < tiles.size(); ++k) {
-        void*& block = static_cast<void**>(array)[k];
-        MemAllocate(0, tiles[k].size(), 0, &block);
-        std::memcpy(block, tiles[k].data(), tiles[k].size());
-        counts.push_back(static_cast<std::uint32_t>(tiles[k].size()));
-    }
-    Handle image(ImgNew(ImgTypeTiffG4));
-    EXPECT_TRUE(ImgCreateTiffG4(image.get(), kWidth, kHeight, 64, 32, counts.data(), static_cast<void**>(array)));
-    return image;
+    return resultsOf(*handleOf<Kind>(pixelsOf<typename Kind::Image>(seed)));
 }
 
 Picture asPicture(const Bytes& bytes) {
@@ -182,8 +133,8 @@ TEST(Threads, HandlesOfEveryType) {
     expectTheSameInThreads(handleOperationsOf<Bytes24>);
     expectTheSameInThreads(handleOperationsOf<Words32>);
     expectTheSameInThreads([](unsigned seed) {
-        const Handle image = compressedHandle(seed);
-        Results results = operationsOf(*image, *image);
+        const Handle image = compressedHandle(tilesOf(pageOf(seed), 64, 32), kWidth, kHeight, 64, 32);
+        Results results = resultsOf(*image);
         void* block = nullptr;
         std::uint32_t size = 0;
         TiffG4Serialize(image.get(), &block, &size);
@@ -229,18 +180,27 @@ TEST(Threads, StripsAndRowsOfTheCodec) {
     cit_disable_detect_changes();
 }
 
-TEST(Threads, OnePageForAll) {
-    const PageSource source(pageOf(2), kWidth, 40);
-    const Page page = source.open();
+TEST(Threads, OnePageForAllThatAnyOfThemLaysOutAnew) {
+    std::mt19937 random(5);
+    Picture picture = randomPicture(random, 1500, 900, 8);
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+        if (i / 1500 % 30 > 6) picture.pixels[i] = i % 400 < 3;
+    const PageSource source(picture, 0, 0);
+    const Page alone = source.open(), shared = source.open();
+    const std::uint64_t memory = tp_page_memory(shared.get());
+    std::atomic<unsigned> runs{0};
     expectTheSameInThreads([&](unsigned seed) {
-        tp_page_prepare(page.get(), nullptr);
+        const Page own(tp_page_retain(runs++ < kThreads ? alone.get() : shared.get()));
+        tp_page_prepare(own.get(), nullptr);
+        EXPECT_EQ(tp_page_verify(own.get(), nullptr), TP_OK);
         Results results;
         for (const std::uint32_t mode : {TP_GREY, TP_COVERAGE, TP_INK, TP_NEAREST}) {
-            tp_view view = viewOf(5 * seed, 3 * seed, 100, 60, 40, 30, mode, TP_GREY8);
+            tp_view view = viewOf(5 * seed, 200 * seed, 1000, 300, 400, 130, mode, TP_GREY8);
             Canvas canvas(view, 0, false);
-            EXPECT_EQ(tp_page_render(page.get(), &view, 1, nullptr), TP_OK);
+            EXPECT_EQ(tp_page_render(own.get(), &view, 1, nullptr), TP_OK);
             results.push_back(asPicture(canvas.pixels()));
         }
         return results;
     });
+    EXPECT_GT(tp_page_memory(shared.get()), memory);
 }

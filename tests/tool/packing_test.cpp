@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <tiffio.h>
 
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <tuple>
 #include <utility>
@@ -47,41 +48,13 @@ TEST(Repack, ThereAndBackIsTheSameFile) {
     EXPECT_TRUE(tool("repack --single-strip - -o - <" + tiles).output == readFile(strip));
 }
 
-/// The page by libtiff, black as 0, in another compression; in strips of a row, or in tiles.
-void write(const Raster& page, const std::string& path, int compression, bool tiled) {
-    TIFF* tiff = TIFFOpen(path.c_str(), "w");
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.width);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.height);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression);
-    const std::uint32_t width = tiled ? 80 : page.width, height = tiled ? 48 : 1;
-    if (tiled) TIFFSetField(tiff, TIFFTAG_TILEWIDTH, width), TIFFSetField(tiff, TIFFTAG_TILELENGTH, height);
-    for (std::uint32_t top = 0; top < page.height; top += height)
-        for (std::uint32_t left = 0; left < page.width; left += width) {
-            std::vector<unsigned char> part((width + 7) / 8 * height);
-            for (std::uint32_t y = 0; y < height && top + y < page.height; ++y)
-                for (std::uint32_t x = 0; x < width && left + x < page.width; ++x)
-                    if (page.at(left + x, top + y))
-                        part[y * ((width + 7) / 8) + x / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
-            if (tiled) TIFFWriteTile(tiff, part.data(), left, top, 0, 0);
-            else TIFFWriteScanline(tiff, part.data(), top, 0);
-        }
-    TIFFClose(tiff);
-}
-
-TEST(Encode, PicturesAndOtherCompressions) {
+TEST(Encode, Pictures) {
     const Folder folder;
-    const std::string coded = folder / "coded.tif", lzw = folder / "lzw.tif";
-    const Raster page = readTiff(sample("halftone.tif"));
+    const std::string coded = folder / "coded.tif";
     for (const char* name : {"page.png", "page.pbm"}) {
         ASSERT_EQ(tool("render " + sample("halftone.tif -o ") + (folder / name)).code, 0);
         ASSERT_EQ(tool("encode " + (folder / name) + " -o " + coded + " --tile 64").code, 0) << name;
-        EXPECT_EQ(readTiff(coded), page) << name;
-    }
-    for (const bool tiled : {false, true}) {
-        write(page, lzw, COMPRESSION_LZW, tiled);
-        ASSERT_EQ(tool("repack " + lzw + " -o " + coded).code, 0) << tiled;
-        EXPECT_EQ(readTiff(coded), page) << tiled;
+        EXPECT_EQ(readTiff(coded), readTiff(sample("halftone.tif"))) << name;
     }
 }
 
@@ -109,7 +82,7 @@ TEST(Encode, RefusesWhatItCannotKeep) {
     EXPECT_EQ(tool("encode " + grey + out).code, 3);
     EXPECT_EQ(tool("repack " + grey + out).code, 3) << "TIFF files only";
     // libtiff delivers a damaged fax row with no more than a warning.
-    write(readTiff(sample("halftone.tif")), damaged, COMPRESSION_CCITTFAX3, false);
+    ASSERT_EQ(std::system(("tiffcp -c g3 -r 1 " + sample("halftone.tif ") + damaged).c_str()), 0);
     file = readFile(damaged);
     writeFile(damaged, file.replace(file.size() / 3, 8, 8, '\x13'));
     EXPECT_EQ(tool("repack " + damaged + out).code, 2);
