@@ -65,6 +65,8 @@ TEST(Handles, BilevelRows) {
             EXPECT_FALSE(image->render(image.get(), 2, 2, nullptr, 0, 0, 8));
         }
     }
+    ImgHandle* own = handleOf<Bits>(Picture(9, 9)).release();
+    EXPECT_EQ(own->free(&own, nullptr), nullptr);
     const Handle none(ImgNew(ImgTypeBilevel));
     EXPECT_FALSE(ImgCreateBilevel(none.get(), 1 << 20, 1 << 15, 0, nullptr)) << "2^32 bytes";
 }

@@ -84,6 +84,9 @@ TEST(BilevelRasOp, KeptRowsPaddedFurtherSpillIntoTheNextAndEndWithTheBlock) {
     RasOpXfmAttr attr = at(40, 0);
     image->doRasOpInPlace(RasOpCopy, attr, *second);
     EXPECT_EQ(bytesOf(*image), (Bytes{0, 0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 0xFF, 0xFF, 0xFF}));
+    Bytes guarded(17);
+    tilepress::pasteRows<PasteSet>({guarded.data(), 16, 8}, 40, 0, second->peekData(), 4, 2);
+    EXPECT_EQ(guarded[16], 0);
 }
 
 // Code 0 is AND in copies and copies in place, code 3 does nothing in place; transparent ones OR.

@@ -60,7 +60,9 @@ TEST(BilevelSubImages, KeptFullSizesCopyTheWholeBlockWhereverTheyLie) {
     EXPECT_EQ(image->getLastError(), ImgErrNone);
     const auto changed = imageOf<CImg1>(Picture(10, 10, 1));
     changed->setAlignment(ImgAlignDword);
-    EXPECT_TRUE(owned<CImg1>(changed->getSubImage(ImgRect(0, 0, 9, 9)))) << "a block longer than the source's";
+    const auto longer = owned<CImg1>(changed->getSubImage(ImgRect(0, 0, 9, 9)));
+    ASSERT_EQ(longer->getTotalBytes(), 40u);
+    for (std::size_t i = 20; i < 40; ++i) EXPECT_EQ(longer->peekData()[i], 0) << "past the source's block " << i;
 }
 
 TEST(BilevelSubImages, KeptPadBitsCarryThePixelsThatFollow) {
