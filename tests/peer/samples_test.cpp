@@ -21,9 +21,9 @@ std::vector<fs::path> samples() {
 }
 
 Page pageOf(const TiffPage& sample, std::uint32_t photometric) {
-    PageSource source(Picture(1, 1), sample.tileWidth, sample.tileHeight, photometric);
-    source.info.width = sample.width;
-    source.info.height = sample.height;
+    PageSource source(Picture(1, 1), 0, 0, photometric);
+    source.info.width = sample.width, source.info.height = sample.height;
+    source.info.tile_width = sample.tileWidth, source.info.tile_height = sample.tileHeight;
     source.tiles.clear();
     for (const Bytes& tile : sample.tiles) source.tiles.push_back(exchanged(tile));
     return source.open();
