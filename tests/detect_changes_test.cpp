@@ -65,11 +65,11 @@ TEST_F(DetectChanges, RefusesWhatHasNoList) {
         cit_detect_changes(width, row, INT32_MAX, list, &count);
         EXPECT_EQ(count, 0u);
     }
-    cit_detect_changes(8, nullptr, 12, list, &(count = 9));
-    EXPECT_EQ(count, 0u);
-    cit_detect_changes(8, row, 12, nullptr, &(count = 9));
-    EXPECT_EQ(count, 0u);
-    cit_detect_changes(8, row, 12, list, nullptr);
+    for (int missing = 0; missing < 3; ++missing) {
+        cit_detect_changes(8, missing == 0 ? nullptr : row, 12, missing == 1 ? nullptr : list,
+                           missing == 2 ? nullptr : &(count = 9));
+        EXPECT_EQ(count, 0u) << missing;
+    }
 }
 
 TEST(DetectFamilies, EachHasTablesOfItsOwn) {

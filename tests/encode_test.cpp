@@ -141,18 +141,13 @@ TEST_F(Encode, ListsThatAreNoRowsGiveNoBits) {
     }
     List row = good;
     std::uint16_t word = 0;
-    std::int32_t count = 5;
-    cit_encode_gr4(nullptr, 6, row.data(), 6, &word, &count);
-    EXPECT_EQ(count, 0);
-    cit_encode_gr4(row.data(), 6, nullptr, 6, &word, &(count = 5));
-    EXPECT_EQ(count, 0);
-    cit_encode_gr4(row.data(), 6, row.data(), 6, nullptr, &(count = 5));
-    EXPECT_EQ(count, 0);
-    for (auto [above, own] : {std::pair(0, 6), {6, 0}}) {
-        cit_encode_gr4(row.data(), above, row.data(), own, &word, &(count = 5));
-        EXPECT_EQ(count, 0);
+    for (int missing = 0; missing < 6; ++missing) {
+        const auto unless = [missing](int which, auto* given) { return missing == which ? nullptr : given; };
+        std::int32_t count = 5;
+        cit_encode_gr4(unless(0, row.data()), missing == 1 ? 0 : 6, unless(2, row.data()), missing == 3 ? 0 : 6,
+                       unless(4, &word), unless(5, &count));
+        EXPECT_EQ(count, missing == 5 ? 5 : 0) << missing;
     }
-    cit_encode_gr4(row.data(), 6, row.data(), 6, &word, nullptr);
     EXPECT_EQ(word, 0);
 }
 

@@ -136,14 +136,13 @@ TEST(Guards, PixelsMustCoverTheExtents) {
     }
     bilevel->setExtents(10, 3);
     palette->setExtents(10, 3);
-    EXPECT_TRUE(hasPixels(*bilevel));
-    EXPECT_TRUE(hasPixels(*palette));
-    EXPECT_TRUE(hasPixels(*rgb));
-    for (void* block : {static_cast<void*>(bilevel->ownData()), static_cast<void*>(palette->ownData()),
-                        static_cast<void*>(rgb->ownData())})
-        std::free(block);
-    EXPECT_FALSE(hasPixels(*bilevel));
-    EXPECT_FALSE(hasPixels(*palette));
-    EXPECT_FALSE(hasPixels(*rgb));
+    const auto expectOnlyWithBlock = [](auto& image) {
+        EXPECT_TRUE(hasPixels(image));
+        std::free(image.ownData());
+        EXPECT_FALSE(hasPixels(image));
+    };
+    expectOnlyWithBlock(*bilevel);
+    expectOnlyWithBlock(*palette);
+    expectOnlyWithBlock(*rgb);
     EXPECT_FALSE(hasPixels(*Owned<CImg8>(CImg8::create())));
 }

