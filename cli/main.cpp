@@ -15,7 +15,7 @@ namespace {
 /// The word where a command is expected.
 std::string commandWord(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
+        std::string word = argv[i];
         if (word == "--max-memory") ++i;
         else if (word.empty() || word[0] != '-') return word;
     }

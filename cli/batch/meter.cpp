@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace {
@@ -12,7 +13,7 @@ constexpr double kBarSeconds = 0.2, kLineSeconds = 10;
 constexpr int kBarWidth = 24;
 
 std::string clockTime(double seconds) {
-    const auto whole = static_cast<std::uint64_t>(seconds + 0.5);
+    const auto whole = static_cast<std::uint64_t>(std::llround(seconds));
     return whole < 3600 ? fmt::format("{}:{:02}", whole / 60, whole % 60)
                         : fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
 }

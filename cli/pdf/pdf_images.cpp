@@ -25,7 +25,7 @@ bool boolean(QPDFObjectHandle dictionary, const char* key, bool otherwise) {
     return value.isBool() ? value.getBoolValue() : otherwise;
 }
 
-std::uint32_t side(QPDFObjectHandle dictionary, const char* key, long long otherwise) {
+std::uint32_t side(const QPDFObjectHandle& dictionary, const char* key, long long otherwise) {
     const long long value = integer(dictionary, key, otherwise);
     if (value < 0 || value > 0x7FFFFFFF)
         throw Failure(Exit::unsupported, fmt::format("{} of {} is no size", std::string(key + 1), value));

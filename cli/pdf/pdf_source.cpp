@@ -50,7 +50,7 @@ PdfSource::PdfSource(InputFile input) : PageSource(input) {
         unsigned number = 0;
         for (const QPDFPageObjectHelper& page : QPDFPageDocumentHelper(document_).getAllPages()) {
             std::vector<PdfImage> images = imagesOf(page, ++number);
-            std::ranges::move(images, std::back_inserter(images_));
+            std::move(images.begin(), images.end(), std::back_inserter(images_));
         }
     });
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
@@ -53,7 +54,7 @@ void setPalette(const Writer& writer, const ColorMap& map) {
     png_set_PLTE(writer.png, writer.info, colours.data(), count);
 }
 
-png_uint_32 perMetre(double dpi) { return static_cast<png_uint_32>(dpi / 0.0254 + 0.5); }
+png_uint_32 perMetre(double dpi) { return static_cast<png_uint_32>(std::lround(dpi / 0.0254)); }
 
 int colourType(Pixels pixels) {
     return pixels == Pixels::rgb       ? PNG_COLOR_TYPE_RGB
