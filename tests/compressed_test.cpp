@@ -170,9 +170,8 @@ TEST(Compressed, NothingConvertsIntoThisKind) {
 }
 
 TEST(Compressed, ReservedOperationsGiveNull) {
-    const G4Image image = grid(8, 8, 8, 8);
-    EXPECT_EQ(image->ownData(), nullptr);
-    EXPECT_EQ(image->getTileIterator(), nullptr);
+    EXPECT_EQ(grid(8, 8, 8, 8)->ownData(), nullptr);
+    EXPECT_EQ(grid(8, 8, 8, 8)->getTileIterator(), nullptr);
     unsigned char byte = 1;
     EXPECT_EQ(Img1G4Tile(&byte, 1, 1).getData(), nullptr);
 }

@@ -67,17 +67,12 @@ Results transforms(IImg& image, IImg& other) {
     return results;
 }
 
-/// Pixels of a kind; of bits the page's.
+/// Pixels of a kind.
 template <class Image>
 Picture pixelsOf(unsigned seed) {
-    std::mt19937 random(seed);
-    Picture picture(kWidth, kHeight);
-    for (auto& pixel : picture.pixels) pixel = static_cast<std::uint32_t>(random()) & kWhole<Image>;
+    Picture picture = pageOf(seed);
+    for (auto& pixel : picture.pixels) pixel = pixel * 0x01234567 & kWhole<Image>;
     return picture;
-}
-template <>
-Picture pixelsOf<CImg1>(unsigned seed) {
-    return pageOf(seed);
 }
 
 template <class Image>
@@ -91,9 +86,10 @@ Results handleOperationsOf(unsigned seed) {
     return resultsOf(*handleOf<Kind>(pixelsOf<typename Kind::Image>(seed)));
 }
 
-Picture asPicture(const Bytes& bytes) {
-    Picture picture(bytes.size(), 1);
-    std::copy(bytes.begin(), bytes.end(), picture.pixels.begin());
+template <class Numbers>
+Picture asPicture(const Numbers& numbers) {
+    Picture picture(numbers.size(), 1);
+    std::copy(numbers.begin(), numbers.end(), picture.pixels.begin());
     return picture;
 }
 
@@ -157,7 +153,7 @@ TEST(Threads, StripsAndRowsOfTheCodec) {
         const std::int32_t size = create_g4_tiff_strip(image->peekData(), &strip, kWidth, stride, kHeight);
         Bytes words = exchanged(Bytes(strip, strip + size));
         MemFree(0, strip);
-        Results results{asPicture(words)};
+        Results results;
         std::vector<std::int32_t> above{0, kWidth + 1, kWidth + 1, kWidth + 1}, row;
         std::int32_t byte = 0, bit = 1;
         for (std::uint32_t y = 0; y < kHeight; ++y) {
@@ -168,10 +164,8 @@ TEST(Threads, StripsAndRowsOfTheCodec) {
                                     reinterpret_cast<std::uint16_t*>(words.data()), &byte, &bit, nullptr, row.data(),
                                     &count, static_cast<std::int32_t>(words.size()));
             EXPECT_EQ(status, 0);
-            row.resize(static_cast<std::size_t>(count));
-            above = row;
-            results.emplace_back(row.size(), 1);
-            std::copy(row.begin(), row.end(), results.back().pixels.begin());
+            above.assign(row.begin(), row.begin() + count);
+            results.push_back(asPicture(above));
         }
         return results;
     });

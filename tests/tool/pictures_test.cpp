@@ -94,12 +94,11 @@ TEST(Polarity, AForcedGroundChoosesWhatSurvives) {
 }
 
 TEST(Turning, CornersHaveTheGroundsColour) {
-    const std::string turned = sample("drawing_tiled.tif --rotate 30 --fit 300x300 --background ");
-    EXPECT_EQ(rendered(turned + "white").at(0, 0), 255);
-    EXPECT_EQ(rendered(turned + "black").at(0, 0), 0);
-    const std::string bits = sample("drawing_tiled.tif --rotate 30 --rect 100,100,300,200 --background ");
-    EXPECT_EQ(rendered(bits + "white").at(0, 0), 255);
-    EXPECT_EQ(rendered(bits + "black").at(0, 0), 0);
+    for (const std::string part : {"--fit 300x300", "--rect 100,100,300,200"}) {
+        const std::string turned = sample("drawing_tiled.tif --rotate 30 ") + part + " --background ";
+        EXPECT_EQ(rendered(turned + "white").at(0, 0), 255) << part;
+        EXPECT_EQ(rendered(turned + "black").at(0, 0), 0) << part;
+    }
 }
 
 TEST(Formats, HoldTheSamePixels) {

@@ -27,15 +27,6 @@ TEST(Info, TellsWhatThePagesAre) {
     EXPECT_TRUE(contains(tool("info --page 3 " + sample("pages.tif")).output, "828 x 583 pixels, 200 x 200 dpi"));
 }
 
-TEST(Info, DecodesNothing) {
-    const Folder folder;
-    std::string file = readFile(sample("text.tif"));
-    ASSERT_GT(file.size(), 10000u);
-    file.replace(5000, 4000, 4000, '\0');
-    writeFile(folder / "damaged.tif", file);
-    EXPECT_EQ(tool("info " + (folder / "damaged.tif")).code, 0);
-}
-
 TEST(Damage, IsNamedAndTheRestIsDrawn) {
     const Folder folder;
     const std::string damaged = folder / "damaged.tif", picture = folder / "picture.pbm";
@@ -45,6 +36,7 @@ TEST(Damage, IsNamedAndTheRestIsDrawn) {
         if (truncated) file.resize(file.size() / 2);
         else file.replace(12000, 8, 8, '\0');
         writeFile(damaged, file);
+        EXPECT_EQ(tool("info " + damaged).code, 0) << "nothing is decoded";
         const Outcome run = tool("render -f " + damaged + " -o " + picture);
         EXPECT_EQ(run.code, 2);
         const std::string before = "strip 1 of 1, row ";
