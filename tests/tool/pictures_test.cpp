@@ -34,11 +34,6 @@ INSTANTIATE_TEST_SUITE_P(Samples, EveryPage, testing::ValuesIn(kPages), [](const
     return name.substr(0, name.find('.')) + "_" + std::to_string(page.param.number);
 });
 
-/// First source position of cell k of `cells` over `positions`.
-std::uint32_t cellStart(std::uint32_t k, std::uint32_t positions, std::uint32_t cells) {
-    return static_cast<std::uint32_t>((std::uint64_t{k} * positions + cells - 1) / cells);
-}
-
 TEST_P(EveryPage, FullSizeIsWhatLibtiffDecodes) { EXPECT_EQ(rendered(page), reference); }
 
 TEST_P(EveryPage, PartIsCutAtAnyPixel) {
@@ -49,18 +44,6 @@ TEST_P(EveryPage, PartIsCutAtAnyPixel) {
 TEST_P(EveryPage, EnlargementRepeatsPixels) {
     const Raster part = rendered(page + " --rect 65,130,200,100 --size 400x300");
     EXPECT_EQ(part, Raster::made(400, 300, [&](auto x, auto y) { return reference.at(65 + x / 2, 130 + y / 3); }));
-}
-
-TEST_P(EveryPage, InkKeepsEveryForegroundPixel) {
-    const std::uint8_t ground = reference.darkShare() > 0.55 ? 0 : 255;
-    EXPECT_EQ(rendered(page + " --mode ink --size 97x131"), Raster::made(97, 131, [&](auto j, auto k) {
-                  const auto right = cellStart(j + 1, reference.width, 97),
-                             bottom = cellStart(k + 1, reference.height, 131);
-                  for (auto y = cellStart(k, reference.height, 131); y < bottom; ++y)
-                      for (auto x = cellStart(j, reference.width, 97); x < right; ++x)
-                          if (reference.at(x, y) != ground) return static_cast<std::uint8_t>(~ground);
-                  return ground;
-              }));
 }
 
 TEST_P(EveryPage, TurnsAndMirrors) {
