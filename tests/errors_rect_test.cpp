@@ -19,6 +19,7 @@ TEST(ErrorCell, StepsOfTheOperations) {
     const auto bilevel = blank<CImg1>(8, 4), aligned = blank<CImg1>(8, 4, ImgAlignByte), large = blank<CImg1>(9, 4);
     const auto palette = blank<CImg8>(2, 2), wide = blank<CImg8>(3, 1);
     const auto rgb = blank<CImg32>(2, 2), broad = blank<CImg32>(3, 1);
+    const Owned<CImg8> bare(CImg8::create());
     RasOpXfmAttr place{};
     struct Case {
         const char* name;
@@ -56,6 +57,7 @@ TEST(ErrorCell, StepsOfTheOperations) {
         {"palette copy", [&] { Owned<>(palette->doRasOp(RasOpCopy, place, *palette)); }, failed},
         {"palette filled", [&] { wide->doRasOpInPlace(RasOpFill, false, 0, 1); }, {2, ImgErrNone}},
         {"palette others filled", [&] { wide->doRasOpInPlace(RasOpFill, true, 0, 1); }, {2, ImgErrNone}},
+        {"a bare palette image filled", [&] { bare->doRasOpInPlace(RasOpFill, true, 0, 1); }, twice},
         {"pixels combined", [&] { broad->doRasOpInPlace(RasOpCopy, place, *rgb); }, twice},
         {"RGB filled", [&] { rgb->doRasOpInPlace(RasOpFill, false, 0, 1); }, {2, ImgErrNone}},
         {"bits cut", [&] { Owned<>(bilevel->getSubImage(ImgRect(1, 1, 2, 2))); }, good},

@@ -175,6 +175,8 @@ TYPED_TEST(HandleRasOp2, PastesAtAPosition) {
     EXPECT_EQ(pasted(part, {24, 4, 24, 5, 39, 5, 40, 4}, whole), kNone);
     EXPECT_EQ(pasted(part, {24, 4, 24, 5, 39, 6, 39, 4}, whole), kNone);
     EXPECT_EQ(pasted(part, {24, 4, 24, 5, 99, 5, 39, 99}, whole), expected);
+    for (const Corners& small : {Corners{30, 4, 30, 5, 39, 5, 39, 4}, {24, 5, 24, 5, 39, 5, 39, 5}})
+        EXPECT_EQ(pasted(part, small, whole), kNone) << "a place smaller than what is pasted";
     const Handle source = handleOf<TypeParam>(part), destination = handleOf<TypeParam>(whole);
     ImgSetDstRect(source.get(), at(24, 4).data());
     ImgRasOp2Desc desc = combineDesc(ImgRasCopy);

@@ -17,7 +17,7 @@ TYPED_TEST(HandleTransforms, AreThoseOfTheClasses) {
         const auto image = imageOf<Image>(picture, ImgAlignByte);
         image->setBackgroundColor(0);
         const Handle handle = handleOf<TypeParam>(picture);
-        for (double degrees : {90., 180., 270., 360., 33.5, 200., -20., 450., 1000., 3.6e14 + 90})
+        for (double degrees : {90., 180., 270., 360., 33.5, 200., -20., -450., 450., 1000., 3.6e14 + 90})
             EXPECT_EQ(pictureOf(Handle(handle->rotate(handle.get(), degrees))), result<Image>(image->rotate(degrees)))
                 << degrees << ' ' << w;
         for (auto [flag, direction] : {std::pair(1, ImgMirX), {2, ImgMirY}})
@@ -75,16 +75,19 @@ TYPED_TEST(HandleTransforms, ResultsAreLikeTheirSource) {
 
 TYPED_TEST(HandleTransforms, RenderAsTheHeaderSays) {
     const Picture picture = randomPixels<TypeParam>(21, 13);
-    const Handle handle = handleOf<TypeParam>(picture);
-    ImgSetMirFlag(handle.get(), 2);
-    ImgSetRotation(handle.get(), 90);
+    const Handle handle = handleOf<TypeParam>(picture), plain = handleOf<TypeParam>(picture);
     const std::int32_t size[8] = {100, 100, 100, 105, 104, 105, 104, 100};
     ImgSetDstRect(handle.get(), size);
-    const Handle mirrored(handle->mirror(handle.get(), 2)), turned(mirrored->rotate(mirrored.get(), 90));
-    const Handle wanted(turned->render(turned.get(), 5, 6, nullptr, 0, 0, 8));
-    EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 0, 0, nullptr, 0, 0, 8))), pictureOf(wanted));
-    EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 21, 13, mirrored->header, 0, 0, 8))), picture)
-        << "another's header";
+    for (auto [mirror, degrees] : {std::pair(2, 90), {0, 90}, {2, 0}}) {
+        ImgSetRotation(ImgSetMirFlag(handle.get(), mirror), degrees);
+        const Handle mirrored(mirror ? plain->mirror(plain.get(), mirror) : plain->clone(plain.get())),
+            turned(mirrored->rotate(mirrored.get(), degrees));
+        EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 0, 0, nullptr, 0, 0, 8))),
+                  pictureOf(Handle(turned->render(turned.get(), 5, 6, nullptr, 0, 0, 8))))
+            << mirror << ' ' << degrees;
+        EXPECT_EQ(pictureOf(Handle(handle->render(handle.get(), 21, 13, plain->header, 0, 0, 8))), picture)
+            << "another's header";
+    }
     const std::int32_t endless[8] = {INT32_MIN, INT32_MIN, 0, 0, INT32_MAX, INT32_MAX, 0, 0};
     ImgSetDstRect(handle.get(), endless);
     for (auto [w, h] : {std::pair(0, 1), {1, 0}})

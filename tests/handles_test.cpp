@@ -175,6 +175,11 @@ TYPED_TEST(EveryHandle, RefusesWhatCannotBe) {
     }
     image->render = nullptr;
     EXPECT_EQ(image->rasOp2(i, &scaling, i), nullptr) << "nothing scales it";
+    auto& quad = static_cast<ImgQuads*>(image->header)->srcQuad;
+    quad.y0 = INT32_MIN, quad.y2 = INT32_MAX;
+    if (pixelBytes(*image) >= 3 && TypeParam::type != ImgTypeBilevel) {
+        EXPECT_EQ(i->rasOp1(i, &fill, 0), nullptr) << "of 2^32 rows";
+    }
 }
 
 TYPED_TEST(EveryHandle, StoresParameters) {
