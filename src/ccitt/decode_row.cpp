@@ -75,7 +75,7 @@ std::int32_t whiteLine(std::int32_t* line, std::int32_t width) {
     line[0] = 0;
     std::fill_n(line + 1, kLineRepeats + 2, width + 1);
     line[kLineIrregular] = 0;
-    return 4;
+    return kWhiteCount;
 }
 
 }  // namespace tilepress::g4

@@ -44,10 +44,13 @@ RowStatus decodeRow(const CodedData& in, std::int64_t& bit, RowList reference, s
 RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
                      std::int32_t* coding, std::int32_t& codingCount, Decoding how = Decoding::classic);
 
+/// Elements of the all-white row.
+inline constexpr std::int32_t kWhiteCount = 4;
+
 /// Whether a line that follows a white one is white too by a single code.
 inline bool staysWhite(const CodedData& in, std::int64_t bit, RowList reference) {
-    return reference.count == 4 && reference.elements[kLineIrregular] == 0 && bit >= 0 && bit >> 3 < in.length &&
-           (in.bytes[bit >> 3] << (bit & 7) & 0x80) != 0;
+    return reference.count == kWhiteCount && reference.elements[kLineIrregular] == 0 && bit >= 0 &&
+           bit >> 3 < in.length && (in.bytes[bit >> 3] << (bit & 7) & 0x80) != 0;
 }
 
 /// Makes a line the all-white row; the result is its count.

@@ -65,23 +65,44 @@ public:
     /// Whether the sums must be folded away after so many rows, before they could overflow.
     bool mustFold(std::uint32_t rows) const { return rows % foldEvery_ == 0; }
 
-    /// Adds the counts to `counts`, one a cell, and starts anew; the result is their total.
-    std::uint64_t fold(ImgULong* counts) {
+    /// As many cells without a black pixel are handed over at once.
+    static constexpr std::uint32_t kGroup = 8;
+
+    /// Hands the counts over and starts anew: onCell(cell, width, count), or onWhite(cell) for kGroup cells from that
+    /// one on.
+    template <class OnCell, class OnWhite>
+    void take(OnCell onCell, OnWhite onWhite) {
         const std::uint32_t* const widths = widths_.get();
         std::uint64_t* const sums = sums_.get();
-        std::uint64_t total = 0;
         std::uint32_t covering = 0;
-        for (std::uint32_t cell = 0; cell < cells_; ++cell) {
-            const std::uint64_t sum = sums[cell];
-            sums[cell] = 0;
-            const auto own = static_cast<std::uint32_t>(sum);
-            // The low half is signed: below zero it has borrowed one from the high half.
-            const std::uint32_t count = own + covering * widths[cell];
-            covering += static_cast<std::uint32_t>(sum >> 32) + (own >> 31);
-            counts[cell] += count;
-            total += count;
+        for (std::uint32_t cell = 0; cell < cells_;) {
+            const std::uint32_t end = std::min(cell + kGroup, cells_);
+            if (covering == 0 && end == cell + kGroup && isZero(sums + cell)) {
+                onWhite(cell);
+                cell = end;
+                continue;
+            }
+            for (; cell < end; ++cell) {
+                const std::uint64_t sum = sums[cell];
+                sums[cell] = 0;
+                const auto own = static_cast<std::uint32_t>(sum);
+                // The low half is signed: below zero it has borrowed one from the high half.
+                onCell(cell, widths[cell], own + covering * widths[cell]);
+                covering += static_cast<std::uint32_t>(sum >> 32) + (own >> 31);
+            }
         }
         sums[cells_] = 0;
+    }
+
+    /// Adds the counts to `counts`, one a cell, and starts anew; the result is their total.
+    std::uint64_t fold(ImgULong* counts) {
+        std::uint64_t total = 0;
+        take(
+            [&total, counts](std::uint32_t cell, std::uint32_t, std::uint32_t count) {
+                counts[cell] += count;
+                total += count;
+            },
+            [](std::uint32_t) {});
         return total;
     }
 
@@ -89,6 +110,12 @@ public:
 
 private:
     static constexpr std::uint64_t kCovers = std::uint64_t{1} << 32;
+
+    static bool isZero(const std::uint64_t* sums) {
+        std::uint64_t any = 0;
+        for (std::uint32_t k = 0; k < kGroup; ++k) any |= sums[k];
+        return any == 0;
+    }
 
     Heap<CellEdge> edges_;
     Heap<std::uint32_t> widths_;

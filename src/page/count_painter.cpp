@@ -3,6 +3,7 @@
 #include "kernels/bit_rows.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tilepress {
 namespace {
@@ -51,12 +52,15 @@ bool CountPainter::prepare() {
     const std::uint32_t across = plan_.cellsAcross(), down = plan_.bands();
     const auto fill = plan_.format == TP_BITS ? fillHalfMap : plan_.mode == TP_COVERAGE ? fillCoverageMap : fillGreyMap;
     const bool large = largestCell(plan_) > kMostInMaps;
-    return cells_.prepare(plan_.rect.width, across) && counts_.reserve(across) && tones_.reserve(across) &&
+    // A cell of fewer levels is neither so wide nor so high that its sums could overflow.
+    hasMaps_ = largestCell(plan_) + 1 < kStaircaseLevels;
+    return cells_.prepare(plan_.rect.width, across) && (hasMaps_ || counts_.reserve(across)) &&
+           tones_.reserve(across) &&
            (large ? totals_.reserve(across) : maps_.prepare(plan_.rect.width, plan_.rect.height, across, down, fill)) &&
            (across == plan_.width || (wide_.reserve(plan_.width) && widener_.prepare()));
 }
 
-void CountPainter::add(const g4::TileRow& row) {
+void CountPainter::addRuns(const g4::TileRow& row) {
     runsWithin(
         row, 2, {plan_.rect.left, plan_.rect.width},
         [this](const std::int32_t* list, std::int32_t count, std::ptrdiff_t offset) {
@@ -76,26 +80,36 @@ void CountPainter::fold() {
 }
 
 template <bool kWhiteInk>
-void CountPainter::toneRow(std::uint32_t height) {
-    const std::uint32_t low = plan_.rect.width / plan_.cellsAcross();
-    const unsigned char *const narrow = totals_ ? nullptr : maps_.of(height, low), *const wide =
-                                                                                       totals_
-                                                                                           ? nullptr
-                                                                                           : maps_.of(height, low + 1);
-    for (std::uint32_t x = 0; x < plan_.cellsAcross(); ++x) {
+void CountPainter::toneFolded(std::uint32_t height) {
+    fold();
+    const std::uint32_t across = plan_.cellsAcross();
+    for (std::uint32_t x = 0; x < across; ++x) {
         const std::uint64_t area = std::uint64_t{height} * cells_.width(x), black = totals_ ? totals_[x] : counts_[x];
         const std::uint64_t ink = kWhiteInk ? area - black : black;
-        const unsigned char* const map = cells_.width(x) == low ? narrow : wide;
+        const unsigned char* const map = maps_.of(height, cells_.width(x));
         tones_[x] = map ? map[ink] : toneOf(plan_, area, ink);
     }
+    std::fill_n(counts_.get(), across, 0);
+    if (totals_) std::fill_n(totals_.get(), across, 0);
+}
+
+template <bool kWhiteInk>
+void CountPainter::toneRow(std::uint32_t height) {
+    if (!hasMaps_) return toneFolded<kWhiteInk>(height);
+    const std::uint32_t low = plan_.rect.width / plan_.cellsAcross();
+    const unsigned char *const narrow = maps_.of(height, low), *const wide = maps_.of(height, low + 1);
+    unsigned char* const tones = tones_.get();
+    cells_.take(
+        [=](std::uint32_t x, std::uint32_t width, std::uint32_t black) {
+            const unsigned char* const map = width == low ? narrow : wide;
+            tones[x] = map[kWhiteInk ? height * width - black : black];
+        },
+        [=](std::uint32_t x) { std::memset(tones + x, kWhiteInk ? 0 : 255, CellCounter::kGroup); });
 }
 
 void CountPainter::endBand(std::uint32_t height, std::uint32_t copies) {
-    fold();
     if (plan_.blackPaper) toneRow<true>(height);
     else toneRow<false>(height);
-    std::fill_n(counts_.get(), plan_.cellsAcross(), 0);
-    if (totals_) std::fill_n(totals_.get(), plan_.cellsAcross(), 0);
 
     unsigned char* row = tones_.get();
     if (plan_.invert) complement(row, plan_.cellsAcross());

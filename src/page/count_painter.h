@@ -22,14 +22,19 @@ public:
     static std::uint64_t memory(const ViewPlan& plan);
     bool prepare();
     /// A row of a tile, from the left; every row of a band, then its end.
-    void add(const g4::TileRow& row);
+    void add(const g4::TileRow& row) {
+        if (row.count > g4::kWhiteCount) addRuns(row);
+    }
     void endRow(std::uint32_t rowOfBand) {
-        if (cells_.mustFold(rowOfBand + 1)) fold();
+        if (!hasMaps_ && cells_.mustFold(rowOfBand + 1)) fold();
     }
     void endBand(std::uint32_t height, std::uint32_t copies);
 
 private:
+    void addRuns(const g4::TileRow& row);
     void fold();
+    template <bool kWhiteInk>
+    void toneFolded(std::uint32_t height);
     template <bool kWhiteInk>
     void toneRow(std::uint32_t height);
 
@@ -38,8 +43,10 @@ private:
     CellCounter cells_;
     GreyMaps maps_;
     PixelWidener<unsigned char> widener_;
+    bool hasMaps_ = false;  ///< of every cell; then sums need not be folded before a band's end
+    // Of other cells:
     Heap<ImgULong> counts_;
-    Heap<std::uint64_t> totals_;  ///< of cells of more pixels than 32 bits count
+    Heap<std::uint64_t> totals_;  ///< where they have more pixels than 32 bits count
     Heap<unsigned char> tones_, wide_;
 };
 

@@ -57,7 +57,7 @@ inline std::int32_t insideCount(const TileRow& row, std::int64_t offset, const C
 /// and nothing outside the clip does, whatever the list holds.
 template <class OnList, class OnRun>
 inline void clippedRuns(const TileRow& row, const Clip& clip, OnList onList, OnRun onRun) {
-    if (row.count <= 4 && !clip.white) return;  // a white row
+    if (row.count <= kWhiteCount && !clip.white) return;
     const std::int64_t offset = std::int64_t{row.left} - 1 - clip.start;
     const std::int32_t inside = insideCount(row, offset, clip);
     std::int32_t k = firstRun(row.list, clip);

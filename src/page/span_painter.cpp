@@ -40,7 +40,7 @@ void SpanPainter::paint(const g4::TileRow& row, Onto onto) {
         });
 }
 
-void SpanPainter::add(const g4::TileRow& row) {
+void SpanPainter::addRuns(const g4::TileRow& row) {
     const ImgULong* const columns = columns_.get();
     if (!columns) {
         paint(row, [](std::size_t from, std::size_t to, auto put) { put(from, to); });

@@ -22,11 +22,14 @@ public:
     /// Whether a row of a band is looked at; every one of them, or the first.
     bool wants(std::uint32_t rowOfBand) const { return merges_ || rowOfBand == 0; }
     /// A row of a tile, from the left; after a row's tiles its end, and after a band's rows the band's.
-    void add(const g4::TileRow& row);
+    void add(const g4::TileRow& row) {
+        if (paintsWhite_ || row.count > g4::kWhiteCount) addRuns(row);
+    }
     void endRow() { painted_.orInto(bits_.get(), packedBytes(plan_.width)); }
     void endBand(std::uint32_t copies);
 
 private:
+    void addRuns(const g4::TileRow& row);
     template <class Onto>
     void paint(const g4::TileRow& row, Onto onto);
 

@@ -3,6 +3,7 @@
 #include "peer/tiff_pages.h"
 #include "tilepress/CImg8.h"
 #include "tilepress/ccitt.h"
+#include "tilepress/page.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -60,8 +61,26 @@ OPERATION(palette_enlarge_2)(IImg& page) { return scaled(page, 2, 1) != nullptr;
 OPERATION(rgb_turn)(IImg& page) { return Result(page.rotate(90)) != nullptr; }
 OPERATION(rgb_reduce_4)(IImg& page) { return scaled(page, 0.25, 32) != nullptr; }
 OPERATION(rgb_dither)(IImg& page) { return Result(CImg1::create(page, 0xFFFFFF, 0, ImgAlignNone)) != nullptr; }
+/// What a call costs whatever it draws, a hundred times.
+OPERATION(page_hundred_calls)(const tp_page* page) {
+    unsigned char pixels[64];
+    const tp_view view{sizeof view, 0, 0, 8, 8, 8, 8, TP_GREY, TP_GREY8, 1, 0, 0, 0, pixels, 8};
+    for (int k = 0; k < 100; ++k)
+        if (tp_page_render(page, &view, 1, nullptr) != TP_OK) return false;
+    return true;
+}
 
 namespace {
+
+bool pageOperations() {
+    const Bytes rows(440, 0xFF);  // white ones, a bit each
+    const tp_coded strip{rows.data(), rows.size()};
+    const tp_page_info info{sizeof info, 2480, 3508, 0, 0, 0, 0, 0, {}};
+    tp_page* page = nullptr;
+    const bool done = tp_page_open(&info, &strip, 1, &page) == TP_OK && operation_page_hundred_calls(page);
+    tp_page_release(page);
+    return done;
+}
 
 std::unique_ptr<CImg1> bitmapFor(const CImg1G4& page) {
     return std::unique_ptr<CImg1>(CImg1::create(page.getWidth(), page.getHeight(), 0xFFFFFF, 0, ImgAlignNone));
@@ -95,6 +114,7 @@ bool uncompressedOperations(CImg1& text) {
 
 int main() {
     const auto text = bitmapFor(*open("text.tif"));
-    if (!codedOperations(*text) || !uncompressedOperations(*text)) fail("an operation gave nothing");
+    if (!codedOperations(*text) || !uncompressedOperations(*text) || !pageOperations())
+        fail("an operation gave nothing");
     return 0;
 }
