@@ -6,7 +6,6 @@
 #include "support/pages.h"
 #include "tilepress/ccitt.h"
 
-#include <array>
 #include <atomic>
 #include <barrier>
 #include <functional>
@@ -21,20 +20,20 @@ constexpr std::uint32_t kWidth = 150, kHeight = 90;
 
 using Results = std::vector<Picture>;
 
-/// Runs the operations of four seeds one after another, and then at once and more than once.
-void expectTheSameInThreads(const std::function<Results(unsigned seed)>& operations) {
-    std::array<Results, kThreads> alone;
-    for (unsigned seed = 0; seed < kThreads; ++seed) alone[seed] = operations(seed);
-    std::array<std::vector<Results>, kThreads> together;
-    std::barrier start(kThreads);
+/// Runs the operations of as many seeds one after another, and then at once and more than once.
+void expectTheSameInThreads(const std::function<Results(unsigned seed)>& operations, unsigned count = kThreads) {
+    std::vector<Results> alone;
+    for (unsigned seed = 0; seed < count; ++seed) alone.push_back(operations(seed));
+    std::vector<std::vector<Results>> together(count);
+    std::barrier start(count);
     std::vector<std::thread> threads;
-    for (unsigned seed = 0; seed < kThreads; ++seed)
+    for (unsigned seed = 0; seed < count; ++seed)
         threads.emplace_back([&, seed] {
             start.arrive_and_wait();
             for (unsigned round = 0; round < kRounds; ++round) together[seed].push_back(operations(seed));
         });
     for (std::thread& thread : threads) thread.join();
-    for (unsigned seed = 0; seed < kThreads; ++seed)
+    for (unsigned seed = 0; seed < count; ++seed)
         for (const Results& results : together[seed]) EXPECT_EQ(results, alone[seed]) << "thread " << seed;
 }
 
@@ -183,18 +182,20 @@ TEST(Threads, OnePageForAllThatAnyOfThemLaysOutAnew) {
     const Page alone = source.open(), shared = source.open();
     const std::uint64_t memory = tp_page_memory(shared.get());
     std::atomic<unsigned> runs{0};
-    expectTheSameInThreads([&](unsigned seed) {
-        const Page own(tp_page_retain(runs++ < kThreads ? alone.get() : shared.get()));
+    constexpr unsigned kAtOnce = 8;
+    const auto draw = [&](unsigned seed) {
+        const Page own(tp_page_retain(runs++ < kAtOnce ? alone.get() : shared.get()));
         tp_page_prepare(own.get(), nullptr);
         EXPECT_EQ(tp_page_verify(own.get(), nullptr), TP_OK);
         Results results;
         for (const std::uint32_t mode : {TP_GREY, TP_COVERAGE, TP_INK, TP_NEAREST}) {
-            tp_view view = viewOf(5 * seed, 200 * seed, 1000, 300, 400, 130, mode, TP_GREY8);
+            tp_view view = viewOf(5 * seed, 80 * seed, 1000, 300, 400, 130, mode, TP_GREY8);
             Canvas canvas(view, 0, false);
             EXPECT_EQ(tp_page_render(own.get(), &view, 1, nullptr), TP_OK);
             results.push_back(asPicture(canvas.pixels()));
         }
         return results;
-    });
+    };
+    expectTheSameInThreads(draw, kAtOnce);
     EXPECT_GT(tp_page_memory(shared.get()), memory);
 }
