@@ -1,6 +1,5 @@
 #include "ccitt/decode_row.h"
 
-#include "ccitt/exact_row.h"
 #include "ccitt/fast_row.h"
 
 #include <algorithm>

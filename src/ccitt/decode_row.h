@@ -44,6 +44,19 @@ RowStatus decodeRow(const CodedData& in, std::int64_t& bit, RowList reference, s
 RowStatus decodeLine(const CodedData& in, std::int64_t& bit, RowList reference, std::int32_t width,
                      std::int32_t* coding, std::int32_t& codingCount, Decoding how = Decoding::classic);
 
+/// What a row is decoded from and into.
+struct CodedRow {
+    const CodedData& in;
+    std::int64_t& bit;  ///< where its codes begin; behind them when it is decoded
+    RowList reference;
+    std::int32_t width;
+    std::int32_t* coding;
+    std::int32_t& count;  ///< of the elements, when it is decoded
+};
+
+/// The exact decoder (exact_row.cpp): it defines what every stream gives, however damaged.
+RowStatus decodeExact(const CodedRow& row, Decoding how);
+
 /// Elements of the all-white row.
 inline constexpr std::int32_t kWhiteCount = 4;
 

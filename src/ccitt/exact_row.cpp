@@ -1,4 +1,4 @@
-#include "ccitt/exact_row.h"
+#include "ccitt/decode_row.h"
 
 #include "ccitt/decode_tables.h"
 

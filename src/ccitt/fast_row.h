@@ -9,8 +9,8 @@
 // reference repeats width + 1, which ends every search.
 
 #include "ccitt/bit_reader.h"
+#include "ccitt/decode_row.h"
 #include "ccitt/decode_tables.h"
-#include "ccitt/exact_row.h"
 #include "ccitt/padded_line.h"
 #include "kernels/vectors.h"
 

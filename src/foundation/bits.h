@@ -104,14 +104,4 @@ inline void fillSpan(std::uint64_t* words, std::size_t from, std::size_t to) {
     words[last] |= tail;
 }
 
-/// ORs the first `bytes` bytes of a work row into packed bytes.
-inline void orWords(unsigned char* dst, const std::uint64_t* words, std::size_t bytes) {
-    std::size_t k = 0;
-    for (; k + 8 <= bytes; k += 8) {
-        const std::uint64_t v = words[k / 8];
-        if (v) storeWord(dst + k, loadWord(dst + k) | v);
-    }
-    if (k < bytes) storePartialWord(dst + k, loadPartialWord(dst + k, bytes - k) | words[k / 8], bytes - k);
-}
-
 }  // namespace tilepress

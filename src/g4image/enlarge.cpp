@@ -1,11 +1,7 @@
 #include "g4image/scale_info.h"
 
 #include "kernels/mark_tables.h"
-#include "kernels/recipes.h"
 #include "model/image_kinds.h"
-#include "model/temporary.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg32.h"
 #include "tilepress/ccitt.h"
 
 #include <cstring>
@@ -23,15 +19,10 @@ IImg* CImg1G4::scale(const ImgRect& r, ImgULong newWidth, ImgULong newHeight, Im
     else if (same) result = CImg1::create(*this, 0xFFFFFF, 0xFF000000, ImgAlignNone);
     else
         result = resized(
-            r.getWidth(), r.getHeight(), newWidth, newHeight,
-            [&](ImgULong width, ImgULong height) { return Enlarge(width, height, r); },
+            r, newWidth, newHeight, attr, [&](ImgULong width, ImgULong height) { return Enlarge(width, height, r); },
             [&]() -> IImg* {
                 if (attr.depth == 32) return Reduce_greyscale(newWidth, newHeight, r);
                 return Reduce_bkg(newWidth, newHeight, r);
-            },
-            [&](ImgULong width, ImgULong height) {
-                const Temporary<CImg1> grown(Enlarge(width, height, r));
-                return grown ? grown->scale(grown->getRect(), newWidth, newHeight, attr) : nullptr;
             });
     CCITT_DisableG4Decode();
     return result;

@@ -5,8 +5,6 @@
 #include "kernels/cell_counter.h"
 #include "kernels/grey_maps.h"
 #include "model/image_kinds.h"
-#include "model/temporary.h"
-#include "tilepress/CImg32.h"
 
 #include <algorithm>
 

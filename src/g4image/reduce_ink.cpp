@@ -9,8 +9,6 @@
 #include "kernels/vectors.h"
 #include "kernels/white_cells.h"
 #include "model/image_kinds.h"
-#include "model/temporary.h"
-#include "tilepress/CImg1.h"
 #include "tilepress/ccitt.h"
 
 #include <algorithm>

@@ -1,10 +1,8 @@
-#include "tilepress/CImg1.h"
 #include "tilepress/CImg1G4.h"
 
 #include "foundation/refuse.h"
 #include "kernels/mirror_turn.h"
 #include "model/image_kinds.h"
-#include "model/temporary.h"
 
 #include <cmath>
 

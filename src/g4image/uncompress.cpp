@@ -1,7 +1,6 @@
 #include "g4image/scale_info.h"
 
 #include "model/image_kinds.h"
-#include "tilepress/CImg1.h"
 #include "tilepress/ccitt.h"
 
 using namespace tilepress;

@@ -3,6 +3,8 @@
 #include "foundation/colour_entries.h"
 #include "foundation/heap.h"
 #include "handles/operations.h"
+#include "kernels/dither.h"
+#include "kernels/expand_bits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,7 +16,7 @@ namespace {
 bool isSet(const unsigned char* row, std::size_t x) { return row[x / 8] >> (7 - x % 8) & 1; }
 
 /// Darker than the middle of the scale.
-bool isDarkColour(const Rgb24& c) { return 77u * c.bytes[0] + 150u * c.bytes[1] + 29u * c.bytes[2] < 128u * 256u; }
+bool isDarkColour(const Rgb24& c) { return luminance(c.bytes[0], c.bytes[1], c.bytes[2]) < 128u * 256u; }
 
 // --- a row's colours ---------------------------------------------------------------------
 
@@ -86,11 +88,8 @@ ImgHandle* toPalette(const ImgHandle& source) {
     if (!result) return nullptr;
     ColorMapEntry* const greys = headerOf<Palette8>(*result).colorTable->entries;
     for (std::int32_t i = 0; i < 256; ++i) greys[i] = {i, i, i};
-    for (std::uint32_t y = 0; y < heightOf(source); ++y) {
-        const unsigned char* const bits = areaOf<Bilevel>(source).rows[y];
-        unsigned char* const row = Palette8::rows(*result)[y];
-        for (std::size_t x = 0; x < widthOf(source); ++x) row[x] = static_cast<unsigned char>(isSet(bits, x) ? 0 : 255);
-    }
+    const BitArea bits = areaOf<Bilevel>(source);
+    for (std::uint32_t y = 0; y < bits.height; ++y) expandRow(Palette8::rows(*result)[y], bits.rows[y], bits.width);
     return result.release();
 }
 

@@ -20,14 +20,9 @@ struct Rgb24 {
 };
 
 /// Extents in pixels, of any corners.
-inline std::int64_t quadWidth(const ImgQuad& quad) {
-    const std::int64_t d = std::int64_t{quad.x2} - quad.x0;
-    return (d < 0 ? -d : d) + 1;
-}
-inline std::int64_t quadHeight(const ImgQuad& quad) {
-    const std::int64_t d = std::int64_t{quad.y2} - quad.y0;
-    return (d < 0 ? -d : d) + 1;
-}
+inline std::int64_t extent(std::int64_t from, std::int64_t to) { return (to < from ? from - to : to - from) + 1; }
+inline std::int64_t quadWidth(const ImgQuad& quad) { return extent(quad.x0, quad.x2); }
+inline std::int64_t quadHeight(const ImgQuad& quad) { return extent(quad.y0, quad.y2); }
 
 inline const ImgQuads& quadsOf(const ImgHandle& image) { return *static_cast<const ImgQuads*>(image.header); }
 inline std::uint32_t widthOf(const ImgHandle& image) {

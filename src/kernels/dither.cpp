@@ -27,7 +27,7 @@ static constexpr unsigned char kToneCurve[256] = {
 static_assert(kToneCurve[20] == 0 && kToneCurve[21] == 1 && kToneCurve[128] == 127 && kToneCurve[240] == 255);
 
 unsigned char toneOf(unsigned red, unsigned green, unsigned blue) {
-    return kToneCurve[(77 * red + 150 * green + 29 * blue) >> 8];
+    return kToneCurve[luminance(red, green, blue) >> 8];
 }
 
 void loadTones(unsigned char* tones, const unsigned char* row, const unsigned char (&toneOfPixel)[256],

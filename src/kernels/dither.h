@@ -13,6 +13,9 @@
 
 namespace tilepress {
 
+/// Luminance in 256ths of the components' scale.
+inline unsigned luminance(unsigned red, unsigned green, unsigned blue) { return 77 * red + 150 * green + 29 * blue; }
+
 /// Tone of a colour whose components run from 0 to 255: its luminance on a curve that stretches contrast.
 unsigned char toneOf(unsigned red, unsigned green, unsigned blue);
 

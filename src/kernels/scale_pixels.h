@@ -31,26 +31,16 @@ bool enlargePixels(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
     return true;
 }
 
-/// Fills `to` with the first pixels of the cells of `from`. False when memory runs out.
-template <class Pixel>
-bool reducePixels(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from) {
-    Heap<ImgULong> starts;
-    if (!markTable(starts, from.width, to.width)) return false;
-    forEachMark(from.height, to.height, [&](std::uint32_t first, std::uint32_t, std::uint32_t band) {
-        pickPixels(to[band], from[first], starts.get(), to.width);
-    });
-    return true;
-}
-
-/// The same with the cells' first pixels that differ from the background, where there are any.
-template <class Pixel>
-bool reducePixels(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from, ImgULong background) {
+/// Fills `to` with the first pixels of the cells of `from`; with a background, with their first pixels that differ from
+/// it, where there are any. False when memory runs out.
+template <class Pixel, class... Background>
+bool reducePixels(const PixelArea<Pixel>& to, const PixelArea<Pixel>& from, Background... background) {
     Heap<ImgULong> starts;
     if (!markTable(starts, from.width, to.width)) return false;
     forEachMark(from.height, to.height, [&](std::uint32_t first, std::uint32_t count, std::uint32_t band) {
         pickPixels(to[band], from[first], starts.get(), to.width);
-        for (std::uint32_t y = 0; y < count; ++y)
-            pickOthers(to[band], from[first + y], starts.get(), to.width, background);
+        for (std::uint32_t y = 0; sizeof...(background) != 0 && y < count; ++y)
+            (pickOthers(to[band], from[first + y], starts.get(), to.width, background), ...);
     });
     return true;
 }

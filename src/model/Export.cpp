@@ -5,7 +5,6 @@
 #include "kernels/dither.h"
 #include "kernels/expand_bits.h"
 #include "model/image_kinds.h"
-#include "model/row_storage.h"
 #include "tilepress/CImg1G4.h"
 
 #include <algorithm>
@@ -41,17 +40,16 @@ static bool convert(CImg1& to, const CImg1& from) {
 
 static bool convert(CImg8& to, const CImg1& from) {
     if (!sameSize(to, from)) return false;
-    const std::size_t width = from.getWidth(), height = from.getHeight(), stride = from.getBytesPerLine();
-    for (std::size_t y = 0; y < height; ++y) expandRow(to.peekDataArray()[y], from.peekData() + y * stride, width);
+    const BitArea bits = areaOf(from);
+    for (std::size_t y = 0; y < bits.height; ++y) expandRow(to.peekDataArray()[y], bits.rows[y], bits.width);
     return true;
 }
 
 static bool convert(CImg32& to, const CImg1& from) {
     if (!sameSize(to, from)) return false;
     const Quads quads(from.getBackgroundInterpretation(), from.getForegroundInterpretation());
-    const std::size_t width = from.getWidth(), height = from.getHeight(), stride = from.getBytesPerLine();
-    for (std::size_t y = 0; y < height; ++y)
-        expandRow(to.peekDataArray()[y], from.peekData() + y * stride, width, quads);
+    const BitArea bits = areaOf(from);
+    for (std::size_t y = 0; y < bits.height; ++y) expandRow(to.peekDataArray()[y], bits.rows[y], bits.width, quads);
     return true;
 }
 

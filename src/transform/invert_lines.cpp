@@ -2,7 +2,6 @@
 
 #include "kernels/bit_rows.h"
 #include "model/image_kinds.h"
-#include "tilepress/CImg1.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -3,9 +3,6 @@
 #include "foundation/refuse.h"
 #include "kernels/paste_rows.h"
 #include "model/image_kinds.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/CImg8.h"
 
 #include <algorithm>
 #include <cstring>

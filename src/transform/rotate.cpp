@@ -3,8 +3,7 @@
 
 #include "foundation/refuse.h"
 #include "kernels/recipes.h"
-#include "model/image_areas.h"
-#include "model/temporary.h"
+#include "model/image_kinds.h"
 
 #include <algorithm>
 #include <cmath>

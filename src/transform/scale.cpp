@@ -1,11 +1,6 @@
 // What a scaling request is, and which worker answers it.
 
-#include "kernels/recipes.h"
 #include "model/image_kinds.h"
-#include "model/temporary.h"
-#include "tilepress/CImg1.h"
-#include "tilepress/CImg32.h"
-#include "tilepress/CImg8.h"
 
 #include <cmath>
 
@@ -29,25 +24,24 @@ IImg* CImg::scale(const ImgRect& source, const ImgRect& destination, ImgScaleAtt
     return scale(source, destination.getWidth(), destination.getHeight(), attr);
 }
 
+namespace tilepress {
 namespace {
 
 /// The request's result from the kind's own same(), enlarge(width, height) and reduce().
-template <class Image, class Same, class Enlarge, class Reduce>
-IImg* dispatch(const Image&, const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr, Same same,
-               Enlarge enlarge, Reduce reduce) {
+template <class Same, class Enlarge, class Reduce>
+IImg* answer(const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr, Same same, Enlarge enlarge,
+             Reduce reduce) {
     if (width == 0 || height == 0) return nullptr;
     if (width == src.getWidth() && height == src.getHeight()) return same();
-    return resized(src.getWidth(), src.getHeight(), width, height, enlarge, reduce, [&](ImgULong w, ImgULong h) {
-        const Temporary<Image> grown(enlarge(w, h));
-        return grown ? grown->scale(grown->getRect(), width, height, attr) : nullptr;
-    });
+    return resized(src, width, height, attr, enlarge, reduce);
 }
 
 }  // namespace
+}  // namespace tilepress
 
 IImg* CImg1::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr) {
-    return dispatch(
-        *this, src, width, height, attr,
+    return answer(
+        src, width, height, attr,
         [&]() -> IImg* {
             CImg1* const copy = static_cast<CImg1*>(getSubImage(src));
             if (!copy) return nullptr;
@@ -63,15 +57,15 @@ IImg* CImg1::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScale
 }
 
 IImg* CImg8::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr) {
-    return dispatch(
-        *this, src, width, height, attr, [&] { return getSubImage(src); },
+    return answer(
+        src, width, height, attr, [&] { return getSubImage(src); },
         [&](ImgULong w, ImgULong h) { return Enlarge(w, h, src); },
         [&]() -> IImg* { return Reduce(width, height, src); });
 }
 
 IImg* CImg32::scale(const ImgRect& src, ImgULong width, ImgULong height, ImgScaleAttr& attr) {
-    return dispatch(
-        *this, src, width, height, attr, [&] { return getSubImage(src); },
+    return answer(
+        src, width, height, attr, [&] { return getSubImage(src); },
         [&](ImgULong w, ImgULong h) { return Enlarge(w, h, src); },
         [&]() -> IImg* { return Reduce(width, height, src); });
 }

@@ -1,9 +1,7 @@
 // Bilevel images enlarged, and reduced to bilevel ones.
 
 #include "kernels/scale_bits.h"
-#include "model/image_areas.h"
-#include "tilepress/CImg1.h"
-#include "transform/scale_requests.h"
+#include "model/image_kinds.h"
 
 namespace tilepress {
 namespace {

@@ -1,8 +1,7 @@
 // Palette and RGB images enlarged and reduced.
 
 #include "kernels/scale_pixels.h"
-#include "model/image_areas.h"
-#include "transform/scale_requests.h"
+#include "model/image_kinds.h"
 
 namespace tilepress {
 namespace {

@@ -3,9 +3,7 @@
 #include "kernels/cells.h"
 #include "kernels/grey_maps.h"
 #include "kernels/mark_tables.h"
-#include "model/image_areas.h"
-#include "tilepress/CImg1.h"
-#include "transform/scale_requests.h"
+#include "model/image_kinds.h"
 
 #include <algorithm>
 

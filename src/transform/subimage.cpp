@@ -1,7 +1,7 @@
 // Rectangles cut out into images of their own.
 
 #include "foundation/refuse.h"
-#include "model/image_areas.h"
+#include "model/image_kinds.h"
 
 #include <algorithm>
 #include <cstring>
