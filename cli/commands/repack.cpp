@@ -122,6 +122,40 @@ RepackOptions laidOut(RepackOptions options) {
     return options;
 }
 
+/// The rows of pages from the first on, as far as they are few: to compare with them then takes no second decoding.
+class KeptRows : public RowSource {
+public:
+    void begin(Size page) {
+        if (full_) return;
+        pages_.push_back(page);
+        start_ = values_.size();
+    }
+    void add(const Changes& row) {
+        if (full_) return;
+        full_ = values_.size() + row.size() >= kMostValues;
+        if (full_) {
+            pages_.pop_back();
+            values_.resize(start_);
+        } else {
+            values_.push_back(static_cast<std::uint32_t>(row.size()));
+            values_.insert(values_.end(), row.begin(), row.end());
+        }
+    }
+    const std::vector<Size>& pages() const { return pages_; }
+    void next(Changes& row) override {
+        const auto first = values_.begin() + static_cast<std::ptrdiff_t>(read_ + 1);
+        row.assign(first, first + values_[read_]);
+        read_ += 1 + row.size();
+    }
+
+private:
+    static constexpr std::size_t kMostValues = 1 << 20;
+    std::vector<Size> pages_;
+    Changes values_;  ///< of each row their number and the changes
+    std::size_t start_ = 0, read_ = 0;
+    bool full_ = false;
+};
+
 class Packer {
 public:
     explicit Packer(const RepackOptions& chosen) : options_(chosen), progress_(chosen.quiet), output_(chosen.output) {}
@@ -130,31 +164,24 @@ public:
         PageWriter writer(file_, page.size, options_.layout);
         page.setTags(file_.get());
         const std::unique_ptr<RowSource> source = page.rows();
+        if (options_.check) kept_.begin(page.size);
         Changes row;
         for (std::uint32_t y = 0; y < page.size.height; ++y) {
             source->next(row);
             writer.add(row);
+            if (options_.check) kept_.add(row);
             progress_.show("coding", y, page.size.height);
         }
         writer.finish();
     }
-    /// Decodes what was written of the next page and compares every row with the source; all pages have been added.
-    void check(const PageInput& page) {
-        if (!written_) written_.emplace(file_.reopened());
-        const TiffPage result = written_->page(++checked_);
-        const G4Page decoded(*written_, result, progress_);
-        const std::unique_ptr<RowSource> source = page.rows(), copy = g4Rows(decoded);
-        Changes wanted, found;
-        for (std::uint32_t y = 0; y < page.size.height; ++y) {
-            source->next(wanted);
-            copy->next(found);
-            if (wanted != found)
-                throw Failure(
-                    Exit::failed,
-                    fmt::format("page {}: row {} has other pixels when decoded; nothing is written", checked_, y + 1));
-            progress_.show("checking", y, page.size.height);
-        }
+    /// Decodes what was written and compares every row, as far as rows were kept; all pages have been added. The result
+    /// is how many pages that were.
+    std::size_t checkKept() {
+        for (const Size page : kept_.pages()) check(page, kept_);
+        return kept_.pages().size();
     }
+    /// The same for the next page, with the source.
+    void check(const PageInput& page) { check(page.size, *page.rows()); }
     void finish() {
         if (isPdf(options_.output.path)) writePdf(file_.reopened(), output_);
         else file_.copyTo(output_);
@@ -165,10 +192,28 @@ public:
     Progress& progress() { return progress_; }
 
 private:
+    void check(Size page, RowSource& source) {
+        if (!written_) written_.emplace(file_.reopened());
+        const TiffPage result = written_->page(++checked_);
+        const G4Page decoded(*written_, result, progress_);
+        const std::unique_ptr<RowSource> copy = g4Rows(decoded);
+        Changes wanted, found;
+        for (std::uint32_t y = 0; y < page.height; ++y) {
+            source.next(wanted);
+            copy->next(found);
+            if (wanted != found)
+                throw Failure(
+                    Exit::failed,
+                    fmt::format("page {}: row {} has other pixels when decoded; nothing is written", checked_, y + 1));
+            progress_.show("checking", y, page.height);
+        }
+    }
+
     const RepackOptions& options_;
     Progress progress_;
     OutputFile output_;  ///< from the start: where nothing can be written is known before the work
     UnnamedTiff file_;
+    KeptRows kept_;
     std::optional<TiffSource> written_;
     unsigned checked_ = 0;
     const DetectorTables detector_;
@@ -182,8 +227,9 @@ void addPages(Packer& packer, InputFile input, const RepackOptions& options) {
     const auto opened = openPages(std::move(input));
     PageSource& source = *opened;
     const std::vector<unsigned> pages = options.pages.of(source.countPages());
-    const auto forPages = [&](const auto& visit) {
-        for (const unsigned number : pages) {
+    const auto forPages = [&](std::size_t first, const auto& visit) {
+        for (std::size_t i = first; i < pages.size(); ++i) {
+            const unsigned number = pages[i];
             requirePixels(fmt::format("{}: page {}", source.name(), number), source.page(number).size,
                           options.maxInputPixels);
             const TiffPage page = source.codedPage(number);
@@ -192,11 +238,11 @@ void addPages(Packer& packer, InputFile input, const RepackOptions& options) {
             visit(PageInput{page.size, rows, [&](TIFF* to) { source.copyTags(to); }}, codes);
         }
     };
-    forPages([&](const PageInput& page, const G4Page& codes) {
+    forPages(0, [&](const PageInput& page, const G4Page& codes) {
         requireUndamaged(codes);
         packer.add(page);
     });
-    if (options.check) forPages([&](const PageInput& page, const auto&) { packer.check(page); });
+    if (options.check) forPages(packer.checkKept(), [&](const PageInput& page, const auto&) { packer.check(page); });
     packer.finish();
     source.requirePageList();
 }
@@ -212,7 +258,7 @@ void addPicture(Packer& packer, const InputFile& input, const RepackOptions& opt
                              TIFFSetField(to, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
                          }};
     packer.add(page);
-    if (options.check) packer.check(page);
+    if (options.check && packer.checkKept() == 0) packer.check(page);
     packer.finish();
 }
 
