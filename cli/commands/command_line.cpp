@@ -37,15 +37,16 @@ void addCommon(CLI::App& app, Options& options, std::vector<std::string>* inputs
     addInput(app, "A TIFF, PDF, PNG, or raw PBM, PGM or PPM file; - is standard input", options.input, inputs);
     addOutput(app, options.output, inputs == nullptr,
               "The picture: .png, .pbm, .pgm, .ppm, .pnm, .tif, .jpg or .webp; - is standard output. {name}, {ext} and "
-              "{dir} stand for "
-              "parts of the input's name, {page} or %03d for the page");
+              "{dir} stand for parts of the input's name, {page} or %03d for the page");
     app.add_option("--format", options.format, "The picture's format, whatever the ending of its name; PNG for -")
         ->type_name("FORMAT");
     app.add_option("--quality", options.quality,
                    "Of JPEG, 85 otherwise, or of WebP, which keeps every pixel otherwise: 1 to 100")
         ->check(CLI::Range(1, 100))
         ->type_name("N");
-    addPages(app, options.pages, "The pages of a file, from 1, such as 1-3,7,last or all; the first otherwise");
+    addPages(app, options.pages,
+             inputs ? "The pages of each file, from 1, such as 1-3,7,last; all otherwise"
+                    : "The pages of a file, from 1, such as 1-3,7,last or all; the first otherwise");
     app.add_option("--max-pixels", options.maxPixels, "Most pixels of the picture")
         ->capture_default_str()
         ->type_name("N");
@@ -142,6 +143,8 @@ void addPacking(CLI::App& packing, const char* input, RepackOptions& options, st
                                   ->check(CLI::PositiveNumber)
                                   ->excludes(tile);
     packing.add_flag("--single-strip", options.layout.singleStrip, "One strip a page")->excludes(tile)->excludes(rows);
+    packing.add_flag("--dither", options.dither,
+                     "Take grey and colour pages of TIFF files, too, in black and white by error diffusion");
     packing.add_flag("--check,!--no-check", options.check,
                      "Decode the result and compare every row (the default), or do not");
     packing.add_option("--max-input-pixels", options.maxInputPixels, "Most pixels of a page")

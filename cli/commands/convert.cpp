@@ -12,8 +12,7 @@ Picture converted(Picture picture, Pixels to) {
     if (to == Pixels::palette && from == Pixels::rgb)
         throw Failure(Exit::unsupported, "colours cannot be gathered into a palette");
     const IImg& image = *picture.image;
-    if (to == Pixels::bilevel && from != Pixels::bilevel)
-        picture = pictureOf(CImg1::create(image, 0x00FFFFFF, 0xFF000000, ImgAlignNone));
+    if (to == Pixels::bilevel && from != Pixels::bilevel) picture = dithered(picture);
     else if (to == Pixels::palette && from == Pixels::bilevel)
         picture = pictureOf(CImg8::create(image, greyRamp().get(), ImgAlignNone));
     else if (to == Pixels::rgb && from != Pixels::rgb) picture = pictureOf(CImg32::create(image, RGBOrderBGR));

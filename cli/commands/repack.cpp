@@ -219,6 +219,20 @@ private:
     const DetectorTables detector_;
 };
 
+/// A grey or colour page as rows of a bilevel picture.
+class DitheredPage : public PictureReader {
+public:
+    explicit DitheredPage(PictureReader& from)
+        : picture_(dithered(from.read({0, 0, from.size.width, from.size.height}))) {
+        size = from.size;
+    }
+    void nextRow(unsigned char* row) override { picture_.copyRow(y_++, row); }
+
+private:
+    const Picture picture_;
+    std::uint32_t y_ = 0;
+};
+
 void requireUndamaged(const G4Page& page) {
     if (const auto damage = page.damage(); !damage.empty()) throw Failure(Exit::damaged, page.describeFirst(damage));
 }
@@ -230,16 +244,28 @@ void addPages(Packer& packer, InputFile input, const RepackOptions& options) {
     const auto forPages = [&](std::size_t first, const auto& visit) {
         for (std::size_t i = first; i < pages.size(); ++i) {
             const unsigned number = pages[i];
-            requirePixels(fmt::format("{}: page {}", source.name(), number), source.page(number).size,
-                          options.maxInputPixels);
+            const TiffPage stored = source.page(number);
+            requirePixels(fmt::format("{}: page {}", source.name(), number), stored.size, options.maxInputPixels);
+            if (const auto decoder = options.dither && !stored.bilevel ? source.decoder() : nullptr) {
+                const auto rows = [&]() {
+                    const auto whole = openTiffPicture(decoder, source.name(), number);
+                    return pictureRows(std::make_unique<DitheredPage>(*whole));
+                };
+                const auto setTags = [&](TIFF* to) {
+                    source.copyTags(to);
+                    TIFFSetField(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+                };
+                visit(PageInput{stored.size, rows, setTags}, nullptr);
+                continue;
+            }
             const TiffPage page = source.codedPage(number);
             const G4Page codes(source, page, packer.progress());
             const auto rows = [&]() { return g4Rows(codes); };
-            visit(PageInput{page.size, rows, [&](TIFF* to) { source.copyTags(to); }}, codes);
+            visit(PageInput{page.size, rows, [&](TIFF* to) { source.copyTags(to); }}, &codes);
         }
     };
-    forPages(0, [&](const PageInput& page, const G4Page& codes) {
-        requireUndamaged(codes);
+    forPages(0, [&](const PageInput& page, const G4Page* codes) {
+        if (codes) requireUndamaged(*codes);
         packer.add(page);
     });
     if (options.check) forPages(packer.checkKept(), [&](const PageInput& page, const auto&) { packer.check(page); });

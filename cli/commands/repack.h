@@ -24,6 +24,7 @@ struct RepackOptions {
     PageList pages{"all"};
     G4Layout layout;
     std::uint64_t maxInputPixels = std::uint64_t{1} << 32;
+    bool dither = false;  ///< grey and colour pages of TIFF files are taken, too
     bool check = true, quiet = false;
 };
 

@@ -78,3 +78,7 @@ void requirePixels(const std::string& what, Size size, std::uint64_t most) {
     throw Failure(Exit::tooLarge, fmt::format("{} has {} x {} = {} pixels; the limit is {}", what, size.width,
                                               size.height, size.pixels(), most));
 }
+
+Picture dithered(const Picture& picture) {
+    return pictureOf(CImg1::create(*picture.image, 0x00FFFFFF, 0xFF000000, ImgAlignNone));
+}

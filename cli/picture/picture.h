@@ -44,6 +44,8 @@ struct Picture {
 Picture pictureOf(IImg* image, bool grey = false);
 /// Bytes of so many uncompressed pixels, each row in whole ones.
 std::uint64_t expandedBytes(Size size, Pixels pixels);
+/// In black and white, by error diffusion. Throws Failure.
+Picture dithered(const Picture& picture);
 /// A map in which every value is its own grey.
 std::unique_ptr<ColorMap> greyRamp();
 

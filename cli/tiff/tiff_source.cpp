@@ -30,7 +30,7 @@ void addUnsupported(TIFF* tiff, TiffPage& page) {
     if (!page.bilevel)
         refuse(
             fmt::format("not black and white: {} sample{} of {} bit{} a pixel; tilepress convert --to bilevel makes "
-                        "it so",
+                        "it so, repack --dither takes it",
                         samples, samples == 1 ? "" : "s", bits, bits == 1 ? "" : "s"));
     else if (!TIFFIsCODECConfigured(page.compression))
         refuse(fmt::format("compression {} is not known", compressionName(page.compression)));

@@ -82,6 +82,8 @@ TEST(Formats, ColourPagesAreDrawnAndNamedWhereTheyCannotBeTaken) {
         EXPECT_EQ(run.code, 3);
         EXPECT_NE(run.errors.find("tilepress convert --to bilevel"), std::string::npos) << run.errors;
     }
+    ASSERT_EQ(tool("repack --dither " + tiled + " -o " + (folder / "dithered.tif")).code, 0);
+    EXPECT_EQ(readTiff(folder / "dithered.tif"), readTiff(sample("text.tif")));
 }
 
 TEST(Pdf, PagesOfEveryMakerHaveTheSamePixels) {
