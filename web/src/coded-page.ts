@@ -24,6 +24,7 @@ export class CodedPage {
     private readonly tiles: CodedTile[];
     private readonly held = new Set<number>();
     private heldBytes = 0;
+    private prepared = false;
     /** Something for damaged tiles to point at: a tile that is there, but has no bytes. */
     private readonly nothing: number;
 
@@ -35,7 +36,8 @@ export class CodedPage {
     /** Pages of which every view would walk over all that lies above it are read and laid out anew. */
     async prepare(onProgress: OnProgress): Promise<void> {
         const {layout, tileHeight, width, height} = this.layout;
-        if (layout === 'tiles' || tileHeight < kTallStrip || width * height < kPrepareFrom) return;
+        if (this.prepared || layout === 'tiles' || tileHeight < kTallStrip || width * height < kPrepareFrom) return;
+        this.prepared = true;
         await this.load(this.all(), onProgress);
         onProgress({phase: 'preparing', done: 0, total: 1});
         this.module.prepare(this.opened(), this.layout);

@@ -10,6 +10,10 @@ interface Exports {
     tp_alloc(size: number): number;
     tp_free(block: number): void;
     tp_status_text(status: number): number;
+    tp_encoder_open(width: number, fillOrder: number, limits: number, encoder: number): number;
+    tp_encoder_add_bits(encoder: number, rows: number, stride: number, count: number): number;
+    tp_encoder_finish(encoder: number, data: number, size: number): number;
+    tp_encoder_close(encoder: number): void;
     tp_page_open(info: number, tiles: number, count: number, page: number): number;
     tp_page_release(page: number): void;
     tp_page_memory(page: number): bigint;
@@ -126,6 +130,36 @@ export class Module {
             });
             return {...walk, pictures};
         });
+    }
+
+    /** Draws a small page with something of everything, so that the browser compiles for speed what runs most. */
+    async warmUp(goOn: () => boolean): Promise<void> {
+        const side = 512, across = side / 8;
+        const {data, size} = this.scratch([across * side, 4, 4], (rows, encoder, coded) => {
+            const pixels = this.bytes(rows, across * side);
+            for (let k = 0; k < pixels.length; ++k) {
+                const x = k % across, y = Math.floor(k / across);
+                pixels[k] = (x * x + y * y * 3) % 7 < 2 ? 0xff << ((x + y) & 7) : y % 24 < 3 ? 0xc3 : 0;
+            }
+            this.check(this.api.tp_encoder_open(side, 1, 0, encoder));
+            const handle = this.view().getUint32(encoder, true);
+            this.check(this.api.tp_encoder_add_bits(handle, rows, across, side));
+            this.check(this.api.tp_encoder_finish(handle, encoder, coded));
+            const [from, size] = [encoder, coded].map((at) => this.view().getUint32(at, true)) as [number, number];
+            const data = this.alloc(size);
+            this.bytes(data, size).set(this.bytes(from, size));
+            this.api.tp_encoder_close(handle);
+            return {data, size};
+        });
+        const form = {width: side, height: side, tileWidth: side, tileHeight: side, fillOrder: 1, blackIsZero: false, layout: 'tiles'} as const;
+        const page = this.openPage(form, [{data, size}]);
+        const views = [1, 3, 16].map((by) => ({outWidth: Math.floor(side / by), outHeight: Math.floor(side / by)}));
+        while (goOn()) {
+            this.render(page, form, views, 'white');
+            await new Promise((done) => setTimeout(done));
+        }
+        this.releasePage(page);
+        this.free(data);
     }
 
     /** Takes a picture back that is needed no more: garbage of a megabyte a tile would pile up while a page is panned. */

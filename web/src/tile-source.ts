@@ -6,6 +6,8 @@ import type {View} from './types';
 export interface TileSourceOptions {
     /** Pixels of a tile's side; 512 unless given. */
     tileSize?: number;
+    /** The longer side of the coarsest level in pixels, at least; as much as one tile holds unless given. */
+    coarsest?: number;
     /** How tiles are drawn: mode, colours, inversion. Asked for each tile. */
     look?: () => Pick<View, 'mode' | 'invert' | 'ink' | 'paper'>;
     onDamage?: RenderOptions['onDamage'];
@@ -25,11 +27,12 @@ interface Job {
 const kOverlap = 1;
 
 /** A tile source for OpenSeadragon's `tileSources`. */
-export function tileSource(page: Page, {tileSize = 512, look, onDamage, onError}: TileSourceOptions = {}) {
+export function tileSource(page: Page, {tileSize = 512, coarsest, look, onDamage, onError}: TileSourceOptions = {}) {
     const {width, height} = page;
-    const maxLevel = Math.ceil(Math.log2(Math.max(width, height, 2)));
-    // From the level on that is one tile.
-    const minLevel = Math.max(0, maxLevel - Math.ceil(Math.log2(Math.max(width, height, tileSize) / tileSize)));
+    const longer = Math.max(width, height, 2);
+    const maxLevel = Math.ceil(Math.log2(longer));
+    const halvings = coarsest ? Math.floor(Math.log2(longer / coarsest)) : Math.ceil(Math.log2(longer / tileSize));
+    const minLevel = maxLevel - Math.min(Math.max(halvings, 0), maxLevel);
     return {
         width, height, tileSize, tileOverlap: kOverlap, minLevel, maxLevel,
         getTileUrl: (level: number, x: number, y: number) => `${level}/${x}/${y}`,

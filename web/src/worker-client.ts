@@ -3,7 +3,7 @@
 import workerSource from 'embedded:worker';
 import packedModule from 'embedded:module';
 import {PageError} from './errors';
-import type {CallName, Calls, FromWorker} from './protocol';
+import type {CallName, Calls, FromWorker, ToWorker} from './protocol';
 import type {OpenOptions, Progress} from './types';
 
 const kTick = 250;        // ms
@@ -29,8 +29,28 @@ let workerUrl: string | undefined;
 const startWorker = () =>
     new Worker(workerUrl ??= URL.createObjectURL(new Blob([workerSource], {type: 'text/javascript'})), {name: 'tilepress'});
 
+/** A worker that runs already, for the next file. */
+let spare: Worker | undefined;
+
+/** Compiles the module and starts a worker ahead of the first file, which is then there sooner. */
+export async function warmUp(): Promise<void> {
+    const module = await compiledModule();
+    if (spare) return;
+    spare = startWorker();
+    spare.onerror = () => { spare = undefined; };
+    const message: ToWorker = {id: 0, call: 'warm', module};
+    spare.postMessage([message]);
+}
+
+function takeWorker(): Worker {
+    const worker = spare ?? startWorker();
+    spare = undefined;
+    return worker;
+}
+
 export class WorkerClient {
-    private readonly worker = startWorker();
+    private readonly worker = takeWorker();
+    private outgoing: ToWorker[] = [];
     private readonly pending = new Map<number, Pending>();
     private next = 0;
     /** Ticks of waiting without a sign of life. A page in the background ticks slowly, and so waits longer. */
@@ -48,10 +68,10 @@ export class WorkerClient {
         if (this.ended) return Promise.reject(this.ended);
         if (signal?.aborted) return Promise.reject(new PageError('cancelled', 'The picture is no longer wanted.'));
         const id = ++this.next;
-        signal?.addEventListener('abort', () => this.worker.postMessage({id, call: 'cancel'}), {once: true});
+        signal?.addEventListener('abort', () => this.post({id, call: 'cancel'}), {once: true});
         return new Promise((resolve, reject) => {
             this.pending.set(id, {resolve: resolve as (answer: unknown) => void, reject, onProgress});
-            this.worker.postMessage({...ask, id, call});
+            this.post({...ask, id, call} as ToWorker);
         });
     }
 
@@ -63,6 +83,14 @@ export class WorkerClient {
         if (this.silent * kTick >= kSlowAfter) this.options.onSlow?.(false);
         for (const {reject} of this.pending.values()) reject(why);
         this.pending.clear();
+    }
+
+    private post(message: ToWorker): void {
+        if (this.outgoing.push(message) > 1) return;
+        queueMicrotask(() => {
+            this.worker.postMessage(this.outgoing);
+            this.outgoing = [];
+        });
     }
 
     private receive(message: FromWorker): void {

@@ -10,20 +10,21 @@ import {readDirectories, readLayout, type Directory} from './tiff';
 import type {Cost, View} from './types';
 
 const kBeat = 250;                // ms
-const kPixelsTogether = 2 ** 23;  // of pictures that are drawn in one walk
+const kWarmUp = 300;
+const kPixelsTogether = 2 ** 20;  // of pictures that are drawn in one walk
 
 const port = self as unknown as {
     postMessage(message: FromWorker, transfer?: Transferable[]): void;
-    onmessage: (event: MessageEvent<ToWorker>) => void;
+    onmessage: (event: MessageEvent<ToWorker[]>) => void;
 };
 type Asked<N extends keyof Calls> = {id: number} & Calls[N]['ask'];
 
-let module: Module, source: Source, directories: Directory[];
+let module: Module | undefined, source: Source, directories: Directory[];
 const pages = new Map<number, CodedPage>();
 const waiting: Asked<'render'>[] = [];
 let calls = 0;
 
-const cost = (ms: number): Cost => ({ms, memory: module.memoryBytes, read: source.read});
+const cost = (ms: number): Cost => ({ms, memory: module!.memoryBytes, read: source.read});
 
 function pageOf(index: number): CodedPage {
     const page = pages.get(index);
@@ -36,18 +37,23 @@ const reporter = (id: number) => (progress: Extract<FromWorker, {progress: unkno
 const handlers = {
     async start({module: compiled, source: from}: Asked<'start'>) {
         source = typeof from === 'string' ? await HttpSource.open(from) : new BlobSource(from);
-        module = await Module.start(compiled);
+        module ??= await Module.start(compiled);
         directories = await readDirectories(source);
         return directories.map(({info}) => info);
     },
-    async open({id, page: index}: Asked<'open'>) {
+    /** Runs the module before there is a file, until there is one. */
+    async warm({module: compiled}: Asked<'warm'>) {
+        module = await Module.start(compiled);
+        const end = performance.now() + kWarmUp, nothingYet = calls;
+        void module.warmUp(() => calls <= nothingYet && performance.now() < end);
+    },
+    async open({page: index}: Asked<'open'>) {
         const start = performance.now();
         const directory = directories[index];
         if (!directory) throw new PageError('argument', `The file has no page ${index + 1}.`);
         if (!pages.has(index)) {
-            const page = new CodedPage(module, source, await readLayout(directory, source));
+            const page = new CodedPage(module!, source, await readLayout(directory, source));
             pages.set(index, page);
-            await page.prepare(reporter(id));
         }
         return cost(performance.now() - start);
     },
@@ -92,7 +98,7 @@ async function draw(batch: Asked<'render'>[]): Promise<void> {
     for (const [k, {id, view, bitmap}] of batch.entries()) {
         const image = new ImageData(pictures[k]! as ImageDataArray, view.outWidth, view.outHeight);
         const pixels = bitmap ? await createImageBitmap(image) : image;
-        if (bitmap) module.reuse(pictures[k]!);
+        if (bitmap) module!.reuse(pictures[k]!);
         const answer: Picture = {pixels, damage, cost: cost(ms / batch.length)};
         port.postMessage({id, answer}, [pixels instanceof ImageData ? pixels.data.buffer : pixels]);
     }
@@ -111,17 +117,27 @@ async function drawWaiting(): Promise<void> {
     for (const asked of batch) await draw([asked]).catch((error: unknown) => fail(asked.id, error));
 }
 
-port.onmessage = ({data}) => {
+/** Once a page has been seen, and nobody waits, its further views are made cheap. */
+async function prepareSeen(index: number): Promise<void> {
+    if (waiting.length) return;
+    // A page that cannot be laid out anew is drawn as it is.
+    await pages.get(index)?.prepare(() => {}).catch((error: unknown) => { if (error instanceof WebAssembly.RuntimeError) throw error; });
+}
+
+function receive(data: ToWorker): void {
     if (data.call === 'cancel') {
         const k = waiting.findIndex(({id}) => id === data.id);
         if (k >= 0) fail(waiting.splice(k, 1)[0]!.id, new PageError('cancelled', 'The picture is no longer wanted.'));
     } else if (data.call === 'render') {
         waiting.push(data);
         serve(data.id, drawWaiting);
+        serve(data.id, () => prepareSeen(data.page));
     } else {
         const handler = handlers[data.call] as (asked: typeof data) => Promise<unknown>;
         serve(data.id, async () => port.postMessage({id: data.id, answer: await handler(data)}));
     }
-};
+}
+
+port.onmessage = ({data}) => data.forEach(receive);
 
 setInterval(() => { if (calls) port.postMessage({beat: true}); }, kBeat);

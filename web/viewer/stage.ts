@@ -19,6 +19,7 @@ export class Stage {
     /** Called each time all tiles of the view are there. */
     onComplete?: () => void;
     private page?: Page;
+    private readonly addToNavigator: OpenSeadragon.Viewer['addTiledImage'];
 
     constructor(element: HTMLElement, private readonly onError: (error: Error) => void) {
         const still = matchMedia('(prefers-reduced-motion: reduce)').matches;
@@ -36,6 +37,10 @@ export class Stage {
             gestureSettingsMouse: {clickToZoom: false, dblClickToZoom: true},
         });
         this.viewer.navigator.element.hidden = true;
+        // Nothing is drawn for the navigator before it is seen.
+        const {navigator} = this.viewer;
+        this.addToNavigator = navigator.addTiledImage.bind(navigator);
+        navigator.addTiledImage = () => {};
         for (const event of ['animation', 'animation-finish', 'open', 'resize', 'rotate', 'flip'] as const)
             this.viewer.addHandler(event, () => this.moved());
         this.viewer.addHandler('animation-finish', () => this.snap());
@@ -54,7 +59,7 @@ export class Stage {
         const [turn, flip] = kUpright[page.info.orientation]!;
         this.viewer.viewport?.setRotation(turn, true);
         this.viewer.viewport?.setFlip(flip);
-        this.viewer.open(tileSource(page, {look: () => ({mode: this.mode}), onError: this.onError}) as never);
+        this.viewer.open(this.tiles(page, this.homeSize(page)));
         this.viewer.addOnceHandler('open', () => {
             this.viewer.viewport.setRotation(turn, true);
             this.viewer.viewport.setFlip(flip);
@@ -62,7 +67,19 @@ export class Stage {
         });
     }
     /** All tiles are drawn anew. */
-    redraw(): void { this.viewer.world.resetItems(); }
+    redraw(): void {
+        this.viewer.world.resetItems();
+        this.viewer.navigator.world.resetItems();
+    }
+
+    private tiles(page: Page, coarsest?: number) {
+        return tileSource(page, {coarsest, look: () => ({mode: this.mode}), onError: this.onError}) as never;
+    }
+    /** The longer side of a page that is seen whole: to draw it smaller first would take as long as to draw it. */
+    private homeSize({width, height}: Page): number {
+        const {x, y} = this.viewer.viewport.getContainerSize();
+        return Math.max(1, devicePixelRatio * Math.max(width, height) * Math.min(x / width, y / height));
+    }
 
     /** Pixels of the screen for one of the page. */
     get scale(): number {
@@ -110,6 +127,13 @@ export class Stage {
         if (Math.hypot(off.x, off.y) > 1e-3) viewport.panBy(viewport.deltaPointsFromPixels(off), true);
     }
 
+    private showNavigator(): void {
+        const {navigator, world} = this.viewer;
+        navigator.updateSize();
+        if (navigator.world.getItemCount() === 0)
+            this.addToNavigator({tileSource: this.tiles(this.page!), originalTiledImage: world.getItemAt(0)} as never);
+    }
+
     private moved(): void {
         const {viewport, navigator} = this.viewer;
         if (!this.page || !viewport) return;
@@ -117,7 +141,7 @@ export class Stage {
         const whole = viewport.getZoom(true) < 1.2 * viewport.getHomeZoom();
         if (whole !== navigator.element.hidden) {
             navigator.element.hidden = whole;
-            if (!whole) navigator.updateSize();
+            if (!whole) this.showNavigator();
         }
         // Enlarged pixels have edges; reduced ones are averaged.
         this.viewer.drawer.setImageSmoothingEnabled(this.scale < 2);

@@ -1,6 +1,6 @@
 // The viewer: files in, the page on the stage, and everything around it.
 
-import {openFile, PageError, type FileLike, type Mode, type Page, type Progress, type TiffFile} from '../src/index';
+import {openFile, PageError, warmUp, type FileLike, type Mode, type Page, type Progress, type TiffFile} from '../src/index';
 import {aboutPage, Figures, resolutionText, showDamage, thousands} from './panel';
 import {Stage} from './stage';
 
@@ -263,6 +263,8 @@ if (address) {
 } else if (embedded) {
     const bytes = Uint8Array.from(atob(embedded.textContent!.trim()), (c) => c.charCodeAt(0));
     void open(bytes, embedded.dataset['name'] ?? 'page', bytes.length);
+} else {
+    void warmUp();
 }
 
 // For the console, and for tests.
