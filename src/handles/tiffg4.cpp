@@ -86,7 +86,7 @@ void* ImgTIFFG4Free(ImgHandle** where, void* keep) {
     void* const kept = image->data == keep ? keep : nullptr;
     if (image->data && !kept) {
         void** const tiles = static_cast<void**>(image->data);
-        for (std::size_t k = 0, count = layout.tiles(); k < count; ++k) MemFree(0, tiles[k]);
+        for (std::size_t k = 0, count = static_cast<std::size_t>(layout.tiles()); k < count; ++k) MemFree(0, tiles[k]);
         MemFree(0, tiles);
     }
     if (header->tileRows) {
