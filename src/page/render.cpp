@@ -151,8 +151,10 @@ private:
     tp_status drawGroup(const Group& group) {
         TileWalk walk(tiles_.layout, tiles_.source(), group.rect, Decoding::standard, call_.policy());
         if (!walk.begin()) return statusOf(walk.end());
+        std::uint64_t same = group.rect.top;
         for (std::uint32_t k = 0; k < group.rect.height; ++k) {
             const std::uint32_t row = walk.row();
+            if (row == same) same = narrow(walk, group, row);
             std::size_t wanted = 0;
             for (std::size_t v = 0; v < group.count; ++v)
                 if (group.views[v]->wants(row)) wanted_[wanted++] = group.views[v];
@@ -161,6 +163,22 @@ private:
             if (!call_.rowDone()) return TP_E_CANCELLED;
         }
         return TP_OK;
+    }
+
+    /// Keeps the walk to the columns of the views that have not ended, and says up to which row they are the same.
+    static std::uint64_t narrow(TileWalk& walk, const Group& group, std::uint32_t row) {
+        std::uint64_t left = UINT32_MAX, right = 0, same = ~std::uint64_t{0};
+        for (std::size_t v = 0; v < group.count; ++v) {
+            const PageRect& rect = group.views[v]->rect();
+            const std::uint64_t past = std::uint64_t{rect.top} + rect.height;
+            if (past <= row) continue;
+            left = std::min<std::uint64_t>(left, rect.left);
+            right = std::max(right, std::uint64_t{rect.left} + rect.width);
+            same = std::min(same, past);
+        }
+        // Views end in the last tile row that they are drawn in together.
+        walk.narrow(static_cast<std::uint32_t>(left), static_cast<std::uint32_t>(right));
+        return same;
     }
 
     bool next(TileWalk& walk, std::size_t wanted) {

@@ -10,7 +10,7 @@ TileWalk::TileWalk(const TileLayout& layout, const TileSource& source, const Pag
                    const DamagePolicy& policy)
     : layout_(layout), source_(source), rect_(rect), how_(how), policy_(policy),
       firstColumn_(rect.left / layout.tileWidth),
-      columns_((rect.left + (rect.width - 1)) / layout.tileWidth - firstColumn_ + 1) {}
+      columns_((rect.left + (rect.width - 1)) / layout.tileWidth - firstColumn_ + 1), past_(columns_) {}
 
 bool TileWalk::prepare() {
     // Tiles whose rows fit no list are found out by begin.
@@ -34,7 +34,8 @@ bool TileWalk::begin() {
 }
 
 bool TileWalk::enterTileRow() {
-    rowInTile_ = filledIn_ = 0;
+    rowInTile_ = filledIn_ = from_ = 0;
+    past_ = columns_;
     const std::size_t first = std::size_t{row_ / layout_.tileHeight} * layout_.across() + firstColumn_;
     for (std::uint32_t k = 0; k < columns_; ++k)
         if (!cursors_[k].enter(source_.codesOf(source_.owner, first + k))) return fail(WalkEnd::noMemory);

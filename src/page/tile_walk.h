@@ -79,6 +79,11 @@ public:
     /// walk has ended: of the last row the tiles before the damaged one were handed over.
     template <class OnTile>
     bool next(OnTile onTile);
+    /// From the next row on decodes the tiles under these columns of the page alone, up to the end of the tile row.
+    void narrow(std::uint32_t left, std::uint32_t right) {
+        from_ = left / layout_.tileWidth - firstColumn_;
+        past_ = (right - 1) / layout_.tileWidth - firstColumn_ + 1;
+    }
     bool skip() {
         return next([](const TileRow&) {});
     }
@@ -112,7 +117,8 @@ private:
     const Decoding how_;
     const DamagePolicy policy_;
     const std::uint32_t firstColumn_, columns_;
-    RowCursor* cursors_ = nullptr;  // of every tile column under the rectangle
+    RowCursor* cursors_ = nullptr;   // of every tile column under the rectangle
+    std::uint32_t from_ = 0, past_;  // those of them that are decoded
     std::uint32_t row_ = 0, rowInTile_ = 0, filledIn_ = 0;
     WalkEnd end_ = WalkEnd::none;
     TileDamage damage_{};
@@ -121,8 +127,8 @@ private:
 template <class OnTile>
 bool TileWalk::next(OnTile onTile) {
     if (rowInTile_ == layout_.tileHeight && !enterTileRow()) return false;
-    std::uint32_t left = firstColumn_ * layout_.tileWidth;
-    for (std::uint32_t k = 0; k < columns_; ++k, left += layout_.tileWidth) {
+    std::uint32_t left = (firstColumn_ + from_) * layout_.tileWidth;
+    for (std::uint32_t k = from_; k < past_; ++k, left += layout_.tileWidth) {
         RowCursor& cursor = cursors_[k];
         const RowStatus status = cursor.next();
         if (status != kRowDecoded && !goesOn(k, status)) return false;
