@@ -222,7 +222,7 @@ typedef struct tp_view {
  *  Memory does not grow with the height of page or pictures: for each tile column two lists of a row's changes (8 bytes
  *  a pixel of its width at most) and 2 KB of codes where the tiles are borrowed (more only for rows of more codes, and
  *  all that follows of a damaged tile, with which limits reckon), for each picture up to 8 bytes a column of its
- * rectangle and 30 bytes of its own, and 64 of its rows where it is turned. */
+ *  rectangle and 30 bytes of its own, and 64 of its rows where it is turned. */
 TILEPRESS_API tp_status TILEPRESS_CALL tp_page_render(const tp_page* page, const tp_view* views, size_t count,
                                                       tp_options* options);
 

@@ -42,6 +42,7 @@ public:
         return block_ != nullptr;
     }
     T& operator[](std::size_t i) const { return block_[i]; }
+    T* operator->() const { return block_; }
     T* release() {
         T* block = block_;
         block_ = nullptr;

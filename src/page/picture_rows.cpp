@@ -31,21 +31,22 @@ bool isColour(const ViewPlan& plan) { return plan.format == TP_RGBA || plan.form
 
 }  // namespace
 
-PictureRows::PictureRows(const ViewPlan& plan) : plan_(plan) {
-    if (isColour(plan)) {
-        for (unsigned tone = 0; tone < 256; ++tone) colours_[tone] = colourOf(plan, tone);
-        quads_.emplace(colours_[255], colours_[0]);
-    }
-    bandStride_ = plan.format == TP_BITS ? packedBytes(plan.width) : plan.width;
-}
+PictureRows::PictureRows(const ViewPlan& plan)
+    : plan_(plan), bandStride_(plan.format == TP_BITS ? packedBytes(plan.width) : plan.width) {}
 
 std::uint64_t PictureRows::memory(const ViewPlan& plan) {
     const std::uint64_t width = plan.width, row = plan.format == TP_BITS ? packedBytes(width) : width;
-    if (plan.turned) return kBand * row + width;
-    return (plan.fromRight ? width : 0) + (isColour(plan) ? 4 * width : 0);
+    const std::uint64_t colours = isColour(plan) ? sizeof(Colours) : 0;
+    if (plan.turned) return colours + kBand * row + width;
+    return colours + (plan.fromRight ? width : 0) + (isColour(plan) ? 4 * width : 0);
 }
 
 bool PictureRows::prepare() {
+    if (isColour(plan_)) {
+        if (!colours_.reserve(1)) return false;
+        for (unsigned tone = 0; tone < 256; ++tone) colours_->tones[tone] = colourOf(plan_, tone);
+        colours_->quads = Quads(colours_->tones[255], colours_->tones[0]);
+    }
     if (plan_.turned) {
         if (!reversed_.reserve(plan_.width) || !band_.reserve(kBand * bandStride_)) return false;
         if (plan_.format == TP_BITS)
@@ -86,7 +87,7 @@ void PictureRows::putBits(const unsigned char* bits, std::uint32_t copies) {
         if (bits != to) std::memcpy(to, bits, packedBytes(width));
         break;
     case TP_GREY8: expandRow(to, bits, width); break;
-    default: expandRow(words_.get(), bits, width, *quads_); std::memcpy(to, words_.get(), 4 * width);
+    default: expandRow(words_.get(), bits, width, colours_->quads); std::memcpy(to, words_.get(), 4 * width);
     }
     repeat(copies);
 }
@@ -101,7 +102,7 @@ void PictureRows::putTones(const unsigned char* tones, std::uint32_t copies) {
         tones = reversed;
     }
     if (isColour(plan_)) {
-        lookUpRow(words_.get(), tones, width, colours_);
+        lookUpRow(words_.get(), tones, width, colours_->tones);
         std::memcpy(to, words_.get(), 4 * width);
     } else if (tones != to) {
         std::memcpy(to, tones, width);
@@ -148,7 +149,7 @@ void PictureRows::turnTones(std::uint32_t column, std::uint32_t count) {
                 continue;
             }
             ImgULong colours[kBand];
-            lookUpRow(colours, block[k], count, colours_);
+            lookUpRow(colours, block[k], count, colours_->tones);
             std::memcpy(to + 4 * std::size_t{column}, colours, 4 * std::size_t{count});
         }
     }

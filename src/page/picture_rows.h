@@ -8,7 +8,6 @@
 #include "page/view.h"
 
 #include <cstdint>
-#include <optional>
 
 namespace tilepress {
 
@@ -35,13 +34,17 @@ private:
     void turnTones(std::uint32_t column, std::uint32_t count);
     void putTurned(const unsigned char* row, std::uint64_t bytes, std::uint32_t copies);
 
+    /// Of tones and of bits, in the order of the picture's bytes.
+    struct Colours {
+        ImgULong tones[256];
+        Quads quads;
+    };
+
     const ViewPlan plan_;
-    // Of pictures in colours alone: of tones and of bits, in the order of the picture's bytes.
-    ImgULong colours_[256];
-    std::optional<Quads> quads_;
+    Heap<Colours> colours_;  ///< of pictures in colours
+    const std::uint64_t bandStride_;
     Heap<unsigned char> reversed_, band_;
     Heap<ImgULong> words_;
-    std::uint64_t bandStride_ = 0;
     std::uint32_t y_ = 0;  ///< of the next row
 };
 
