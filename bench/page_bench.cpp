@@ -199,7 +199,7 @@ bool printTwo(const Page& page, const TilePage& tiles, std::uint32_t tileHeight,
     const double whole = secondsOf([&] { bands.drawWhole(tiles); }), one = secondsOf([&] { bands.draw(tiles, false); }),
                  two = secondsOf([&] { bands.draw(tiles, true); });
     std::printf("%-20s %-22s %9.2f %9.2f %9.2f %6.2fx%s\n", page.name.c_str(), kind, whole * 1e3, one * 1e3, two * 1e3,
-                whole / two, bands.same() ? "" : " [RESULTS DIFFER]");
+                one / two, bands.same() ? "" : " [RESULTS DIFFER]");
     std::fflush(stdout);
     return bands.same();
 }
@@ -219,7 +219,7 @@ void addCallPairs() { addCall(); }
 bool printThreads(const std::vector<PagePtr>& pages) {
     std::printf(
         "\nA quarter of the page: milliseconds of one call, of its bands in one thread, and of the same in two "
-        "threads;\nelapsed, the least of seven. The first is to be %.1f times the last.\n\n",
+        "threads;\nelapsed, the least of seven. In one thread they are to take %.1f times as long.\n\n",
         kTwoThreads);
     bool same = true;
     for (const PagePtr& page : pages) {
