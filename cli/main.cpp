@@ -55,6 +55,7 @@ int runHelp(const CLI::App& app, const std::string& command) {
     return static_cast<int>(Exit::good);
 }
 
+/// As long as the commands are many: what they are called, and which one it is.
 int run(int argc, char** argv) {
     CLI::App app("Reads bilevel Group 4 TIFF pages without expanding them.", "tilepress");
     app.set_version_flag("-V,--version", TILEPRESS_VERSION);

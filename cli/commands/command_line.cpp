@@ -68,6 +68,7 @@ void addInfo(CLI::App& app, InfoOptions& options) {
     info.footer(kExitCodes);
 }
 
+/// As long as the options are many: a statement for each.
 void addRender(CLI::App& app, RenderOptions& options, std::vector<std::string>* inputs) {
     CLI::App& render = *app.add_subcommand("render", "Draw a page or picture into a picture file");
     addCommon(render, options, inputs);
