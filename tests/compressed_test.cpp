@@ -66,6 +66,7 @@ TEST(Compressed, LoadingAgainReplacesTheTiles) {
     const layout::Tile* tiles = recordOf(*loaded.image).tileRows[0];
     EXPECT_EQ(tiles[0].data[1], 99);
     EXPECT_EQ(tiles[3].data, nullptr);
+    EXPECT_EQ(recordOf(*loaded.image).tileLengths[3], 40u);
     EXPECT_EQ(loaded.image->getTotalBytes(), 47u);
     EXPECT_TRUE(loaded.image->initData(nullptr, loaded.lengths));
     EXPECT_TRUE(loaded.image->initData(loaded.tiles, nullptr));

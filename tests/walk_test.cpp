@@ -117,7 +117,7 @@ TEST(Turning, ExpandsTheWholePictureOnce) {
     const auto whole = imageOf<CImg1>(picture, ImgAlignDword);
     for (double angle : {90.0, 180.0, 270.0, 7.5, 360.0, 90.00099, 90.00101})
         EXPECT_EQ(result<CImg1>(image->rotate(angle)), result<CImg1>(whole->rotate(angle))) << angle;
-    EXPECT_EQ(result<CImg1>(image->rotate(0)), picture) << "no clone";
+    for (double angle : {0., 0.00099, 359.9995}) EXPECT_EQ(result<CImg1>(image->rotate(angle)), picture) << "no clone";
     for (ImgMirT direction : {ImgMirX, ImgMirY})
         EXPECT_EQ(result<CImg1>(image->mirror(direction)), result<CImg1>(whole->mirror(direction)));
 }
@@ -161,6 +161,9 @@ TEST(Results, HaveTheirAlignmentColoursAndBackground) {
             EXPECT_EQ(made->getForegroundInterpretation(), c.foreground) << c.name;
             EXPECT_TRUE(made->isBackgroundKnown()) << c.name;
             EXPECT_EQ(made->getBackgroundColor(), 0u) << c.name;
+            if (known < 0) {
+                EXPECT_EQ(inked(pictureOf(made)), 0u) << c.name;
+            }
         }
     const G4Image image = compressed(Picture(10, 10), 4, 4);
     for (int known : {0, 1}) {
