@@ -75,6 +75,15 @@ TEST(ScaleWhileDecoding, KeptAnUnchangedSizeCopiesTheWholeImage) {
         EXPECT_EQ(pictureOf(scaled(*image, r, 2, 2, 1)), picture) << r.getLeft();
 }
 
+// Of a smaller page the sampled bytes hold too little black.
+TEST(ScaleWhileDecoding, KeptAnEnlargementJudgesTheBackgroundByItsOwnRule) {
+    for (ImgULong size : {10, 32}) {
+        const G4Image image = compressed(Picture(size, size, 1), size, size);
+        const auto result = scaled(*image, image->getRect(), 2 * size, 2 * size, 1);
+        EXPECT_EQ(pictureOf(result), Picture(2 * size, 2 * size, size == 10)) << size;
+    }
+}
+
 TEST(ScaleWhileDecoding, RefusalsAndCorruptTiles) {
     const G4Image image = compressed(Picture(8, 8, 1), 4, 4);
     for (const ImgRect& r : {ImgRect(0, 0, 8, 7), ImgRect(4, 4, 8, 8), ImgRect(7, 0, 0, 7)})

@@ -72,13 +72,6 @@ Owned<CImg1> bilevel(std::size_t width, std::size_t height, ImgAlignmentEnum ali
     return image;
 }
 
-TEST(BilevelRasOp, AlignedCopiesTakeThePadBitsAlong) {
-    const auto image = bilevel(24, 1, ImgAlignNone, 0xFF), second = bilevel(3, 1, ImgAlignNone, 0xE0);
-    RasOpXfmAttr attr = at(8, 0);
-    image->doRasOpInPlace(RasOpCopy, attr, *second);
-    EXPECT_EQ(bytesOf(*image), (Bytes{0xFF, 0xE0, 0xFF}));
-}
-
 TEST(BilevelRasOp, KeptRowsPaddedFurtherSpillIntoTheNextAndEndWithTheBlock) {
     const auto image = bilevel(64, 2, ImgAlignDword, 0), second = bilevel(24, 2, ImgAlignDword, 0xFF);
     RasOpXfmAttr attr = at(40, 0);

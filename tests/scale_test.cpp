@@ -9,9 +9,7 @@
 
 namespace support {
 
-EXPOSE(Enlarge1, CImg1, Enlarge, CImg1* (CImg1::*)(ImgULong, ImgULong, const ImgRect&));
 EXPOSE(Reduce1, CImg1, Reduce, CImg1* (CImg1::*)(ImgULong, ImgULong, const ImgRect&));
-EXPOSE(ReduceInk1, CImg1, Reduce_bkg, CImg1* (CImg1::*)(ImgULong, ImgULong, const ImgRect&));
 EXPOSE(ReduceInk8, CImg8, Reduce_bkg, CImg8* (CImg8::*)(ImgULong, ImgULong, const ImgRect&));
 EXPOSE(ReduceInk32, CImg32, Reduce_bkg, CImg32* (CImg32::*)(ImgULong, ImgULong, const ImgRect&));
 EXPOSE(QuickReduce1, CImg1, QuickReduce_bkg, CImg1* (CImg1::*)(ImgULong, ImgULong, ImgRect&, ImgULong));
@@ -280,15 +278,6 @@ TYPED_TEST(Scale, WhatCannotBeReadIsRefused) {
 }
 
 // --- workers that no request reaches ----------------------------------------------------
-
-TEST(ScaleWorkers, TheWrongDirectionGivesNothing) {
-    const auto image = imageOf<CImg1>(Picture(10, 10));
-    CImgErr::sm_errcode = ImgErrNone;
-    EXPECT_EQ((image.get()->*workerOf(Enlarge1{}))(9, 10, ImgRect(10, 10)), nullptr);
-    EXPECT_EQ((image.get()->*workerOf(Reduce1{}))(11, 10, ImgRect(10, 10)), nullptr);
-    EXPECT_EQ((image.get()->*workerOf(ReduceInk1{}))(10, 11, ImgRect(10, 10)), nullptr);
-    EXPECT_EQ(CImgErr::get(), ImgErrNone);
-}
 
 TEST(ScaleWorkers, KeptQuickReductionsOnAnotherBackgroundAreBlank) {
     for (const Case& c : cases()) {
