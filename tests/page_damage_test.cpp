@@ -74,6 +74,21 @@ TEST(PageDamage, IsToldByKindRowAndByte) {
     }
 }
 
+TEST(PageDamage, IsPlacedOnThePage) {
+    PageSource source(Picture(16, 8), 8, 4);
+    source.tiles[3] = bits("1 1 0000001111 1111");
+    const Page page = source.open();
+    for (std::uint32_t left : {0u, 8u, 16u}) {  // drawn, from the second column on, and verified
+        tp_view view = viewOf(left % 16, 4, 16 - left % 16, 4, 8, 4, TP_NEAREST, TP_BITS);
+        Canvas canvas(view, 0, false);
+        Options options;
+        EXPECT_EQ(left == 16 ? tp_page_verify(page.get(), &options) : tp_page_render(page.get(), &view, 1, &options),
+                  left == 16 ? TP_DAMAGED : TP_E_DAMAGED);
+        const tp_damage& damage = options.records[0];
+        EXPECT_EQ(std::tuple(damage.tile, damage.row, damage.left, damage.top), std::tuple(3u, 2u, 8u, 6u)) << left;
+    }
+}
+
 TEST(PageDamage, PoliciesFillTheRestOfATile) {
     for (std::uint32_t photometric : {0u, 1u})
         for (std::uint32_t policy : {TP_ON_DAMAGE_WHITE, TP_ON_DAMAGE_KEEP}) {
