@@ -85,7 +85,7 @@ TEST(PageDamage, IsPlacedOnThePage) {
         EXPECT_EQ(left == 16 ? tp_page_verify(page.get(), &options) : tp_page_render(page.get(), &view, 1, &options),
                   left == 16 ? TP_DAMAGED : TP_E_DAMAGED);
         const tp_damage& damage = options.records[0];
-        EXPECT_EQ(std::tuple(damage.tile, damage.row, damage.left, damage.top), std::tuple(3u, 2u, 8u, 6u)) << left;
+        EXPECT_EQ(std::tuple(damage.tile, damage.row, damage.column, damage.top), std::tuple(3u, 2u, 8u, 6u)) << left;
     }
 }
 
