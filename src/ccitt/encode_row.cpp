@@ -2,6 +2,8 @@
 
 #include "foundation/contract.h"
 
+#include <algorithm>
+
 namespace tilepress::g4 {
 namespace {
 
@@ -24,6 +26,12 @@ inline void flushFor(Writer& out) {
     if constexpr (Writer::kFree < needed) out.flush();
 }
 
+inline bool isVertical(std::int32_t d) { return static_cast<std::uint32_t>(d) + 3 <= 6; }
+
+/// Vertical codes between flushes.
+template <class Writer>
+inline constexpr unsigned kCodesAtOnce = std::min(Writer::kFree / 7, 4u);
+
 template <class Writer>
 inline void putRun(int colour, Writer& out, std::int32_t run) {
     for (; run >= kLongestMakeUp; run -= kLongestMakeUp) {
@@ -38,42 +46,49 @@ inline void putRun(int colour, Writer& out, std::int32_t run) {
 
 }  // namespace
 
-// Every code has a1 = coding[n] and b1 = reference[i], the first reference element of
-// the right parity past a0. After a vertical code the next is one of i - 1, i + 1 and
-// i + 3 (b2 is not left of a1, or the code were a pass), chosen without branches. As
-// a1 stops at the end, i never passes the first of the list's two closing elements.
+// Every code has a1 = *cur and b1 = *ref, the first reference element of the right
+// parity past a0. After a vertical code the next one is one on nearly always, which is
+// a branch, so that no code waits for the one before it; else one before or three on (b2
+// is not left of a1, or the code were a pass). As a1 stops at the end, ref never passes
+// the first of the list's two closing elements.
 template <class Writer>
 void encodeRow(Writer& writer, RowList reference, RowList coding) {
-    const std::int32_t* const ref = reference.elements;
-    const std::int32_t* const cur = coding.elements;
+    const std::int32_t *ref = reference.elements + 1, *cur = coding.elements + 1;
     const std::int32_t end = coding.elements[coding.count - 1];
     TILEPRESS_DEMAND(isRow(reference, end) && isRow(coding, end));
-    Writer out = writer;  // in registers
-    std::int32_t i = 1, n = 1, a0 = 0;
+    Writer out = writer;      // in registers
+    std::int32_t passed = 0;  // b2 of the last pass code
     for (;;) {
-        const std::int32_t a1 = cur[n], b1 = ref[i], b2 = ref[i + 1], d = a1 - b1;
+        unsigned waiting = 0;
+        while (ref[1] > *cur && ref[-1] <= *cur && isVertical(*cur - *ref)) [[likely]] {
+                out.put(kVerticalWords[*cur++ - *ref++ + 3]);
+                if (++waiting == kCodesAtOnce<Writer>) {
+                    out.flush();
+                    waiting = 0;
+                }
+            }
+        out.flush();
+        const std::int32_t a1 = *cur, b2 = ref[1], d = a1 - *ref;
         if (b2 < a1) {
             out.put(kPassWord);
-            a0 = b2;
-            i += 2;
-        } else if (static_cast<std::uint32_t>(d) + 3 <= 6) [[likely]] {
+            passed = b2;
+            ref += 2;
+        } else if (isVertical(d)) {
             out.put(kVerticalWords[d + 3]);
             if (a1 == end) break;
-            i += 1 - 2 * (ref[i - 1] > a1) + 2 * (b2 == a1);
-            a0 = a1;
-            ++n;
+            ref += 1 - 2 * (ref[-1] > a1) + 2 * (b2 == a1);
+            ++cur;
         } else {
-            const std::int32_t a2 = cur[n + 1];
-            const int black = ~n & 1;
+            const std::int32_t a0 = std::max(cur[-1], passed), a2 = cur[1];
+            const int black = (cur - coding.elements) % 2 == 0;
             out.put(kHorizontalWord);
             flushFor<kHorizontalBits>(out);
             putRun(black, out, a1 - a0 - (a0 == 0));  // columns count from 1
             flushFor<kHorizontalBits>(out);
             putRun(!black, out, a2 - a1);
             if (a2 == end) break;
-            a0 = a2;
-            n += 2;
-            while (ref[i] <= a0) i += 2;
+            cur += 2;
+            while (*ref <= a2) ref += 2;
         }
         out.flush();
     }
