@@ -3,6 +3,7 @@
 // Counting the black pixels of the cells of one destination row while its source
 // rows are decoded: two additions a run, however long the run is.
 
+#include "foundation/bits.h"
 #include "foundation/contract.h"
 #include "foundation/heap.h"
 #include "kernels/marks.h"
@@ -19,8 +20,38 @@ struct CellEdge {
     std::uint32_t rest;
 };
 
-/// A run adds its first edge and takes its last away. Each sum holds in its low half what
-/// belongs to the edge's own cell and in its high half by how much the cells after it are covered.
+/// What the edges in a cell add up to: the pixels of the cell itself, and by how much the cells after it are covered.
+/// In one word where the machine adds such words at once, with the pixels in its low half.
+class EdgeSum {
+public:
+    void add(std::uint32_t rest) {
+        if constexpr (kOneWord) parts_[0] += kCovers + rest;
+        else parts_[0] += rest, ++parts_[1];
+    }
+    void take(std::uint32_t rest) {
+        if constexpr (kOneWord) parts_[0] -= kCovers + rest;
+        else parts_[0] -= rest, --parts_[1];
+    }
+    /// 0 where it has no edge.
+    MachineWord any() const {
+        if constexpr (kOneWord) return parts_[0];
+        else return parts_[0] | parts_[1];
+    }
+    std::uint32_t own() const { return static_cast<std::uint32_t>(parts_[0]); }
+    std::uint32_t covers() const {
+        // The low half is signed: below zero it has borrowed one from the high half.
+        if constexpr (kOneWord) return static_cast<std::uint32_t>(parts_[0] / kCovers) + (own() >> 31);
+        else return parts_[1];
+    }
+
+private:
+    static constexpr bool kOneWord = sizeof(MachineWord) == 8;
+    static constexpr std::uint64_t kCovers = std::uint64_t{1} << 32;
+
+    MachineWord parts_[8 / sizeof(MachineWord)];
+};
+
+/// A run adds its first edge and takes its last away.
 class CellCounter {
 public:
     /// As many pixels of a cell's are counted between folds.
@@ -47,18 +78,18 @@ public:
     void add(std::size_t from, std::size_t to) {
         TILEPRESS_DEMAND(from <= to);
         const CellEdge first = edges_[from], last = edges_[to];
-        sums_[first.cell] += kCovers + first.rest;
-        sums_[last.cell] -= kCovers + last.rest;
+        sums_[first.cell].add(first.rest);
+        sums_[last.cell].take(last.rest);
     }
 
     /// The same for every black run of a list that increases; an element's column is its value plus `offset`.
     void addRuns(const std::int32_t* list, std::int32_t count, std::ptrdiff_t offset) {
         const CellEdge* const edges = edges_.get();
-        std::uint64_t* const sums = sums_.get();
+        EdgeSum* const sums = sums_.get();
         for (const std::int32_t *change = list + 2, *end = list + count - 2; change < end; change += 2) {
             const CellEdge first = edges[offset + change[-1]], last = edges[offset + change[0]];
-            sums[first.cell] += kCovers + first.rest;
-            sums[last.cell] -= kCovers + last.rest;
+            sums[first.cell].add(first.rest);
+            sums[last.cell].take(last.rest);
         }
     }
 
@@ -73,7 +104,7 @@ public:
     template <class OnCell, class OnWhite>
     void take(OnCell onCell, OnWhite onWhite) {
         const std::uint32_t* const widths = widths_.get();
-        std::uint64_t* const sums = sums_.get();
+        EdgeSum* const sums = sums_.get();
         std::uint32_t covering = 0;
         for (std::uint32_t cell = 0; cell < cells_;) {
             const std::uint32_t end = std::min(cell + kGroup, cells_);
@@ -83,15 +114,13 @@ public:
                 continue;
             }
             for (; cell < end; ++cell) {
-                const std::uint64_t sum = sums[cell];
-                sums[cell] = 0;
-                const auto own = static_cast<std::uint32_t>(sum);
-                // The low half is signed: below zero it has borrowed one from the high half.
-                onCell(cell, widths[cell], own + covering * widths[cell]);
-                covering += static_cast<std::uint32_t>(sum >> 32) + (own >> 31);
+                const EdgeSum sum = sums[cell];
+                sums[cell] = {};
+                onCell(cell, widths[cell], sum.own() + covering * widths[cell]);
+                covering += sum.covers();
             }
         }
-        sums[cells_] = 0;
+        sums[cells_] = {};
     }
 
     /// Adds the counts to `counts`, one a cell, and starts anew; the result is their total.
@@ -109,17 +138,15 @@ public:
     std::uint32_t width(std::uint32_t cell) const { return widths_[cell]; }
 
 private:
-    static constexpr std::uint64_t kCovers = std::uint64_t{1} << 32;
-
-    static bool isZero(const std::uint64_t* sums) {
-        std::uint64_t any = 0;
-        for (std::uint32_t k = 0; k < kGroup; ++k) any |= sums[k];
+    static bool isZero(const EdgeSum* sums) {
+        MachineWord any = 0;
+        for (std::uint32_t k = 0; k < kGroup; ++k) any |= sums[k].any();
         return any == 0;
     }
 
     Heap<CellEdge> edges_;
     Heap<std::uint32_t> widths_;
-    Heap<std::uint64_t> sums_;
+    Heap<EdgeSum> sums_;
     std::uint32_t cells_ = 0;
     std::uint32_t foldEvery_ = 1;
 };

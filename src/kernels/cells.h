@@ -13,6 +13,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#if defined(__i386__) && defined(__SSE2__)
+#  include <emmintrin.h>
+#  define TILEPRESS_SUMS_BYTES 1  // where the machine's words are shorter than eight bytes
+#endif
 
 namespace tilepress {
 
@@ -92,6 +96,30 @@ inline void gatherBits(std::uint64_t* out, const std::uint64_t* row, const BitMo
         writer.put(v[1], marks.count(2 * pair + 1));
     }
     writer.flush();
+}
+
+/// Whether any of four bits is set, for every four of 64 bytes; where words begin with their lowest byte.
+inline Bytes16 anyOfFours(const unsigned char* src) {
+    const auto fours = [src](std::size_t at) {
+        Words2 v = loadLanes<Words2>(src + at);
+        v |= v >> 1;
+        v = (v | v >> 2) & bothWords(everyByte(0x11));
+        // Of each byte, of two bytes and of four brought together, the first at the front.
+        auto w = reinterpret_cast<Words4>((v | v >> 3) & bothWords(everyByte(0x03)));
+        w = (w << 2 | w >> 8) & Words4{0x000F000F, 0x000F000F, 0x000F000F, 0x000F000F};
+        return (w << 4 | w >> 16) & Words4{0xFF, 0xFF, 0xFF, 0xFF};
+    };
+    return narrowed(fours(0), fours(16), fours(32), fours(48));
+}
+
+/// The same for a row of `cells` fours; bits after the last become 0. The row has whole 64 bytes.
+inline void joinFours(unsigned char* dst, const unsigned char* row, std::size_t cells) {
+    for (std::size_t done = 0, bytes = packedBytes(cells); done < bytes; done += 16) {
+        const Bytes16 joined = anyOfFours(row + 4 * done);
+        if (bytes - done >= 16) storeLanes(dst + done, joined);
+        else std::memcpy(dst + done, &joined, bytes - done);
+    }
+    clearFrom(dst, packedBytes(cells), cells);
 }
 
 // --- amounts ------------------------------------------------------------------------
@@ -186,11 +214,17 @@ inline constexpr std::size_t kFew = group <= 2 ? 8 : 16 / group;
 /// The total of one to kFew sums; reads eight bytes.
 inline std::uint32_t totalOfFew(const unsigned char* sums, std::size_t count) {
     TILEPRESS_DEMAND(count >= 1 && count <= 8 && isReadable(sums, 8));
+    const auto others = static_cast<unsigned>(64 - 8 * count);
+#ifdef TILEPRESS_SUMS_BYTES
+    const __m128i word = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(sums));
+    const __m128i few = _mm_sll_epi64(word, _mm_cvtsi32_si128(static_cast<int>(others)));
+    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_sad_epu8(few, _mm_setzero_si128())));
+#else
     std::uint64_t word;
     std::memcpy(&word, sums, sizeof word);
-    const std::size_t others = 64 - 8 * count;
     word = std::endian::native == std::endian::little ? word << others : word >> others;
     return static_cast<std::uint32_t>(word * everyByte(1) >> 56);
+#endif
 }
 
 /// The total of any number of sums, one at least; reads up to seven bytes more.

@@ -69,9 +69,23 @@ struct InkSource {
     }
 };
 
+/// As reduceInk for cells of four columns, the first of which begins a byte.
+template <class Source>
+bool quarterInk(const BitArea& to, Source&& from) {
+    Heap<unsigned char> merged((std::uint64_t{from.width()} + 511) / 512 * 64);
+    if (!merged) return false;
+    return eachMark(from.height(), to.height, [&](std::uint32_t first, std::uint32_t count, std::uint32_t band) {
+        if (!from.merge(merged.get(), first, count)) return false;
+        joinFours(to.rows[band], merged.get(), to.width);
+        return true;
+    });
+}
+
 /// Sets the pixels of the clear `to` whose cells hold ink. False when memory or rows run out.
 template <class Source>
 bool reduceInk(const BitArea& to, Source&& from) {
+    const bool fours = from.width() % 4 == 0 && to.width == from.width() / 4 && from.shift() == 0;
+    if (fours && std::endian::native == std::endian::little) return quarterInk(to, from);
     CellBits cells;
     if (!cells.prepare(from.shift(), from.width(), to.width)) return false;
     Heap<unsigned char> merged(16 * std::uint64_t{cells.firsts.pairs()});

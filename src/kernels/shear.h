@@ -99,6 +99,13 @@ inline void moveRow(const BitArea& to, const BitArea& from, std::size_t y, std::
     clearFrom(to.rows[y], bytes, Covered(from.width, shift).to);
 }
 
+// Rows of a strip are words whose bytes are in the order of memory.
+
+/// The bit of column x, 0 to 63.
+constexpr std::uint64_t columnBit(std::size_t x) {
+    return std::uint64_t{1} << (std::endian::native == std::endian::little ? x ^ 7 : 63 - x);
+}
+
 /// How the columns of a strip move up: all by `base` rows, and those of masks[k] by 2^k rows more.
 struct StripShifts {
     std::int64_t base;
@@ -118,7 +125,7 @@ struct StripShifts {
         steps = static_cast<unsigned>(std::bit_width(static_cast<std::uint64_t>(most - base)));
         for (unsigned k = 0; k < steps; ++k)
             for (std::size_t x = 0; x < count; ++x)
-                masks[k] |= static_cast<std::uint64_t>((shift(x) - base) >> k & 1) << (63 - x);
+                if ((shift(x) - base) >> k & 1) masks[k] |= columnBit(x);
     }
 
     /// Rows that must be there for `rows` rows to come out.
@@ -146,7 +153,8 @@ inline bool moveColumns(const BitArea& to, const BitArea& from, const int* table
         const std::size_t bytes = std::min<std::size_t>(8, rowBytes - left);
         const std::size_t columns = std::min<std::size_t>(64, width - left * 8);
         const StripShifts shifts(table + left * 8, columns, height);
-        const std::uint64_t pixels = firstBits(static_cast<unsigned>(columns));
+        std::uint64_t pixels = 0;
+        for (std::size_t x = 0; x < columns; ++x) pixels |= columnBit(x);
 
         std::size_t count = shifts.rowsFor(height);
         const Covered there(count, -shifts.base, height);
@@ -155,7 +163,10 @@ inline bool moveColumns(const BitArea& to, const BitArea& from, const int* table
         for (std::size_t i = there.from; i < there.to; ++i) {
             const unsigned char* row =
                 from.rows[static_cast<std::size_t>(static_cast<std::int64_t>(i) + shifts.base)] + left;
-            strip[i] = (bytes == 8 ? loadWord(row) : loadPartialWord(row, bytes)) & pixels;
+            std::uint64_t word = 0;
+            if (bytes == 8) std::memcpy(&word, row, 8);
+            else std::memcpy(&word, row, bytes);
+            strip[i] = word & pixels;
             any |= strip[i];
         }
         if (any == 0) continue;
@@ -165,8 +176,8 @@ inline bool moveColumns(const BitArea& to, const BitArea& from, const int* table
             moveUp(strip.get(), count, std::size_t{1} << k, shifts.masks[k]);
         }
         for (std::size_t y = 0; y < height; ++y) {
-            if (bytes == 8) storeWord(to.rows[y] + left, strip[y]);
-            else storePartialWord(to.rows[y] + left, strip[y], bytes);
+            if (bytes == 8) std::memcpy(to.rows[y] + left, &strip[y], 8);
+            else std::memcpy(to.rows[y] + left, &strip[y], bytes);
         }
     }
     return true;

@@ -40,12 +40,30 @@ struct TableRows {
 /// to[r * stride + c] = from[y + c][x + r] for the 16 bytes that a register holds of each row.
 inline void turnBlock(unsigned char* to, std::size_t stride, const TableRows<unsigned char>& from, std::size_t x,
                       std::size_t y) {
+#ifdef __i386__
+    // As many registers as there are: half of the rows at a time.
+    for (std::size_t half = 0; half < 16; half += 8) {
+        Bytes16 rows[8], other[8];
+#  pragma GCC unroll 8
+        for (std::size_t i = 0; i < 8; ++i) rows[i] = loadLanes<Bytes16>(from[y + half + i] + x);
+        interleaveBytes<8>(other, rows);
+        interleaveBytes<8>(rows, other);
+        interleaveBytes<8>(other, rows);
+#  pragma GCC unroll 8
+        for (std::size_t i = 0; i < 8; ++i) {
+            std::memcpy(to + 2 * i * stride + half, &other[i], 8);
+            const auto second = reinterpret_cast<Words2>(other[i]);
+            storeLanes(to + (2 * i + 1) * stride + half, second[1]);
+        }
+    }
+#else
     Bytes16 rows[16];
-#pragma GCC unroll 16
+#  pragma GCC unroll 16
     for (std::size_t i = 0; i < 16; ++i) rows[i] = loadLanes<Bytes16>(from[y + i] + x);
     transposeBytes(rows);
-#pragma GCC unroll 16
+#  pragma GCC unroll 16
     for (std::size_t i = 0; i < 16; ++i) storeLanes(to + i * stride, rows[i]);
+#endif
 }
 
 template <class Pixel>
