@@ -7,57 +7,93 @@
 #include "kernels/expand_bits.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <utility>
 
 namespace tilepress::handles {
 namespace {
 
-bool isSet(const unsigned char* row, std::size_t x) { return row[x / 8] >> (7 - x % 8) & 1; }
-
-/// Darker than the middle of the scale.
-bool isDarkColour(const Rgb24& c) { return luminance(c.bytes[0], c.bytes[1], c.bytes[2]) < 128u * 256u; }
-
-// --- a row's colours ---------------------------------------------------------------------
-
-void readRow(const ImgHandle& image, std::size_t y, Rgb24* out, Bilevel) {
-    const unsigned char* const row = areaOf<Bilevel>(image).rows[y];
-    for (std::size_t x = 0, width = widthOf(image); x < width; ++x) {
-        const auto level = static_cast<unsigned char>(isSet(row, x) ? 0 : 255);
-        out[x] = {{level, level, level}};
-    }
+/// A pixel's first three bytes, and 0 in the last.
+ImgULong wordOf(const Rgb24& c) {
+    ImgULong word = 0;
+    std::memcpy(&word, &c, sizeof c);
+    return word;
 }
+constexpr ImgULong kWhite = std::bit_cast<ImgULong>(std::array<unsigned char, 4>{255, 255, 255, 0});
 
-void readRow(const ImgHandle& image, std::size_t y, Rgb24* out, Palette8) {
-    const unsigned char* const row = Palette8::rows(image)[y];
-    const ColorTable* const table = headerOf<Palette8>(image).colorTable;
-    const auto bytes = [](unsigned red, unsigned green, unsigned blue) {
-        const auto byte = [](unsigned c) { return static_cast<unsigned char>(c); };
-        return Rgb24{{byte(red), byte(green), byte(blue)}};
-    };
-    for (std::size_t x = 0, width = widthOf(image); x < width; ++x) out[x] = colourAt(table, row[x], bytes);
-}
+// --- a row's colours, as words ---------------------------------------------------------------
 
-/// The first three bytes of every pixel.
+/// Reads rows of an image.
 template <class Kind>
-void readRow(const ImgHandle& image, std::size_t y, Rgb24* out, Kind) {
-    const auto* const row = Kind::rows(image)[y];
-    for (std::size_t x = 0, width = widthOf(image); x < width; ++x) std::memcpy(out + x, row + x, sizeof *out);
+struct Colours;
+
+template <>
+struct Colours<Bilevel> {
+    const BitArea area;
+    const Quads quads{kWhite, 0};
+
+    explicit Colours(const ImgHandle& image) : area(areaOf<Bilevel>(image)) {}
+    void read(std::size_t y, ImgULong* out) const { expandRow(out, area.rows[y], area.width, quads); }
+};
+
+template <>
+struct Colours<Palette8> {
+    const ImgHandle& image;
+    ImgULong colours[256];
+
+    explicit Colours(const ImgHandle& from) : image(from) {
+        const auto word = [](unsigned red, unsigned green, unsigned blue) {
+            const auto byte = [](unsigned c) { return static_cast<unsigned char>(c); };
+            return wordOf({{byte(red), byte(green), byte(blue)}});
+        };
+        for (std::int32_t k = 0; k < 256; ++k) colours[k] = colourAt(headerOf<Palette8>(from).colorTable, k, word);
+    }
+    void read(std::size_t y, ImgULong* out) const { lookUpRow(out, Palette8::rows(image)[y], widthOf(image), colours); }
+};
+
+template <>
+struct Colours<Colour24> {
+    const ImgHandle& image;
+
+    explicit Colours(const ImgHandle& from) : image(from) {}
+    void read(std::size_t y, ImgULong* out) const {
+        const Rgb24* const row = Colour24::rows(image)[y];
+        for (std::size_t x = 0, width = widthOf(image); x < width; ++x) out[x] = wordOf(row[x]);
+    }
+};
+
+template <>
+struct Colours<Colour32> {
+    const ImgHandle& image;
+
+    explicit Colours(const ImgHandle& from) : image(from) {}
+    void read(std::size_t y, ImgULong* out) const {
+        const ImgULong* const row = Colour32::rows(image)[y];
+        for (std::size_t x = 0, width = widthOf(image); x < width; ++x) out[x] = row[x] & kWhite;
+    }
+};
+
+/// In 256 levels; below the 128th a colour is dark.
+unsigned char levelOf(ImgULong colour) {
+    Rgb24 c;
+    std::memcpy(&c, &colour, sizeof c);
+    return static_cast<unsigned char>(luminance(c.bytes[0], c.bytes[1], c.bytes[2]) / 256);
 }
 
-/// Into a clear bilevel image or into three bytes of every pixel.
-void writeRow(const ImgHandle& image, std::size_t y, const Rgb24* colours) {
+/// Into a bilevel image or into three bytes of every pixel. `levels` is room for as many bytes.
+void writeRow(const ImgHandle& image, std::size_t y, const ImgULong* colours, unsigned char* levels) {
     const std::size_t width = widthOf(image);
     switch (image.type) {
-    case ImgTypeBilevel: {
-        unsigned char* const row = areaOf<Bilevel>(image).rows[y];
-        for (std::size_t x = 0; x < width; ++x)
-            row[x / 8] = static_cast<unsigned char>(row[x / 8] | isDarkColour(colours[x]) << (7 - x % 8));
+    case ImgTypeBilevel:
+        std::transform(colours, colours + width, levels, levelOf);
+        packLow(areaOf<Bilevel>(image).rows[y], levels, width);
         break;
-    }
-    case ImgTypeRGB24: std::memcpy(Colour24::rows(image)[y], colours, width * sizeof *colours); break;
-    default:
-        for (std::size_t x = 0; x < width; ++x) std::memcpy(Colour32::rows(image)[y] + x, colours + x, sizeof *colours);
+    case ImgTypeRGB24:
+        for (std::size_t x = 0; x < width; ++x) std::memcpy(Colour24::rows(image)[y] + x, colours + x, sizeof(Rgb24));
+        break;
+    default: std::memcpy(Colour32::rows(image)[y], colours, width * sizeof *colours);
     }
 }
 
@@ -73,11 +109,13 @@ Temporary newImage(std::uint32_t type, const ImgHandle& source, const ColorTable
 template <class Kind>
 ImgHandle* throughColours(const ImgHandle& source, std::uint32_t type) {
     Temporary result = newImage<Kind>(type, source);
-    Heap<Rgb24> colours(std::uint64_t{widthOf(source)});
-    if (!result || !colours) return nullptr;
+    Heap<ImgULong> row(std::uint64_t{widthOf(source)});
+    Heap<unsigned char> levels(std::uint64_t{widthOf(source)});
+    if (!result || !row || !levels) return nullptr;
+    const Colours<Kind> colours(source);
     for (std::uint32_t y = 0; y < heightOf(source); ++y) {
-        readRow(source, y, colours.get(), Kind());
-        writeRow(*result, y, colours.get());
+        colours.read(y, row.get());
+        writeRow(*result, y, row.get(), levels.get());
     }
     return result.release();
 }
