@@ -1,8 +1,8 @@
-// tilepress_alone [PAGE.pbm]: this library alone on a page drawn here or a raw PBM file, without a peer, so that it can
-// be built for any target. Prints one line an operation: name, tab, nanoseconds a pixel (a code for rows), least of
-// many calls.
+// tilepress_alone [PAGE.pbm]: this library on a page drawn here or a raw PBM file, with no other peer than libtiff, and
+// without that where it is not built for the target. Prints one line an operation: name, tab, nanoseconds a pixel (a
+// code for rows), least of many calls.
 //
-// tilepress_alone --sizes: the same for pages of 1 to 250 million pixels that repeat the page drawn here, with the
+// tilepress_alone --sizes: the same for pages of 1 million to 2^31 pixels that repeat the page drawn here, with the
 // kilobytes by which the process's peak grows while the coded page is reduced.
 
 #include "rows.h"
@@ -11,6 +11,11 @@
 #include "tilepress/CImg1.h"
 #include "tilepress/CImg32.h"
 #include "tilepress/CImg8.h"
+#include "tilepress/page.h"
+
+#ifdef TILEPRESS_BESIDE_TIFF
+#  include "tiff_peer.h"
+#endif
 
 #include <malloc.h>
 #include <sys/resource.h>
@@ -73,6 +78,25 @@ Result scaled(IImg& image, ImgULong width, ImgULong height, ImgULong depth) {
     return Result(image.scale(image.getRect(), width, height, attr));
 }
 
+/// The same work by libtiff, where there is one.
+void reportTiff([[maybe_unused]] const bench::Bitmap& bitmap, [[maybe_unused]] const Bytes& coded,
+                [[maybe_unused]] double pixels) {
+#ifdef TILEPRESS_BESIDE_TIFF
+    TIFFSetWarningHandler(nullptr);
+    bench::StripEncoder encoder;
+    report("encode, libtiff", pixels, [&] { encoder.encode(bitmap); });
+    bench::Page page;
+    page.bitmap = bench::Bitmap(bitmap.width, bitmap.height);
+    page.tileWidth = bitmap.width;
+    page.tileHeight = bitmap.height;
+    page.tiles.push_back(coded);
+    bench::MemoryTiff tiff(page);
+    report("decode, libtiff", pixels, [&] { tiff.decode(page, page.bitmap); });
+    page.bitmap.clearSpareBits();
+    if (page.bitmap.bits != bitmap.bits || encoder.strip() != coded) std::printf("libtiff has another result\t0\n");
+#endif
+}
+
 /// An image of one strip that keeps its own copy of the coded bytes; its background is white.
 struct CodedPage {
     CImg1G4* image;
@@ -109,6 +133,7 @@ void reportCoded(const bench::Bitmap& page, double pixels) {
     });
     report("grey tenth of a coded page", pixels, [&] { scaled(*image, page.width / 10, page.height / 10, 32); });
     report("ink tenth of a coded page", pixels, [&] { scaled(*image, page.width / 10, page.height / 10, 1); });
+    reportTiff(page, coded, pixels);
     report("enlarge a coded page by 2", pixels, [&] { scaled(*image, 2 * page.width, 2 * page.height, 1); });
 }
 
@@ -134,18 +159,33 @@ bench::Bitmap repeatedPage(const bench::Bitmap& page, std::uint32_t width, std::
     return large;
 }
 
+/// One strip of rows of any length, which the exported strip builder does not take.
+Bytes encoded(const bench::Bitmap& bitmap) {
+    tp_encoder* encoder = nullptr;
+    const void* strip = nullptr;
+    std::size_t size = 0;
+    if (tp_encoder_open(bitmap.width, 1, nullptr, &encoder) == TP_OK &&
+        tp_encoder_add_bits(encoder, bitmap.bits.data(), static_cast<std::ptrdiff_t>(bitmap.rowBytes()),
+                            bitmap.height) == TP_OK)
+        tp_encoder_finish(encoder, &strip, &size);
+    const auto* const bytes = static_cast<const unsigned char*>(strip);
+    Bytes copy(bytes, bytes + size);
+    tp_encoder_close(encoder);
+    return copy;
+}
+
 void reportSizes(const bench::Bitmap& page) {
-    const std::pair<std::uint32_t, std::uint32_t> sizes[] = {{1000, 1000}, {2480, 4032}, {7440, 13440}, {12400, 20160}};
+    // The last has as many pixels as a signed number of 32 bits counts, nearly.
+    const std::pair<std::uint32_t, std::uint32_t> sizes[] = {{1000, 1000},   {2480, 4032},   {7440, 13440},
+                                                             {12400, 20160}, {24800, 40320}, {46341, 46341}};
     std::printf(
         "| pixels | encode | decode | grey tenth | ink tenth | peak of both, KB |\n|---|---|---|---|---|---|\n");
     for (const auto& [width, height] : sizes) {
         bench::Bitmap bitmap = repeatedPage(page, width, height);
         const double pixels = double(width) * height;
-        Strip strip(bitmap);
         Bytes words;
-        const double encode = leastTime([&] { words = strip.encode(); });
+        const double encode = leastTime([&] { words = encoded(bitmap); });
         bitmap.bits = Bytes();
-        strip.rows = Bytes();
         const CodedPage coded(std::move(words), width, height);
         const auto peak = [] {
             rusage usage{};

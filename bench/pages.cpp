@@ -1,6 +1,6 @@
 #include "pages.h"
 
-#include "peers.h"
+#include "tiff_peer.h"
 
 #include <algorithm>
 #include <cstdio>
