@@ -11,17 +11,19 @@ MemoryFile& fileOf(thandle_t handle) { return *static_cast<MemoryFile*>(handle);
 tmsize_t readFile(thandle_t handle, void* to, tmsize_t size) {
     MemoryFile& file = fileOf(handle);
     if (file.position >= file.data.size()) return 0;
-    const std::size_t count = std::min(static_cast<std::size_t>(size), file.data.size() - file.position);
-    std::memcpy(to, file.data.data() + file.position, count);
+    const std::size_t position = static_cast<std::size_t>(file.position);
+    const std::size_t count = std::min(static_cast<std::size_t>(size), file.data.size() - position);
+    std::memcpy(to, file.data.data() + position, count);
     file.position += count;
     return static_cast<tmsize_t>(count);
 }
 
 tmsize_t writeFile(thandle_t handle, void* from, tmsize_t size) {
     MemoryFile& file = fileOf(handle);
-    const std::size_t end = file.position + static_cast<std::size_t>(size);
+    const std::size_t position = static_cast<std::size_t>(file.position),
+                      end = position + static_cast<std::size_t>(size);
     if (end > file.data.size()) file.data.resize(end);
-    std::memcpy(file.data.data() + file.position, from, static_cast<std::size_t>(size));
+    std::memcpy(file.data.data() + position, from, static_cast<std::size_t>(size));
     file.position = end;
     return size;
 }
