@@ -93,10 +93,12 @@ TEST(PageRender, CellsOfMoreThan32BitsArePainted) {
     source.info.width = width;
     source.info.height = height;
     source.tiles = {strip};
-    tp_view view = viewOf(0, 0, 0, 0, 1, 1, TP_COVERAGE, TP_GREY8);
-    Canvas canvas(view, 0, false);
-    ASSERT_EQ(tp_page_render(source.open().get(), &view, 1, nullptr), TP_OK);
-    EXPECT_EQ(canvas.pixels(), Bytes{128});
+    for (std::uint32_t mode : {TP_COVERAGE, TP_GREY}) {
+        tp_view view = viewOf(0, 0, 0, 0, 1, 1, mode, TP_GREY8);
+        Canvas canvas(view, 0, false);
+        ASSERT_EQ(tp_page_render(source.open().get(), &view, 1, nullptr), TP_OK);
+        EXPECT_EQ(canvas.pixels(), Bytes{128}) << mode;
+    }
 }
 
 }  // namespace

@@ -70,7 +70,7 @@ inline Handle compressedHandle(const std::vector<Bytes>& tiles, std::uint32_t w,
     for (std::size_t k = 0; k < tiles.size(); ++k) {
         counts.push_back(static_cast<std::uint32_t>(tiles[k].size()));
         MemAllocate(0, tiles[k].size(), 0, &blocks[k]);
-        std::memcpy(blocks[k], tiles[k].data(), tiles[k].size());
+        std::copy(tiles[k].begin(), tiles[k].end(), static_cast<unsigned char*>(blocks[k]));
     }
     Handle image(ImgNew(ImgTypeTiffG4));
     EXPECT_TRUE(ImgCreateTiffG4(image.get(), w, h, tw, th, counts.data(), blocks));
