@@ -153,9 +153,9 @@ export class Module {
         });
         const form = {width: side, height: side, tileWidth: side, tileHeight: side, fillOrder: 1, blackIsZero: false, layout: 'tiles'} as const;
         const page = this.openPage(form, [{data, size}]);
-        const views = [1, 3, 16].map((by) => ({outWidth: Math.floor(side / by), outHeight: Math.floor(side / by)}));
+        const views = [2, 3, 16].map((by) => ({outWidth: Math.floor(side / by), outHeight: Math.floor(side / by)}));
         while (goOn()) {
-            this.render(page, form, views, 'white');
+            for (const picture of this.render(page, form, views, 'white').pictures) this.reuse(picture);
             await new Promise((done) => setTimeout(done));
         }
         this.releasePage(page);
