@@ -1,4 +1,4 @@
-// Views of pages: by definition, and several at once.
+// Views of pages: by definition, as the class interface draws them, and several at once.
 
 #include "support/pages.h"
 
@@ -63,6 +63,21 @@ TEST(PageRender, EveryViewIsWhatItsDefinitionSays) {
         ASSERT_EQ(tp_page_render(page.get(), &view, 1, nullptr), TP_OK);
         ASSERT_EQ(canvas.pixels(), Model(source, view).pixels()) << n << ": " << described(view);
         ASSERT_TRUE(canvas.isGuarded()) << n << ": " << described(view);
+    }
+}
+
+TEST(PageRender, GreyAndInkAreThoseOfTheClassInterface) {
+    RandomPages pages;
+    for (int n = 0; n < 2000; ++n) {
+        const PageSource source = pages.page();
+        const Page page = source.open();
+        tp_view view = pages.view(source);
+        view.mode = n % 2 ? TP_INK : TP_GREY;
+        const tp_page_info& info = source.info;
+        std::vector<Bytes> tiles = tilesOf(source.picture, info.tile_width, info.tile_height);
+        expectAsTheClassDraws(page.get(), *makeG4(info.width, info.height, info.tile_width, info.tile_height, tiles),
+                              view);
+        ASSERT_FALSE(::testing::Test::HasFailure()) << n << ": " << described(view);
     }
 }
 

@@ -173,6 +173,31 @@ TEST(Threads, StripsAndRowsOfTheCodec) {
     cit_disable_detect_changes();
 }
 
+TEST(Threads, BandsOfOneViewAreItsRows) {
+    std::mt19937 random(6);
+    const PageSource source(randomPicture(random, 1000, 960, 30), 128, 96);
+    const Page page = source.open();
+    tp_view whole = viewOf(0, 0, 1000, 960, 300, 240, TP_GREY, TP_GREY8);
+    Canvas canvas(whole, 0, false);
+    ASSERT_EQ(tp_page_render(page.get(), &whole, 1, nullptr), TP_OK);
+    for (const std::uint32_t threads : {1u, 2u, 4u}) {
+        tp_view view = whole;
+        Canvas joined(view, 0, false);
+        std::vector<std::thread> drawing;
+        for (std::uint32_t k = 0; k < threads; ++k)
+            drawing.emplace_back([&, k] {
+                tp_view band = view;
+                band.height /= threads;
+                band.top = k * band.height;
+                band.out_height /= threads;
+                band.pixels = joined.row(k * band.out_height);
+                EXPECT_EQ(tp_page_render(page.get(), &band, 1, nullptr), TP_OK);
+            });
+        for (std::thread& thread : drawing) thread.join();
+        EXPECT_EQ(joined.pixels(), canvas.pixels()) << threads;
+    }
+}
+
 TEST(Threads, OnePageForAllThatAnyOfThemLaysOutAnew) {
     std::mt19937 random(5);
     Picture picture = randomPicture(random, 1500, 900, 8);
